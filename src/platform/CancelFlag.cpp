@@ -1,0 +1,6 @@
+#include "platform/CancelFlag.h"
+
+CancelFlag& CancelFlag::Program() {
+    static CancelFlag flag;
+    return flag;
+}

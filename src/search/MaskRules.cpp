@@ -1,0 +1,74 @@
+#include "search/MaskRules.h"
+
+#include "search/MaskMatcher.h"
+
+namespace {
+
+std::string_view TrimBlanks(std::string_view s) {
+    while (!s.empty() && s.front() == ' ') {
+        s.remove_prefix(1);
+    }
+    while (!s.empty() && s.back() == ' ') {
+        s.remove_suffix(1);
+    }
+    return s;
+}
+
+} // namespace
+
+std::vector<std::string> MaskList(std::string_view maskText) {
+    std::vector<std::string> elements;
+    size_t start = 0;
+    for (;;) {
+        const size_t end = maskText.find(';', start);
+        const auto element = maskText.substr(start, end == std::string_view::npos
+                                                        ? std::string_view::npos
+                                                        : end - start);
+        elements.emplace_back(TrimBlanks(element));
+        if (end == std::string_view::npos) {
+            return elements;
+        }
+        start = end + 1;
+    }
+}
+
+bool ContainsStarDotStar(std::string_view maskText) {
+    return maskText.find("*.*") != std::string_view::npos;
+}
+
+MaskVerdict ValidateMask(std::string_view maskText) {
+    if (maskText.empty()) {
+        return MaskVerdict::Empty;
+    }
+    if (!ContainsStarDotStar(maskText)) {
+        return MaskVerdict::Accepted;
+    }
+    const auto elements = MaskList(maskText);
+    int starDotStars = 0;
+    for (const auto& element : elements) {
+        if (WildcardMatch(element, "*.*")) {
+            ++starDotStars;
+        }
+    }
+    if (starDotStars >= 2) {
+        return MaskVerdict::StarDotStarTwice;
+    }
+    if (starDotStars == 1 && elements.size() >= 2) {
+        return MaskVerdict::Ambiguous;
+    }
+    return MaskVerdict::Accepted;
+}
+
+std::string MaskRefusalText(MaskVerdict verdict) {
+    switch (verdict) {
+    case MaskVerdict::Empty:
+        return MaskTexts::kEmpty;
+    case MaskVerdict::StarDotStarTwice:
+        return MaskTexts::kStarDotStarTwice;
+    case MaskVerdict::Ambiguous:
+        return MaskTexts::kAmbiguous;
+    case MaskVerdict::Accepted:
+        break;
+    }
+    return {};
+}

@@ -1,0 +1,105 @@
+#include "search/PathText.h"
+
+#include <QChar>
+
+std::string_view ExtensionOf(std::string_view name) {
+    const auto dot = name.rfind('.');
+    return dot == std::string_view::npos ? std::string_view{} : name.substr(dot);
+}
+
+char32_t DecodeUtf8(std::string_view text, size_t& pos) {
+    const auto byteAt = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned char lead = byteAt(pos);
+    if (lead < 0x80) {
+        ++pos;
+        return lead;
+    }
+    const auto invalid = [&] {
+        ++pos;
+        return static_cast<char32_t>(0x110000 + lead);
+    };
+    int extra = 0;
+    char32_t cp = 0;
+    char32_t minimum = 0;
+    if ((lead & 0xE0) == 0xC0) {
+        extra = 1, cp = lead & 0x1F, minimum = 0x80;
+    } else if ((lead & 0xF0) == 0xE0) {
+        extra = 2, cp = lead & 0x0F, minimum = 0x800;
+    } else if ((lead & 0xF8) == 0xF0) {
+        extra = 3, cp = lead & 0x07, minimum = 0x10000;
+    } else {
+        return invalid();
+    }
+    if (pos + extra >= text.size()) {
+        return invalid();
+    }
+    for (int i = 1; i <= extra; ++i) {
+        const unsigned char c = byteAt(pos + i);
+        if ((c & 0xC0) != 0x80) {
+            return invalid();
+        }
+        cp = (cp << 6) | (c & 0x3F);
+    }
+    if (cp < minimum || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
+        return invalid();
+    }
+    pos += extra + 1;
+    return cp;
+}
+
+namespace {
+
+void AppendUtf8(std::string& out, char32_t cp) {
+    if (cp < 0x80) {
+        out += static_cast<char>(cp);
+    } else if (cp < 0x800) {
+        out += static_cast<char>(0xC0 | (cp >> 6));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    } else if (cp < 0x10000) {
+        out += static_cast<char>(0xE0 | (cp >> 12));
+        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (cp >> 18));
+        out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    }
+}
+
+} // namespace
+
+std::string LowerCaseName(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    size_t pos = 0;
+    while (pos < text.size()) {
+        const unsigned char c = static_cast<unsigned char>(text[pos]);
+        if (c < 0x80) {
+            out += static_cast<char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
+            ++pos;
+            continue;
+        }
+        const size_t start = pos;
+        const char32_t cp = DecodeUtf8(text, pos);
+        if (cp >= 0x110000) {
+            out.append(text.substr(start, pos - start));
+        } else {
+            AppendUtf8(out, QChar::toLower(cp));
+        }
+    }
+    return out;
+}
+
+std::string WithTrailingSlash(std::string_view path) {
+    std::string out(path);
+    if (!out.empty() && out.back() != '/') {
+        out += '/';
+    }
+    return out;
+}
+
+int64_t ToFileTime(int64_t seconds, int64_t nanoseconds) {
+    constexpr int64_t kSecondsFrom1601To1970 = 11644473600;
+    return (seconds + kSecondsFrom1601To1970) * 10000000 + nanoseconds / 100;
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+// Byte-level helpers for names and paths. Paths stay the bytes the file system gave; these
+// never convert through QString, whose decoding of a name that is not UTF-8 would be lossy.
+
+// The name's extension: from its last "." to the end, dot included; empty when it has none.
+std::string_view ExtensionOf(std::string_view name);
+
+// Lower case of a name or extension: ASCII letters always, other characters too when the text
+// is valid UTF-8. Bytes of an invalid sequence are kept as they are.
+std::string LowerCaseName(std::string_view text);
+
+// `path` with a "/" at its end unless it already has one (an empty path stays empty).
+std::string WithTrailingSlash(std::string_view path);
+
+// A POSIX time as a FILETIME: 100-ns ticks since 1601-01-01 UTC.
+int64_t ToFileTime(int64_t seconds, int64_t nanoseconds);
+
+// Decodes one character of UTF-8 at text[pos] and advances pos. An invalid or truncated
+// sequence yields its first byte alone as 0x110000 + byte, which equals no real character,
+// so such names compare byte-exact.
+char32_t DecodeUtf8(std::string_view text, size_t& pos);

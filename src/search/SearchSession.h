@@ -1,0 +1,51 @@
+#pragma once
+
+#include "search/FileDataArray.h"
+#include "search/FolderWalk.h"
+
+#include <string>
+
+class CancelFlag;
+
+// The part of a search that does not touch a window: options and counters reset, the store
+// prepared, the walk timed, the store closed. The window and the command line both run it.
+class SearchSession {
+public:
+    // Rows a result list can hold; more results are shown only through per-type views.
+    static constexpr int32_t kListLimit = 32701;
+
+    // Resets counters and flags for a new search of `rootText` (a "/" is added at its end when
+    // missing) with `options`.
+    void Prepare(const std::string& rootText, const SearchOptions& options);
+
+    // Erases the store, gives it its first 501 slots, lowers nothing and walks the root.
+    // Elapsed time covers the walk only.
+    void Run(const CancelFlag& cancel, WalkListener* listener);
+
+    // Bounds the store exactly to the records found; call only when ResultsAvailable.
+    void CloseStore();
+
+    FileDataArray& Store() { return store_; }
+    const FileDataArray& Store() const { return store_; }
+    SearchOptions& Options() { return options_; }
+    const SearchOptions& Options() const { return options_; }
+    const SearchCounters& Counters() const { return counters_; }
+
+    const std::string& RootPath() const { return rootPath_; }
+    bool RootWasFolder() const { return rootWasFolder_; }
+    float ElapsedSeconds() const { return elapsedSeconds_; }
+    bool StarDotStarSearched() const { return starDotStarSearched_; }
+    bool ResultsAvailable() const { return resultsAvailable_; }
+    bool ListLimitExceeded() const { return listLimitExceeded_; }
+
+private:
+    FileDataArray store_;
+    SearchOptions options_;
+    SearchCounters counters_;
+    std::string rootPath_;
+    bool rootWasFolder_ = false;
+    float elapsedSeconds_ = 0;
+    bool starDotStarSearched_ = false;
+    bool resultsAvailable_ = false;
+    bool listLimitExceeded_ = false;
+};

@@ -1,0 +1,373 @@
+#include "TestTree.h"
+#include "platform/CancelFlag.h"
+#include "search/FolderWalk.h"
+#include "search/SearchSession.h"
+#include "search/SearchStatus.h"
+
+#include <algorithm>
+#include <climits>
+#include <filesystem>
+#include <map>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+namespace {
+
+// Records what a status line would show, and can raise the cancel flag part-way.
+class RecordingListener : public WalkListener {
+public:
+    void ObjectsCounted(int64_t shown) override { objects.push_back(ObjectsText(shown)); }
+    void FolderEntered(std::string_view name, int64_t objects, int32_t matched) override {
+        folders.push_back(FolderMessageTexts(name, objects, matched).part0);
+    }
+    void Yield() override {
+        ++yields;
+        if (onYield) {
+            onYield();
+        }
+    }
+    std::vector<QString> objects;
+    std::vector<QString> folders;
+    int yields = 0;
+    std::function<void()> onYield;
+};
+
+struct Outcome {
+    std::vector<std::string> paths;
+    SearchCounters counters;
+    int32_t upperBound = 0;
+    bool rootWasFolder = false;
+};
+
+SearchOptions Options(const std::string& mask) {
+    SearchOptions options;
+    options.MaskText = mask;
+    return options;
+}
+
+Outcome Search(const std::string& root, const SearchOptions& options,
+               RecordingListener* listener = nullptr, CancelFlag* cancel = nullptr) {
+    CancelFlag localCancel;
+    SearchSession session;
+    session.Prepare(root, options);
+    session.Run(cancel ? *cancel : localCancel, listener);
+    Outcome outcome;
+    outcome.counters = session.Counters();
+    outcome.rootWasFolder = session.RootWasFolder();
+    outcome.upperBound = session.Store().UBound();
+    for (int32_t i = 0; i < session.Counters().MatchedCount; ++i) {
+        outcome.paths.emplace_back(session.Store()[i].FullPath());
+        EXPECT_EQ(session.Store()[i].ItemIndex, i);
+    }
+    return outcome;
+}
+
+std::vector<std::string> Keep(const std::vector<std::string>& all,
+                              const std::function<bool(const std::string&)>& pick) {
+    std::vector<std::string> kept;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(kept), pick);
+    return kept;
+}
+
+bool IsFolder(const std::string& p) { return !p.empty() && p.back() == '/'; }
+bool EndsWith(const std::string& s, const std::string& end) {
+    return s.size() >= end.size() && s.compare(s.size() - end.size(), end.size(), end) == 0;
+}
+
+// A tree with every kind of entry the walk must tell apart.
+void BuildMixedTree(const TestTree& t) {
+    for (const char* f : {"a.txt", "B.TXT", "c.log", "README", ".hidden.txt", "x.", "sub/d.txt",
+                          "sub/e.doc", "sub/deeper/f.txt", "sub/deeper/g.Txt", "other/h.txt",
+                          ".git/config.txt", "sub/.cache/i.txt", "\xff\xfe.txt",
+                          "caf\xc3\xa9/\xe9t\xe9.TXT"}) {
+        t.File(f);
+    }
+    t.Folder("empty");
+    t.Link("link-to-sub", "sub");
+    t.Link("dangling.txt", "nowhere");
+    t.Link("sub/loop", "..");
+}
+
+TEST(FolderWalk, ListsMatchesDepthFirstInEnumerationOrder) {
+    TestTree t;
+    BuildMixedTree(t);
+    const auto all = ReaddirOrder(t.Root());
+    const auto expected = Keep(all, [](const std::string& p) {
+        return !IsFolder(p) && (EndsWith(p, ".txt") || EndsWith(p, ".TXT") || EndsWith(p, ".Txt"));
+    });
+    const Outcome o = Search(t.Root(), Options("*.txt"));
+    EXPECT_TRUE(o.rootWasFolder);
+    EXPECT_EQ(o.paths, expected);
+    // dot-folders are not searched, dot-files are examined, links are files
+    EXPECT_EQ(std::count(o.paths.begin(), o.paths.end(), t.Path(".git/config.txt")), 0);
+    EXPECT_EQ(std::count(o.paths.begin(), o.paths.end(), t.Path("sub/.cache/i.txt")), 0);
+    EXPECT_EQ(std::count(o.paths.begin(), o.paths.end(), t.Path(".hidden.txt")), 1);
+    EXPECT_EQ(std::count(o.paths.begin(), o.paths.end(), t.Path("dangling.txt")), 1);
+    EXPECT_EQ(std::count(o.paths.begin(), o.paths.end(), t.Path("\xff\xfe.txt")), 1);
+    EXPECT_EQ(std::count(o.paths.begin(), o.paths.end(), t.Path("caf\xc3\xa9/\xe9t\xe9.TXT")), 1);
+    const auto files = Keep(all, [](const std::string& p) { return !IsFolder(p); });
+    EXPECT_EQ(o.counters.ObjectCount, static_cast<int64_t>(files.size()));
+}
+
+TEST(FolderWalk, StarDotStarStoresEveryFileAndLinksAreNotFollowed) {
+    TestTree t;
+    BuildMixedTree(t);
+    const auto expected =
+        Keep(ReaddirOrder(t.Root()), [](const std::string& p) { return !IsFolder(p); });
+    const Outcome o = Search(t.Root(), Options("*.*"));
+    EXPECT_EQ(o.paths, expected);
+    EXPECT_EQ(std::count(o.paths.begin(), o.paths.end(), t.Path("link-to-sub")), 1);
+    EXPECT_EQ(std::count(o.paths.begin(), o.paths.end(), t.Path("link-to-sub/d.txt")), 0);
+    EXPECT_EQ(std::count(o.paths.begin(), o.paths.end(), t.Path("sub/loop")), 1);
+}
+
+TEST(FolderWalk, ExceptListsEveryFileMatchingNoPattern) {
+    TestTree t;
+    BuildMixedTree(t);
+    SearchOptions options = Options("*.txt;*.log");
+    options.ExpectedMatch = 0;
+    const auto expected = Keep(ReaddirOrder(t.Root()), [](const std::string& p) {
+        std::string lower = p;
+        std::transform(lower.begin(), lower.end(), lower.begin(), ::tolower);
+        return !IsFolder(p) && !EndsWith(lower, ".txt") && !EndsWith(lower, ".log");
+    });
+    EXPECT_EQ(Search(t.Root(), options).paths, expected);
+}
+
+TEST(FolderWalk, FoldersOnlyListsAndCountsFoldersAlone) {
+    TestTree t;
+    BuildMixedTree(t);
+    SearchOptions options = Options("*.txt");
+    options.FoldersOnly = true;
+    std::vector<std::string> expected;
+    for (const auto& p : ReaddirOrder(t.Root())) {
+        if (IsFolder(p)) {
+            expected.push_back(p.substr(0, p.size() - 1));
+        }
+    }
+    const Outcome o = Search(t.Root(), options);
+    EXPECT_EQ(o.paths, expected);
+    EXPECT_EQ(o.counters.ObjectCount, static_cast<int64_t>(expected.size()));
+    EXPECT_EQ(std::count(o.paths.begin(), o.paths.end(), t.Path(".git")), 0);
+}
+
+TEST(FolderWalk, WithoutRecurseOnlyTheRootsOwnEntriesAreExamined) {
+    TestTree t;
+    BuildMixedTree(t);
+    SearchOptions options = Options("*.*");
+    options.Recurse = false;
+    const auto rootEntries = Keep(ReaddirOrder(t.Root()), [&](const std::string& p) {
+        const std::string rest = p.substr(t.Root().size());
+        const size_t slash = rest.find('/');
+        return slash == std::string::npos || slash == rest.size() - 1;
+    });
+    EXPECT_EQ(Search(t.Root(), options).paths,
+              Keep(rootEntries, [](const std::string& p) { return !IsFolder(p); }));
+    options.FoldersOnly = true;
+    std::vector<std::string> folders;
+    for (const auto& p : rootEntries) {
+        if (IsFolder(p)) {
+            folders.push_back(p.substr(0, p.size() - 1));
+        }
+    }
+    EXPECT_EQ(Search(t.Root(), options).paths, folders);
+}
+
+TEST(FolderWalk, EmptyRootLeavesThePreparedStore) {
+    TestTree t;
+    const Outcome o = Search(t.Root(), Options("*.*"));
+    EXPECT_TRUE(o.rootWasFolder);
+    EXPECT_EQ(o.counters.ObjectCount, 0);
+    EXPECT_EQ(o.counters.MatchedCount, 0);
+    EXPECT_EQ(o.upperBound, 500);
+}
+
+TEST(FolderWalk, RootThatIsNoFolderIsReported) {
+    TestTree t;
+    t.File("plain.txt");
+    EXPECT_FALSE(Search(t.Path("plain.txt"), Options("*.*")).rootWasFolder);
+    EXPECT_FALSE(Search(t.Path("missing"), Options("*.*")).rootWasFolder);
+    // a root typed without its trailing "/" gets one
+    t.File("dir/in.txt");
+    EXPECT_EQ(Search(t.Path("dir"), Options("*.*")).paths,
+              std::vector<std::string>{t.Path("dir/in.txt")});
+}
+
+TEST(FolderWalk, StoreGrowsBy500WhenTheNextRecordWouldNotFit) {
+    for (const auto& [files, chunks, upper] :
+         {std::tuple{501, 1, 500}, std::tuple{502, 2, 1000}, std::tuple{1002, 3, 1500}}) {
+        TestTree t;
+        for (int i = 0; i < files; ++i) {
+            t.File("f" + std::to_string(i));
+        }
+        const Outcome o = Search(t.Root(), Options("*"));
+        EXPECT_EQ(o.counters.MatchedCount, files);
+        EXPECT_EQ(o.counters.ChunkCount, chunks) << files;
+        EXPECT_EQ(o.upperBound, upper) << files;
+    }
+}
+
+TEST(FolderWalk, StoredRecordsCarryLowerCaseExtensionAndFileTime) {
+    TestTree t;
+    t.File("Photo.JPG");
+    t.File("\xc3\x84pfel.\xc3\x96L"); // Äpfel.ÖL
+    t.File("Makefile");
+    t.SetTime("Photo.JPG", 1700000000, 123456789);
+    CancelFlag cancel;
+    SearchSession session;
+    session.Prepare(t.Root(), Options("*.*"));
+    session.Run(cancel, nullptr);
+    session.CloseStore();
+    const FileDataArray& store = session.Store();
+    ASSERT_EQ(store.UBound(), 2);
+    std::map<std::string, const FileDataEntry*> byPath;
+    for (int32_t i = 0; i <= store.UBound(); ++i) {
+        byPath[std::string(store[i].FullPath())] = &store[i];
+    }
+    EXPECT_EQ(byPath.at(t.Path("Photo.JPG"))->Extension(), ".jpg");
+    EXPECT_EQ(byPath.at(t.Path("Photo.JPG"))->LastWriteTime, 116444736000000000LL +
+                                                                 1700000000LL * 10000000 + 1234567);
+    EXPECT_EQ(byPath.at(t.Path("\xc3\x84pfel.\xc3\x96L"))->Extension(), ".\xc3\xb6l");
+    EXPECT_EQ(byPath.at(t.Path("Makefile"))->Extension(), "");
+}
+
+TEST(FolderWalk, PathsLongerThanPathMaxAreFoundByteExact) {
+    TestTree t;
+    const auto chain = t.DeepChain("deep", 40, std::string(200, 'n'));
+    ASSERT_GT(chain.back().size(), static_cast<size_t>(PATH_MAX));
+    const Outcome o = Search(t.Root(), Options("*.txt"));
+    EXPECT_EQ(o.paths, chain);
+    // the long path also works as the root itself
+    const std::string deepRoot = chain.back().substr(0, chain.back().size() - 5);
+    EXPECT_EQ(Search(deepRoot, Options("*.txt")).paths, std::vector<std::string>{chain.back()});
+}
+
+TEST(FolderWalk, TreesDeeperThanTheOpenFileLimitAreWalkedWhole) {
+    TestTree t;
+    const auto chain = t.DeepChain("", 300, "d");
+    t.File("d/d/side.txt");
+    const auto expected =
+        Keep(ReaddirOrder(t.Root()), [](const std::string& p) { return EndsWith(p, ".txt"); });
+    rlimit saved{};
+    getrlimit(RLIMIT_NOFILE, &saved);
+    rlimit low = saved;
+    low.rlim_cur = 64;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &low), 0);
+    const Outcome o = Search(t.Root(), Options("*.txt"));
+    setrlimit(RLIMIT_NOFILE, &saved);
+    EXPECT_EQ(o.paths, expected);
+    EXPECT_EQ(o.paths.size(), chain.size() + 1);
+}
+
+TEST(FolderWalk, FoldersThatGaveBackTheirDescriptorCarryOnAfterTheirSubfolders) {
+    TestTree t;
+    for (const char* f : {"a/b/c/d/e/1.txt", "a/b/c/d/2.txt", "a/b/c/d/e2/3.txt",
+                          "a/b/c/x/4.txt", "a/b/c/5.txt", "a/b/y/6.txt", "a/7.txt"}) {
+        t.File(f);
+    }
+    const auto expected =
+        Keep(ReaddirOrder(t.Root()), [](const std::string& p) { return EndsWith(p, ".txt"); });
+    CancelFlag cancel;
+    FileDataArray store;
+    store.Prepare();
+    SearchCounters counters;
+    const SearchOptions options = Options("*.txt");
+    FolderWalk walk(options, store, counters, cancel, nullptr);
+    walk.SetKeptLevels(1);
+    ASSERT_TRUE(walk.Walk(t.Root()));
+    std::vector<std::string> found;
+    for (int32_t i = 0; i < counters.MatchedCount; ++i) {
+        found.emplace_back(store[i].FullPath());
+    }
+    EXPECT_EQ(found, expected);
+}
+
+int OpenDescriptors() {
+    int count = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        ++count;
+    }
+    return count;
+}
+
+TEST(FolderWalk, CancelUnwindsEveryLevelAndKeepsWhatWasStored) {
+    TestTree t;
+    t.DeepChain("", 30, "level");
+    for (int i = 0; i < 50; ++i) {
+        t.File("level/level/level/many/" + std::to_string(i) + ".txt");
+    }
+    CancelFlag cancel;
+    FileDataArray store;
+    store.Prepare();
+    SearchCounters counters;
+    int64_t objectsAtCancel = -1;
+    RecordingListener listener;
+    // The click is handled while the walk yields; the walk notices it after the entry it is on.
+    listener.onYield = [&] {
+        if (counters.MatchedCount == 5 && objectsAtCancel < 0) {
+            objectsAtCancel = counters.ObjectCount;
+            cancel.Raise();
+        }
+    };
+    const int descriptorsBefore = OpenDescriptors();
+    const SearchOptions options = Options("*.txt");
+    FolderWalk walk(options, store, counters, cancel, &listener);
+    walk.Walk(t.Root());
+    EXPECT_EQ(OpenDescriptors(), descriptorsBefore);
+    ASSERT_GE(objectsAtCancel, 0);
+    EXPECT_LE(counters.ObjectCount, objectsAtCancel + 1);
+    EXPECT_GE(counters.MatchedCount, 5);
+    EXPECT_LE(counters.MatchedCount, 6);
+    for (int32_t i = 0; i < counters.MatchedCount; ++i) {
+        EXPECT_TRUE(EndsWith(std::string(store[i].FullPath()), ".txt"));
+    }
+}
+
+TEST(FolderWalk, CancelRaisedBeforehandExaminesNothing) {
+    TestTree t;
+    t.File("a.txt");
+    CancelFlag cancel;
+    cancel.Raise();
+    const Outcome o = Search(t.Root(), Options("*.*"), nullptr, &cancel);
+    EXPECT_EQ(o.counters.ObjectCount, 0);
+    EXPECT_EQ(o.counters.MatchedCount, 0);
+}
+
+TEST(FolderWalk, StatusCadenceIsEvery4000FilesAndEvery100Folders) {
+    TestTree t;
+    for (int i = 0; i < 8001; ++i) {
+        t.File("f" + std::to_string(i));
+    }
+    RecordingListener files;
+    Search(t.Root(), Options("*.none"), &files);
+    EXPECT_EQ(files.objects, (std::vector<QString>{"Objects: 0", "Objects: 4,000", "Objects: 8,000"}));
+    EXPECT_GT(files.yields, 7000);
+
+    TestTree f;
+    for (int i = 0; i < 201; ++i) {
+        f.Folder("d" + std::to_string(i));
+    }
+    f.Folder(".dot");
+    SearchOptions options = Options("*.*");
+    options.FoldersOnly = true;
+    RecordingListener folders;
+    const Outcome o = Search(f.Root(), options, &folders);
+    EXPECT_EQ(o.counters.ObjectCount, 201);
+    EXPECT_EQ(folders.objects, (std::vector<QString>{"Objects: 0", "Objects: 100", "Objects: 200"}));
+    EXPECT_EQ(folders.folders.size(), 201u);
+    EXPECT_EQ(std::count(folders.folders.begin(), folders.folders.end(), "Searching d7 "), 1);
+}
+
+TEST(FolderWalk, FolderMessagesStopWhenProgressIsSwitchedOff) {
+    TestTree t;
+    t.File("a/1.txt");
+    t.File("b/2.txt");
+    SearchOptions options = Options("*.txt");
+    options.ShowFolderProgress = false;
+    RecordingListener listener;
+    Search(t.Root(), options, &listener);
+    EXPECT_TRUE(listener.folders.empty());
+}
+
+} // namespace
