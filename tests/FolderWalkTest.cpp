@@ -208,6 +208,20 @@ TEST(FolderWalk, StoreGrowsBy500WhenTheNextRecordWouldNotFit) {
     }
 }
 
+TEST(FolderWalk, ObjectsThatDoNotMatchNeverGrowTheStore) {
+    TestTree t;
+    for (int i = 0; i < 502; ++i) {
+        t.File("m" + std::to_string(i) + ".txt");
+    }
+    for (int i = 0; i < 2000; ++i) {
+        t.File("n" + std::to_string(i) + ".doc");
+    }
+    const Outcome o = Search(t.Root(), Options("*.txt"));
+    EXPECT_EQ(o.counters.MatchedCount, 502);
+    EXPECT_EQ(o.counters.ChunkCount, 2);
+    EXPECT_EQ(o.upperBound, 1000);
+}
+
 TEST(FolderWalk, StoredRecordsCarryLowerCaseExtensionAndFileTime) {
     TestTree t;
     t.File("Photo.JPG");

@@ -198,9 +198,11 @@ bool FolderWalk::AfterEntry() {
     return false;
 }
 
+// The test runs for every examined object, but grows the store only once per chunk: objects
+// that do not match leave MatchedCount where it is, and the slot it names exists already.
 void FolderWalk::GrowStoreIfNeeded() {
     const int32_t matched = counters_.MatchedCount;
-    if (matched > 1 && matched % 500 == 1) {
+    if (matched > 1 && matched % 500 == 1 && store_.UBound() < matched) {
         ++counters_.ChunkCount;
         store_.Redim(counters_.ChunkCount * 500);
     }

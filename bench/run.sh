@@ -1,0 +1,92 @@
+#!/usr/bin/env bash
+# Times `tallymoor search` against find and bfs doing the same work on one generated tree, in
+# the same run: each tool once to warm the cache, then RUNS rounds, tools interleaved. Prints
+# median wall time, the ratio to bfs, peak resident memory, and what each tool listed.
+# Usage: bench/run.sh [N=1000000] [RUNS=5]     BENCH_DIR=... places the tree (default bench/out)
+set -euo pipefail
+top=$(cd "$(dirname "$0")/.." && pwd)
+n=${1:-1000000}
+runs=${2:-5}
+
+"$top/scripts/deps.sh" bfs findutils
+"$top/scripts/build.sh" >/dev/null
+
+dir=${BENCH_DIR:-$top/bench/out}
+tree=$dir/tree-$n
+mkdir -p "$dir"
+if [ ! -e "$tree.done" ]; then
+    rm -rf "$tree"
+    "$top/build/bench/gentree" "$tree" "$n" >&2
+    touch "$tree.done"
+fi
+
+measure=$top/build/bench/measure
+tallymoor=$top/build/tallymoor
+results=$(mktemp -d)
+trap 'rm -rf "$results"' EXIT
+
+# The same selection for all three: folders whose name begins with "." pruned, links not
+# followed and listed like files, names matched without regard to case.
+command_for() { # query tool
+    local prune=(-name '.*' -type d -prune -o)
+    case "$1:$2" in
+    txt:tallymoor) echo "$tallymoor" search "$tree" '*.txt' ;;
+    txt:find) echo find "$tree" "${prune[@]}" '!' -type d -iname '*.txt' -print ;;
+    txt:bfs) echo bfs "$tree" "${prune[@]}" '!' -type d -iname '*.txt' -print ;;
+    all:tallymoor) echo "$tallymoor" search "$tree" '*.*' ;;
+    all:find) echo find "$tree" "${prune[@]}" '!' -type d -print ;;
+    all:bfs) echo bfs "$tree" "${prune[@]}" '!' -type d -print ;;
+    esac
+}
+
+run_one() { # query tool -> appends "seconds rss_kb bytes lines status"
+    local cmd
+    read -r -a cmd <<<"$(command_for "$1" "$2")"
+    # the masks hold "*": keep them from the shell's globbing
+    set -f
+    "$measure" -- "${cmd[@]}" >>"$results/$1-$2"
+    set +f
+}
+
+queries=(txt all)
+tools=(tallymoor bfs find)
+for q in "${queries[@]}"; do
+    for t in "${tools[@]}"; do
+        run_one "$q" "$t"
+        : >"$results/$q-$t"
+    done
+done
+for ((r = 0; r < runs; r++)); do
+    for q in "${queries[@]}"; do
+        for t in "${tools[@]}"; do
+            run_one "$q" "$t"
+        done
+    done
+done
+
+median() { sort -n | awk '{v[NR]=$1} END {print (NR%2) ? v[(NR+1)/2] : (v[NR/2]+v[NR/2+1])/2}'; }
+
+echo "Tree: $n entries ($tree), $runs runs each, $(nproc) cores, $(uname -r)"
+echo
+echo "| mask | tool | median s | vs bfs | peak RSS MiB | paths listed |"
+echo "|---|---|---|---|---|---|"
+for q in "${queries[@]}"; do
+    mask='*.txt'
+    [ "$q" = all ] && mask='*.*'
+    bfs_time=$(cut -d' ' -f1 "$results/$q-bfs" | median)
+    for t in "${tools[@]}"; do
+        time=$(cut -d' ' -f1 "$results/$q-$t" | median)
+        rss=$(cut -d' ' -f2 "$results/$q-$t" | median)
+        lines=$(cut -d' ' -f4 "$results/$q-$t" | sort -u | tr '\n' ' ')
+        awk -v m="$mask" -v t="$t" -v s="$time" -v b="$bfs_time" -v r="$rss" -v l="$lines" \
+            'BEGIN {printf "| %s | %s | %.3f | %.2fx | %.1f | %s|\n", m, t, s, s/b, r/1024, l}'
+    done
+done
+echo
+read -r _ rss bytes lines _ < <(sort -k2 -n "$results/all-tallymoor" | tail -n 1)
+awk -v r="$rss" -v b="$bytes" -v l="$lines" 'BEGIN {
+    paths = b - l
+    printf "*.* memory: peak RSS %.1f MiB for %d records with %.1f MiB of path bytes: %.1f bytes per record beyond the paths\n",
+        r/1024, l, paths/1048576, (r*1024 - paths)/l }'
+read -r _ base _ < <("$measure" -- "$tallymoor" --version)
+echo "(of which the program's own baseline, tallymoor --version: $((base / 1024)) MiB)"
