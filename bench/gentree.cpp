@@ -29,12 +29,11 @@ struct SplitMix {
 };
 
 constexpr std::array kExtensions = {
-    "c",    "h",    "txt",  "jpg",  "png",   "js",   "py",   "html", "json", "o",    "md",
-    "cpp",  "xml",  "log",  "css",  "gz",    "pdf",  "svg",  "java", "rs",   "go",   "sh",
-    "yml",  "mp3",  "zip",  "doc",  "xls",   "csv",  "ini",  "cfg",  "so",   "a",    "ts",
-    "tsx",  "rb",   "pl",   "php",  "mk",    "in",   "am",   "po",   "mo",   "ttf",  "woff",
-    "ico",  "gif",  "bmp",  "tiff", "wav",   "flac", "mp4",  "mkv",  "avi",  "iso",  "deb",
-    "rpm",  "tar",  "bz2",  "xz",   "lock"};
+    "c",   "h",    "txt", "jpg", "png", "js",  "py",   "html", "json", "o",   "md",  "cpp",
+    "xml", "log",  "css", "gz",  "pdf", "svg", "java", "rs",   "go",   "sh",  "yml", "mp3",
+    "zip", "doc",  "xls", "csv", "ini", "cfg", "so",   "a",    "ts",   "tsx", "rb",  "pl",
+    "php", "mk",   "in",  "am",  "po",  "mo",  "ttf",  "woff", "ico",  "gif", "bmp", "tiff",
+    "wav", "flac", "mp4", "mkv", "avi", "iso", "deb",  "rpm",  "tar",  "bz2", "xz",  "lock"};
 constexpr std::array kWords = {"report", "data",  "image", "main",  "test",  "index", "util",
                                "notes",  "photo", "build", "cache", "draft", "final", "old"};
 

@@ -1,9 +1,9 @@
-#include "TestTree.h"
 #include "app/Cli.h"
+
+#include "TestTree.h"
 #include "search/FolderWalk.h"
 
 #include <algorithm>
-
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>

@@ -1,15 +1,16 @@
+#include "search/FolderWalk.h"
+
 #include "TestTree.h"
 #include "platform/CancelFlag.h"
-#include "search/FolderWalk.h"
 #include "search/SearchSession.h"
 #include "search/SearchStatus.h"
 
 #include <algorithm>
 #include <climits>
 #include <filesystem>
-#include <map>
 #include <functional>
 #include <gtest/gtest.h>
+#include <map>
 #include <sys/resource.h>
 
 namespace {
@@ -70,17 +71,19 @@ std::vector<std::string> Keep(const std::vector<std::string>& all,
     return kept;
 }
 
-bool IsFolder(const std::string& p) { return !p.empty() && p.back() == '/'; }
+bool IsFolder(const std::string& p) {
+    return !p.empty() && p.back() == '/';
+}
 bool EndsWith(const std::string& s, const std::string& end) {
     return s.size() >= end.size() && s.compare(s.size() - end.size(), end.size(), end) == 0;
 }
 
 // A tree with every kind of entry the walk must tell apart.
 void BuildMixedTree(const TestTree& t) {
-    for (const char* f : {"a.txt", "B.TXT", "c.log", "README", ".hidden.txt", "x.", "sub/d.txt",
-                          "sub/e.doc", "sub/deeper/f.txt", "sub/deeper/g.Txt", "other/h.txt",
-                          ".git/config.txt", "sub/.cache/i.txt", "\xff\xfe.txt",
-                          "caf\xc3\xa9/\xe9t\xe9.TXT"}) {
+    for (const char* f :
+         {"a.txt", "B.TXT", "c.log", "README", ".hidden.txt", "x.", "sub/d.txt", "sub/e.doc",
+          "sub/deeper/f.txt", "sub/deeper/g.Txt", "other/h.txt", ".git/config.txt",
+          "sub/.cache/i.txt", "\xff\xfe.txt", "caf\xc3\xa9/\xe9t\xe9.TXT"}) {
         t.File(f);
     }
     t.Folder("empty");
@@ -240,8 +243,8 @@ TEST(FolderWalk, StoredRecordsCarryLowerCaseExtensionAndFileTime) {
         byPath[std::string(store[i].FullPath())] = &store[i];
     }
     EXPECT_EQ(byPath.at(t.Path("Photo.JPG"))->Extension(), ".jpg");
-    EXPECT_EQ(byPath.at(t.Path("Photo.JPG"))->LastWriteTime, 116444736000000000LL +
-                                                                 1700000000LL * 10000000 + 1234567);
+    EXPECT_EQ(byPath.at(t.Path("Photo.JPG"))->LastWriteTime,
+              116444736000000000LL + 1700000000LL * 10000000 + 1234567);
     EXPECT_EQ(byPath.at(t.Path("\xc3\x84pfel.\xc3\x96L"))->Extension(), ".\xc3\xb6l");
     EXPECT_EQ(byPath.at(t.Path("Makefile"))->Extension(), "");
 }
@@ -276,8 +279,8 @@ TEST(FolderWalk, TreesDeeperThanTheOpenFileLimitAreWalkedWhole) {
 
 TEST(FolderWalk, FoldersThatGaveBackTheirDescriptorCarryOnAfterTheirSubfolders) {
     TestTree t;
-    for (const char* f : {"a/b/c/d/e/1.txt", "a/b/c/d/2.txt", "a/b/c/d/e2/3.txt",
-                          "a/b/c/x/4.txt", "a/b/c/5.txt", "a/b/y/6.txt", "a/7.txt"}) {
+    for (const char* f : {"a/b/c/d/e/1.txt", "a/b/c/d/2.txt", "a/b/c/d/e2/3.txt", "a/b/c/x/4.txt",
+                          "a/b/c/5.txt", "a/b/y/6.txt", "a/7.txt"}) {
         t.File(f);
     }
     const auto expected =
@@ -299,7 +302,8 @@ TEST(FolderWalk, FoldersThatGaveBackTheirDescriptorCarryOnAfterTheirSubfolders) 
 
 int OpenDescriptors() {
     int count = 0;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    for ([[maybe_unused]] const auto& entry :
+         std::filesystem::directory_iterator("/proc/self/fd")) {
         ++count;
     }
     return count;
@@ -355,7 +359,8 @@ TEST(FolderWalk, StatusCadenceIsEvery4000FilesAndEvery100Folders) {
     }
     RecordingListener files;
     Search(t.Root(), Options("*.none"), &files);
-    EXPECT_EQ(files.objects, (std::vector<QString>{"Objects: 0", "Objects: 4,000", "Objects: 8,000"}));
+    EXPECT_EQ(files.objects,
+              (std::vector<QString>{"Objects: 0", "Objects: 4,000", "Objects: 8,000"}));
     EXPECT_GT(files.yields, 7000);
 
     TestTree f;
@@ -368,7 +373,8 @@ TEST(FolderWalk, StatusCadenceIsEvery4000FilesAndEvery100Folders) {
     RecordingListener folders;
     const Outcome o = Search(f.Root(), options, &folders);
     EXPECT_EQ(o.counters.ObjectCount, 201);
-    EXPECT_EQ(folders.objects, (std::vector<QString>{"Objects: 0", "Objects: 100", "Objects: 200"}));
+    EXPECT_EQ(folders.objects,
+              (std::vector<QString>{"Objects: 0", "Objects: 100", "Objects: 200"}));
     EXPECT_EQ(folders.folders.size(), 201u);
     EXPECT_EQ(std::count(folders.folders.begin(), folders.folders.end(), "Searching d7 "), 1);
 }

@@ -9,7 +9,9 @@ struct VerdictCase {
     MaskVerdict expected;
 };
 
-void PrintTo(const VerdictCase& c, std::ostream* os) { *os << "mask '" << c.mask << "'"; }
+void PrintTo(const VerdictCase& c, std::ostream* os) {
+    *os << "mask '" << c.mask << "'";
+}
 
 class ValidateMaskTable : public testing::TestWithParam<VerdictCase> {};
 
@@ -19,8 +21,7 @@ TEST_P(ValidateMaskTable, AcceptsOrRefuses) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, ValidateMaskTable,
-    testing::Values(VerdictCase{"", MaskVerdict::Empty},
-                    VerdictCase{"*.*", MaskVerdict::Accepted},
+    testing::Values(VerdictCase{"", MaskVerdict::Empty}, VerdictCase{"*.*", MaskVerdict::Accepted},
                     VerdictCase{" *.* ", MaskVerdict::Accepted},
                     VerdictCase{"*.txt", MaskVerdict::Accepted},
                     VerdictCase{"*.txt;*.log", MaskVerdict::Accepted},

@@ -6,8 +6,8 @@ namespace {
 
 TEST(PathText, ExtensionIsFromTheLastDot) {
     const std::pair<const char*, const char*> cases[] = {
-        {"a.txt", ".txt"}, {"a", ""},   {".bashrc", ".bashrc"}, {"a.b.c", ".c"},
-        {"a.", "."},       {"", ""},    {"x.TAR.GZ", ".GZ"},    {"caf\xe9.d\xe9", ".d\xe9"}};
+        {"a.txt", ".txt"}, {"a", ""}, {".bashrc", ".bashrc"}, {"a.b.c", ".c"},
+        {"a.", "."},       {"", ""},  {"x.TAR.GZ", ".GZ"},    {"caf\xe9.d\xe9", ".d\xe9"}};
     for (const auto& [name, extension] : cases) {
         EXPECT_EQ(ExtensionOf(name), extension) << name;
     }
@@ -16,16 +16,21 @@ TEST(PathText, ExtensionIsFromTheLastDot) {
 TEST(PathText, LowerCaseKeepsBytesThatAreNotUtf8) {
     EXPECT_EQ(LowerCaseName(".TXT"), ".txt");
     EXPECT_EQ(LowerCaseName("\xc3\x84\xc3\x96.\xc3\x9c"), "\xc3\xa4\xc3\xb6.\xc3\xbc"); // ÄÖ.Ü
-    EXPECT_EQ(LowerCaseName("\xff\xfe" "A"), "\xff\xfe" "a");
-    EXPECT_EQ(LowerCaseName("\xc3" "A"), "\xc3" "a"); // a lead byte without its continuation
+    EXPECT_EQ(LowerCaseName("\xff\xfe"
+                            "A"),
+              "\xff\xfe"
+              "a");
+    EXPECT_EQ(LowerCaseName("\xc3"
+                            "A"),
+              "\xc3"
+              "a"); // a lead byte without its continuation
 }
 
 TEST(PathText, DecodeTreatsEveryInvalidByteAsOneCharacter) {
     const std::pair<const char*, size_t> cases[] = {
-        {"abc", 3},           {"\xc3\xa4", 1},     {"\xf0\x9f\x98\x80", 1},
-        {"\xc0\xaf", 2},      // overlong
-        {"\xed\xa0\x80", 3},  // surrogate
-        {"\xe2\x82", 2},      // truncated
+        {"abc", 3},          {"\xc3\xa4", 1}, {"\xf0\x9f\x98\x80", 1}, {"\xc0\xaf", 2}, // overlong
+        {"\xed\xa0\x80", 3},                                                            // surrogate
+        {"\xe2\x82", 2},                                                                // truncated
         {"\xff\xfe", 2}};
     for (const auto& [text, characters] : cases) {
         const std::string_view view(text);

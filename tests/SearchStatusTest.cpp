@@ -14,9 +14,9 @@ TEST(SearchStatus, CountsAreGroupedWithoutDecimals) {
 
 TEST(SearchStatus, ElapsedUnitStopsAt5999Hundredths) {
     const std::pair<float, const char*> cases[] = {
-        {0.0f, "Elapsed: 0.00  seconds"},     {1.25f, "Elapsed: 1.25  seconds"},
-        {59.98f, "Elapsed: 59.98  seconds"},  {59.99f, "Elapsed: 59.99"},
-        {60.0f, "Elapsed: 60.00"},            {1234.5f, "Elapsed: 1,234.50"}};
+        {0.0f, "Elapsed: 0.00  seconds"},    {1.25f, "Elapsed: 1.25  seconds"},
+        {59.98f, "Elapsed: 59.98  seconds"}, {59.99f, "Elapsed: 59.99"},
+        {60.0f, "Elapsed: 60.00"},           {1234.5f, "Elapsed: 1,234.50"}};
     for (const auto& [seconds, text] : cases) {
         EXPECT_EQ(ElapsedText(seconds), QString::fromUtf8(text)) << seconds;
     }

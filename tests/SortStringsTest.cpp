@@ -9,8 +9,9 @@
 namespace {
 
 TEST(SortStrings, PivotIsTheMeanRoundedHalfToEven) {
-    const int cases[][3] = {{0, 0, 0}, {0, 1, 0}, {1, 2, 2}, {2, 3, 2}, {3, 4, 4},
-                            {0, 4, 2}, {5, 8, 6}, {6, 9, 8}, {0, 2147483647, 1073741824}};
+    const int cases[][3] = {{0, 0, 0}, {0, 1, 0}, {1, 2, 2},
+                            {2, 3, 2}, {3, 4, 4}, {0, 4, 2},
+                            {5, 8, 6}, {6, 9, 8}, {0, 2147483647, 1073741824}};
     for (const auto& c : cases) {
         EXPECT_EQ(SortPivotIndex(c[0], c[1]), c[2]) << c[0] << ".." << c[1];
     }

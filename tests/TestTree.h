@@ -16,8 +16,8 @@ public:
     const std::string& Root() const { return root_; }
     std::string Path(const std::string& relative) const { return root_ + relative; }
 
-    void Folder(const std::string& relative) const;       // with missing parents
-    void File(const std::string& relative) const;         // with missing parents
+    void Folder(const std::string& relative) const; // with missing parents
+    void File(const std::string& relative) const;   // with missing parents
     void Link(const std::string& relative, const std::string& target) const;
     // Sets a file's modification time (seconds and nanoseconds since 1970).
     void SetTime(const std::string& relative, long seconds, long nanoseconds) const;

@@ -43,7 +43,9 @@ void PrintLine(std::FILE* stream, const QString& text) {
     std::fputc('\n', stream);
 }
 
-extern "C" void RaiseCancelOnSignal(int) { CancelFlag::Program().Raise(); }
+extern "C" void RaiseCancelOnSignal(int) {
+    CancelFlag::Program().Raise();
+}
 
 // Ctrl-C during the walk raises the cancel flag once; a second Ctrl-C ends the program.
 class InterruptCancels {
@@ -112,8 +114,9 @@ int Search(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
     }
     const bool cancelled = cancel.IsRaised();
     const auto noMatches = [&] {
-        PrintLine(err, NoMatchesMessage(options.FoldersOnly, QString::fromStdString(options.MaskText),
-                                        DisplayPath(session.RootPath())));
+        PrintLine(err,
+                  NoMatchesMessage(options.FoldersOnly, QString::fromStdString(options.MaskText),
+                                   DisplayPath(session.RootPath())));
     };
     if (!session.RootWasFolder()) {
         noMatches();
@@ -150,9 +153,14 @@ bool IsCommandLineInvocation(const std::vector<std::string>& args) {
 
 int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
                    WalkListener* walkObserver) {
-    if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
-        std::fputs(kUsage, args.empty() ? err : out);
-        return args.empty() ? kExitUsage : kExitFound;
+    if (args.empty()) {
+        std::fputs("tallymoor: this build has no window yet; use a subcommand.\n\n", err);
+        std::fputs(kUsage, err);
+        return kExitUsage;
+    }
+    if (args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
+        std::fputs(kUsage, out);
+        return kExitFound;
     }
     if (args[0] == "--version") {
         std::fprintf(out, "tallymoor %s\n", TALLYMOOR_VERSION);

@@ -33,8 +33,8 @@ void FileDataArray::Redim(int32_t upper) {
     }
     const size_t blocksNeeded = static_cast<size_t>(upper + kBlockSize) >> kBlockShift;
     // Shrinking: the slots beyond the new bound must read as empty if the store grows again.
-    for (int32_t i = upper + 1; i <= upper_ && (i >> kBlockShift) < static_cast<int32_t>(blocksNeeded);
-         ++i) {
+    for (int32_t i = upper + 1;
+         i <= upper_ && (i >> kBlockShift) < static_cast<int32_t>(blocksNeeded); ++i) {
         Slot(i) = FileDataEntry{};
     }
     blocks_.resize(std::min(blocks_.size(), blocksNeeded));
@@ -105,8 +105,7 @@ std::string_view FileDataArray::RemarkDate(int32_t index) const {
     return it == remarks_.end() ? std::string_view{} : std::string_view(it->second.date);
 }
 
-void FileDataArray::SetRemark(int32_t index, std::string_view remark,
-                              std::string_view remarkDate) {
+void FileDataArray::SetRemark(int32_t index, std::string_view remark, std::string_view remarkDate) {
     auto& r = remarks_[index];
     r.remark = remark;
     r.date = remarkDate;

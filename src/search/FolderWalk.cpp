@@ -67,14 +67,16 @@ bool IsLowerAscii(std::string_view s) {
 
 } // namespace
 
-FolderWalk::FolderWalk(const SearchOptions& options, FileDataArray& store,
-                       SearchCounters& counters, const CancelFlag& cancel,
-                       WalkListener* listener)
-    : options_(options), store_(store), counters_(counters), cancel_(cancel),
-      listener_(listener), matcher_(options.MaskText), expected_(options.ExpectedMatch == 1),
-      keptLevels_(DefaultKeptLevels()) {}
+FolderWalk::FolderWalk(const SearchOptions& options, FileDataArray& store, SearchCounters& counters,
+                       const CancelFlag& cancel, WalkListener* listener)
+    : options_(options), store_(store), counters_(counters), cancel_(cancel), listener_(listener),
+      matcher_(options.MaskText), expected_(options.ExpectedMatch == 1),
+      keptLevels_(DefaultKeptLevels()) {
+}
 
-FolderWalk::~FolderWalk() { CloseAll(); }
+FolderWalk::~FolderWalk() {
+    CloseAll();
+}
 
 void FolderWalk::CloseAll() {
     for (auto& level : levels_) {

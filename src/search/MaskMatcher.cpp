@@ -18,7 +18,9 @@ char32_t Fold(char32_t cp) {
     return cp < 0x110000 ? QChar::toCaseFolded(cp) : cp;
 }
 
-char AsciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+char AsciiLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
 
 void DecodeFolded(std::string_view text, std::vector<char32_t>& out) {
     out.clear();
@@ -100,8 +102,8 @@ MaskMatcher::MaskMatcher(std::string_view maskText) {
             pattern.remove_prefix(1);
         }
         Pattern compiled{Kind::General, {}, {}};
-        if (pattern == "*.*" || (!pattern.empty() && pattern.find_first_not_of('*') ==
-                                                         std::string_view::npos)) {
+        if (pattern == "*.*" ||
+            (!pattern.empty() && pattern.find_first_not_of('*') == std::string_view::npos)) {
             compiled.kind = Kind::Everything;
         } else if (pattern.size() > 1 && pattern.front() == '*' &&
                    IsPlainAscii(pattern.substr(1))) {

@@ -20,7 +20,7 @@ private:
     enum class Kind { Everything, AsciiSuffix, AsciiExact, General };
     struct Pattern {
         Kind kind;
-        std::string ascii;          // lower-cased literal for the ASCII kinds
+        std::string ascii;           // lower-cased literal for the ASCII kinds
         std::vector<char32_t> units; // folded characters and wildcards for General
     };
     std::vector<Pattern> patterns_;

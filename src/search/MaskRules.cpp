@@ -21,9 +21,8 @@ std::vector<std::string> MaskList(std::string_view maskText) {
     size_t start = 0;
     for (;;) {
         const size_t end = maskText.find(';', start);
-        const auto element = maskText.substr(start, end == std::string_view::npos
-                                                        ? std::string_view::npos
-                                                        : end - start);
+        const auto element = maskText.substr(
+            start, end == std::string_view::npos ? std::string_view::npos : end - start);
         elements.emplace_back(TrimBlanks(element));
         if (end == std::string_view::npos) {
             return elements;

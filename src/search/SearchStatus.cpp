@@ -9,11 +9,17 @@ const QLocale& Locale() {
 }
 } // namespace
 
-QString FormatCount(int64_t value) { return Locale().toString(static_cast<qlonglong>(value)); }
+QString FormatCount(int64_t value) {
+    return Locale().toString(static_cast<qlonglong>(value));
+}
 
-QString ObjectsText(int64_t objects) { return QStringLiteral("Objects: ") + FormatCount(objects); }
+QString ObjectsText(int64_t objects) {
+    return QStringLiteral("Objects: ") + FormatCount(objects);
+}
 
-QString MatchedText(int64_t matched) { return QStringLiteral("Matched: ") + FormatCount(matched); }
+QString MatchedText(int64_t matched) {
+    return QStringLiteral("Matched: ") + FormatCount(matched);
+}
 
 QString ElapsedText(float seconds) {
     QString text = QStringLiteral("Elapsed: ") + Locale().toString(seconds, 'f', 2);
