@@ -15,7 +15,7 @@ QString MatchedText(int64_t matched); // "Matched: 56"
 QString ElapsedText(float seconds);
 QString OutcomeText(bool cancelled); // "Cancelled" or "Done"
 
-// The three parts the walk writes when it enters a folder (parts 0, 1 and 2, as they stand).
+// What the walk shows when it enters a folder: the message, object and match fields, as they stand.
 struct FolderMessage {
     QString part0, part1, part2;
 };
