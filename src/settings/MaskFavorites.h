@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+class modPProfile;
+
+// The mask favourites the Masks menu shows as its last entries. Entry 0 always exists: with no
+// favourites it is the disabled placeholder "(no favorites)".
+class MaskFavorites {
+public:
+    static constexpr const char* kPlaceholder = "(no favorites)";
+
+    MaskFavorites();
+
+    // Captions in menu order (the placeholder included when it shows).
+    const std::vector<std::string>& Captions() const { return entries_; }
+    bool ShowsPlaceholder() const { return entries_.size() == 1 && entries_[0] == kPlaceholder; }
+    // Whether entry `index` can be chosen (the placeholder cannot).
+    bool IsEnabled(size_t index) const { return !(index == 0 && ShowsPlaceholder()); }
+
+    // `ProfileLoadMaskFavorites`: every key of [masks] in file order, whatever its name. An
+    // empty section leaves the list as it is.
+    void Load(const modPProfile& profile);
+    // `ProfileClearMaskFavorites`: back to the placeholder alone.
+    void Clear();
+    // `ProfileSaveMaskFavorites`: rewrites [masks] as mask1, mask2, ... in menu order; nothing
+    // is written while the placeholder shows.
+    void Save(modPProfile& profile) const;
+
+    // `AddMaskFavorite`, after every search: the trimmed mask joins the list unless it is
+    // "*.*" or "*.*;" or already there (compared trimmed and lower-cased).
+    void Add(std::string_view maskText);
+
+    // The File Mask text after choosing entry `index`: the favourite alone, or in append mode
+    // the current text followed directly by it.
+    std::string Choose(size_t index, std::string_view currentMask, bool appendMode) const;
+
+private:
+    std::vector<std::string> entries_;
+};

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+class modPProfile;
+
+// The main window's placement rules, in twips, as pure functions of the settings and the
+// screen size; the window converts to pixels.
+
+struct Placement {
+    int32_t Left = 0;
+    int32_t Top = 0;
+    int32_t Width = 0;
+    int32_t Height = 0;
+    char Winstate = '0'; // '0' normal, '1' minimised, '2' maximised
+};
+
+struct ScreenTwips {
+    int32_t Width = 0;
+    int32_t Height = 0;
+};
+
+enum class WindowState { Normal, Minimised, Maximised };
+
+// The placement to open with; nothing when there is no settings file (the window keeps its
+// own). Winstate is read as the absolute rounded number and only 0 and 2 are kept; a Width of 0
+// becomes 11970 and a Top of 0 becomes 9270 (the default height, deliberately); anything not
+// positive then centres an 11970 by 9270 window.
+std::optional<Placement> ReadWindowPlacement(const modPProfile& profile, ScreenTwips screen);
+
+// What [windows] holds while the program runs: the state, a centred left and top for the
+// window's current size, and the default size. The real placement is written only at exit.
+void WriteStartupPlacement(modPProfile& profile, char winstate, ScreenTwips screen,
+                           int32_t windowWidth, int32_t windowHeight);
+
+// The placement recorded when the window closes. Normal: the window's own. Maximised: a
+// default-size window centred with 11970 for both offsets (deliberately). Minimised: the
+// placement recorded at start-up, with state "1".
+Placement ExitPlacement(WindowState state, const Placement& window, const Placement& atStartup,
+                        ScreenTwips screen);
+
+// Keeps `placement` in the settings and writes [windows].
+void SaveWindowPlacement(modPProfile& profile, const Placement& placement);

@@ -1,0 +1,430 @@
+#include "TestTree.h"
+#include "settings/MaskFavorites.h"
+#include "settings/SettingsLocation.h"
+#include "settings/WindowPlacement.h"
+#include "settings/modPProfile.h"
+
+#include <climits>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+std::string ReadBytes(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+void WriteBytes(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+constexpr const char* kHome = "/home/ann";
+
+// The new file, line by line, as the first start writes it.
+std::string ExpectedNewFile() {
+    const char* lines[] = {
+        "; --------------------------------------------------------------",
+        "; ----                                                      ----",
+        "; ----  This file contains user, session and                ----",
+        "; ----  application settings for the Tallymoor.             ----",
+        "; ----                                                      ----",
+        "; ----  Although this file is modifiable, it is strongly    ----",
+        "; ----  recommended that you allow the application to make  ----",
+        "; ----  make any needed changes.                            ----",
+        "; ----                                                      ----",
+        "; --------------------------------------------------------------",
+        "",
+        "[windows]",
+        "Winstate=",
+        "Left=",
+        "Top=",
+        "Width=",
+        "Height=",
+        "",
+        "[paths]",
+        "LastSourceFolder=/home/ann/",
+        "LastCopyFileTarget=/home/ann/",
+        "LastCopyFolderTarget=/home/ann/",
+        "LastMoveFileTarget=/home/ann/",
+        "LastMoveFolderTarget=/home/ann/",
+        "LastSourceNetFolder=/home/ann/",
+        "LastSourceNetAdminFolder=/home/ann/",
+        "LastOutputSaveDirectory=/home/ann/",
+        "LastCfmBrowseID=0",
+        "",
+        "[options]",
+        "AskToOpenWith=1",
+        "AutoRescanAfterAction=0",
+        "AutoRescanUseMaximum=0",
+        "AutoRescanMaximum=300",
+        "AutoSDSOnNewSelection=0",
+        "AlwaysShowCountWhenSDS=0",
+        "ConfirmOnOpen=1",
+        "ConfirmOnCopy=1",
+        "ConfirmOnMove=1",
+        "ConfirmOnFolderDelete=1",
+        "ConfirmOnFileDelete=1",
+        "ConfirmOnEachFileDelete=1",
+        "LVDefaultView=1",
+        "LVCustomSortColor=15987699",
+        "LVUseCustomSortColor=1",
+        "LVUseGridLines=1",
+        "RetainTopIndex=0",
+        "DblClickAction=0",
+        "DblClickShiftAction=1",
+        "LastFileMask=*.txt",
+        "OpenFoldersWithExplore=0",
+        "PBScrollStyle=0",
+        "QSSortResultsOnSave=0",
+        "QSResultsWhenFolders=0",
+        "",
+        "[masks]",
+        "mask1=*.doc;",
+        "mask2=*.mdb;",
+        "mask3=*.ppt;",
+        "mask4=*.txt;",
+        "mask5=*.log;",
+        "mask6=*.rtf;",
+        "",
+        "[custom]",
+        "color1=16383743",
+        "color2=14809855",
+        "color3=15987699",
+        "color4=16250871",
+        "color5=0",
+        "color6=0",
+        "color7=0",
+        "color8=0",
+        "color9=13696972",
+        "color10=14803455",
+        "color11=14283511",
+        "color12=-2147483643",
+        "color13=0",
+        "color14=0",
+        "color15=0",
+        "color16=0",
+    };
+    std::string text;
+    for (const char* line : lines) {
+        text += std::string(line) + "\r\n";
+    }
+    return text;
+}
+
+TEST(Profile, FirstStartWritesTheNewFileByteForByte) {
+    TestTree t;
+    modPProfile profile(t.Path("tallymoor.ini"), kHome);
+    profile.Start();
+    EXPECT_EQ(ReadBytes(t.Path("tallymoor.ini")), ExpectedNewFile());
+    for (const char* line : modPProfile::kHeader) {
+        EXPECT_EQ(std::string(line).size(), 64u) << line;
+    }
+    const AppSettings& s = profile.Settings();
+    EXPECT_EQ(s.AutoRescanMaximum, 300);
+    EXPECT_EQ(s.LVDefaultView, 1);
+    EXPECT_TRUE(s.LVUseGridLines);
+    EXPECT_TRUE(s.LVUseCustomSortColor);
+    EXPECT_EQ(s.LastFileMask, "*.txt");
+    EXPECT_EQ(s.LastSourceFolder, "/home/ann/");
+    EXPECT_EQ(s.DblClickShiftAction, 1);
+}
+
+TEST(Profile, AnExistingFileIsNeitherRewrittenNorReplaced) {
+    TestTree t;
+    WriteBytes(t.Path("tallymoor.ini"), "[options]\r\nConfirmOnOpen=0\r\n");
+    modPProfile profile(t.Path("tallymoor.ini"), kHome);
+    profile.Start();
+    EXPECT_EQ(ReadBytes(t.Path("tallymoor.ini")), "[options]\r\nConfirmOnOpen=0\r\n");
+    EXPECT_FALSE(profile.Settings().ConfirmOnOpen);
+}
+
+TEST(Profile, MissingKeysTakeTheirMissingKeyValues) {
+    const std::string files[] = {"", "; only a comment\r\n", "[paths]\r\n[windows]\r\nLeft=5\r\n",
+                                 std::string("\xff\xfe\0garbage", 10)};
+    for (const auto& file : files) {
+        TestTree t;
+        WriteBytes(t.Path("tallymoor.ini"), file);
+        modPProfile profile(t.Path("tallymoor.ini"), kHome);
+        profile.Start();
+        const AppSettings& s = profile.Settings();
+        EXPECT_EQ(s.AutoRescanMaximum, 0);
+        EXPECT_EQ(s.LVDefaultView, 0);
+        EXPECT_FALSE(s.LVUseGridLines);
+        EXPECT_FALSE(s.LVUseCustomSortColor);
+        EXPECT_EQ(s.LVCustomSortColor, 15987699);
+        EXPECT_EQ(s.LastFileMask, "*.*");
+        EXPECT_EQ(s.LastSourceFolder, "/home/ann/");
+        EXPECT_EQ(s.LastOutputSaveDirectory, "/home/ann/");
+        EXPECT_TRUE(s.ConfirmOnOpen);
+        EXPECT_TRUE(s.AskToOpenWith);
+        EXPECT_FALSE(s.AutoSDSOnNewSelection);
+        EXPECT_EQ(s.DblClickAction, 0);
+        EXPECT_EQ(s.DblClickShiftAction, 1);
+        EXPECT_EQ(s.LastCfmBrowseID, 0);
+    }
+}
+
+TEST(Profile, StoredValuesAreReadByTheirRules) {
+    TestTree t;
+    WriteBytes(t.Path("tallymoor.ini"),
+               "[options]\r\nLVCustomSortColor=0\r\nAutoRescanMaximum=-1\r\nConfirmOnCopy=False\r\n"
+               "ConfirmOnMove=oops\r\nLVUseGridLines=True\r\nDblClickAction=2.5\r\n"
+               "LastFileMask=\r\n[PATHS]\r\nlastsourcefolder=/srv/data/\r\nLastCfmBrowseID=7\r\n");
+    modPProfile profile(t.Path("tallymoor.ini"), kHome);
+    profile.Start();
+    const AppSettings& s = profile.Settings();
+    EXPECT_EQ(s.LVCustomSortColor, 15987699);
+    EXPECT_EQ(s.AutoRescanMaximum, -1);
+    EXPECT_FALSE(s.ConfirmOnCopy);
+    EXPECT_FALSE(s.ConfirmOnMove);
+    EXPECT_TRUE(s.LVUseGridLines);
+    EXPECT_EQ(s.DblClickAction, 2);
+    EXPECT_EQ(s.LastFileMask, "");
+    EXPECT_EQ(s.LastSourceFolder, "/srv/data/");
+    EXPECT_EQ(s.LastCfmBrowseID, 7);
+}
+
+TEST(Profile, NumberReadingRule) {
+    const std::pair<const char*, int32_t> cases[] = {{"12", 12},
+                                                     {" 12abc", 12},
+                                                     {"abc", 0},
+                                                     {"", 0},
+                                                     {"2.5", 2},
+                                                     {"3.5", 4},
+                                                     {"-2.5", -2},
+                                                     {"-1", -1},
+                                                     {"+7", 7},
+                                                     {"1e3", 1000},
+                                                     {"1e", 1},
+                                                     {".5", 0},
+                                                     {"0.51", 1},
+                                                     {"0x10", 0},
+                                                     {"--3", 0},
+                                                     {"99999999999", INT_MAX},
+                                                     {"-99999999999", INT_MIN},
+                                                     {"1e999", INT_MAX}};
+    for (const auto& [text, value] : cases) {
+        EXPECT_EQ(ReadNumber(text), value) << "'" << text << "'";
+    }
+}
+
+TEST(Profile, BooleanReadingRule) {
+    const std::pair<const char*, bool> cases[] = {
+        {"1", true},     {"0", false},   {"-1", true},     {"2", true},    {" 1 ", true},
+        {"True", true},  {"TRUE", true}, {"false", false}, {"", false},    {"yes", false},
+        {"1abc", false}, {"0.0", false}, {"0.4", true},    {"1e999", true}};
+    for (const auto& [text, value] : cases) {
+        EXPECT_EQ(ReadBoolean(text), value) << "'" << text << "'";
+    }
+}
+
+TEST(Profile, CustomColoursRoundTripWithSystemColours) {
+    TestTree t;
+    modPProfile profile(t.Path("tallymoor.ini"), kHome);
+    profile.Start();
+    std::array<int32_t, 16> colors{};
+    profile.ProfileLoadCustomColors(colors);
+    EXPECT_EQ(colors[11], -2147483643);
+    EXPECT_EQ(colors[0], 16383743);
+    colors[4] = 0x00FF8000;
+    profile.ProfileSaveCustomColors(colors);
+    std::array<int32_t, 16> again{};
+    modPProfile(t.Path("tallymoor.ini"), kHome).ProfileLoadCustomColors(again);
+    EXPECT_EQ(again, colors);
+}
+
+TEST(Profile, SectionWritersWriteThroughAtOnce) {
+    TestTree t;
+    modPProfile profile(t.Path("tallymoor.ini"), kHome);
+    profile.Start();
+    profile.ProfileSetOptionsKey("ConfirmOnOpen", BoolText(false));
+    profile.ProfileSetPathsKey("LastSourceFolder", "/data/");
+    modPProfile other(t.Path("tallymoor.ini"), kHome);
+    other.ProfileLoadSettings();
+    EXPECT_FALSE(other.Settings().ConfirmOnOpen);
+    EXPECT_EQ(other.Settings().LastSourceFolder, "/data/");
+}
+
+// ---- window placement ----
+
+constexpr ScreenTwips kScreen{28800, 16200}; // 1920 x 1080 pixels at 96 DPI
+
+std::optional<Placement> PlacementFrom(const std::string& windows) {
+    TestTree t;
+    WriteBytes(t.Path("tallymoor.ini"), "[windows]\r\n" + windows);
+    return ReadWindowPlacement(modPProfile(t.Path("tallymoor.ini"), kHome), kScreen);
+}
+
+TEST(WindowPlacement, WinstateKeepsOnlyNormalAndMaximised) {
+    const std::pair<const char*, char> cases[] = {
+        {"", '0'},    {"0", '0'},   {"1", '0'},   {"2", '2'}, {"-2", '2'},
+        {"2.4", '2'}, {"1.6", '2'}, {"abc", '0'}, {"3", '0'}, {"-0", '0'}};
+    for (const auto& [text, state] : cases) {
+        const auto p = PlacementFrom(std::string("winstate=") + text + "\r\n");
+        ASSERT_TRUE(p);
+        EXPECT_EQ(p->Winstate, state) << "'" << text << "'";
+    }
+    EXPECT_EQ(PlacementFrom("WINSTATE=2\r\n")->Winstate, '2');
+}
+
+TEST(WindowPlacement, StoredValuesOrTheirFallbacks) {
+    struct Case {
+        const char* stored;
+        Placement expected;
+    };
+    const Placement centred{(28800 - 11970) / 2, (16200 - 9270) / 2, 11970, 9270, '0'};
+    const Case cases[] = {
+        {"Left=100\r\nTop=200\r\nWidth=9000\r\nHeight=7000\r\n", {100, 200, 9000, 7000, '0'}},
+        {"Left=100\r\nTop=0\r\nWidth=9000\r\nHeight=7000\r\n", {100, 9270, 9000, 7000, '0'}},
+        {"Left=100\r\nTop=200\r\nWidth=0\r\nHeight=7000\r\n", {100, 200, 11970, 7000, '0'}},
+        {"Left=0\r\nTop=200\r\nWidth=9000\r\nHeight=7000\r\n", centred},
+        {"Left=100\r\nTop=200\r\nWidth=9000\r\n", centred},
+        {"Left=-5\r\nTop=200\r\nWidth=9000\r\nHeight=7000\r\n", centred},
+        {"Left=100.6\r\nTop=199.5\r\nWidth=9000\r\nHeight=7000\r\n", {101, 200, 9000, 7000, '0'}},
+        {"", centred}};
+    for (const auto& c : cases) {
+        const auto p = PlacementFrom(c.stored);
+        ASSERT_TRUE(p);
+        EXPECT_EQ(std::tie(p->Left, p->Top, p->Width, p->Height),
+                  std::tie(c.expected.Left, c.expected.Top, c.expected.Width, c.expected.Height))
+            << c.stored;
+    }
+}
+
+TEST(WindowPlacement, NoSettingsFileMeansNoPlacement) {
+    TestTree t;
+    EXPECT_FALSE(ReadWindowPlacement(modPProfile(t.Path("none.ini"), kHome), kScreen));
+}
+
+TEST(WindowPlacement, StartupWritesACentredDefaultPlacement) {
+    TestTree t;
+    modPProfile profile(t.Path("tallymoor.ini"), kHome);
+    profile.Start();
+    WriteStartupPlacement(profile, '2', kScreen, 9000, 7000);
+    EXPECT_EQ(profile.ProfileGetString("windows", "Winstate", ""), "2");
+    EXPECT_EQ(profile.ProfileGetString("windows", "Left", ""), "9900");
+    EXPECT_EQ(profile.ProfileGetString("windows", "Top", ""), "4600");
+    EXPECT_EQ(profile.ProfileGetString("windows", "Width", ""), "11970");
+    EXPECT_EQ(profile.ProfileGetString("windows", "Height", ""), "9270");
+}
+
+TEST(WindowPlacement, ExitRecordsNormalMaximisedAndMinimisedWindows) {
+    const Placement window{300, 400, 10000, 8000, '0'};
+    const Placement startup{150, 250, 11970, 9270, '0'};
+    const Placement normal = ExitPlacement(WindowState::Normal, window, startup, kScreen);
+    EXPECT_EQ(std::tie(normal.Left, normal.Top, normal.Width, normal.Height, normal.Winstate),
+              std::make_tuple(300, 400, 10000, 8000, '0'));
+    const Placement maximised = ExitPlacement(WindowState::Maximised, window, startup, kScreen);
+    EXPECT_EQ(std::tie(maximised.Left, maximised.Top, maximised.Width, maximised.Height,
+                       maximised.Winstate),
+              std::make_tuple((28800 - 11970) / 2, (16200 - 11970) / 2, 11970, 9270, '2'));
+    const Placement minimised = ExitPlacement(WindowState::Minimised, window, startup, kScreen);
+    EXPECT_EQ(std::tie(minimised.Left, minimised.Top, minimised.Width, minimised.Height,
+                       minimised.Winstate),
+              std::make_tuple(150, 250, 11970, 9270, '1'));
+
+    TestTree t;
+    modPProfile profile(t.Path("tallymoor.ini"), kHome);
+    profile.Start();
+    SaveWindowPlacement(profile, minimised);
+    EXPECT_EQ(profile.File().KeyNames("windows"),
+              (std::vector<std::string>{"Winstate", "Left", "Top", "Width", "Height"}));
+    EXPECT_EQ(profile.ProfileGetString("windows", "Winstate", ""), "1");
+    EXPECT_EQ(profile.ProfileGetString("windows", "Left", ""), "150");
+    // a minimised state is never restored
+    EXPECT_EQ(ReadWindowPlacement(profile, kScreen)->Winstate, '0');
+}
+
+// ---- mask favourites ----
+
+TEST(MaskFavorites, ANewFileGivesSixFavouritesInOrder) {
+    TestTree t;
+    modPProfile profile(t.Path("tallymoor.ini"), kHome);
+    profile.Start();
+    MaskFavorites favorites;
+    EXPECT_TRUE(favorites.ShowsPlaceholder());
+    EXPECT_FALSE(favorites.IsEnabled(0));
+    favorites.Load(profile);
+    EXPECT_EQ(favorites.Captions(), (std::vector<std::string>{"*.doc;", "*.mdb;", "*.ppt;",
+                                                              "*.txt;", "*.log;", "*.rtf;"}));
+    EXPECT_TRUE(favorites.IsEnabled(0));
+}
+
+TEST(MaskFavorites, LoadingTakesEveryKeyInFileOrderWhateverItsName) {
+    TestTree t;
+    WriteBytes(t.Path("tallymoor.ini"), "[masks]\r\nzeta=*.c;\r\nmask1=*.h;\r\nx=\r\n");
+    modPProfile profile(t.Path("tallymoor.ini"), kHome);
+    MaskFavorites favorites;
+    favorites.Load(profile);
+    EXPECT_EQ(favorites.Captions(), (std::vector<std::string>{"*.c;", "*.h;", ""}));
+    WriteBytes(t.Path("tallymoor.ini"), "[masks]\r\n");
+    favorites.Load(profile);
+    EXPECT_EQ(favorites.Captions().size(), 3u) << "an empty section leaves the list";
+}
+
+TEST(MaskFavorites, AddingAfterASearch) {
+    MaskFavorites favorites;
+    favorites.Add("*.*");
+    favorites.Add(" *.*; ");
+    EXPECT_TRUE(favorites.ShowsPlaceholder());
+    favorites.Add("  *.txt; ");
+    EXPECT_EQ(favorites.Captions(), std::vector<std::string>{"*.txt;"});
+    favorites.Add(" *.TXT; ");
+    EXPECT_EQ(favorites.Captions(), std::vector<std::string>{"*.txt;"});
+    favorites.Add("*.log");
+    EXPECT_EQ(favorites.Captions(), (std::vector<std::string>{"*.log", "*.txt;"}))
+        << "with one real favourite the new mask takes entry 0 and the old one moves down";
+    favorites.Add("*.c;*.h");
+    EXPECT_EQ(favorites.Captions(), (std::vector<std::string>{"*.log", "*.txt;", "*.c;*.h"}));
+    favorites.Add("*.C;*.H ");
+    EXPECT_EQ(favorites.Captions().size(), 3u);
+}
+
+TEST(MaskFavorites, ChoosingWithAndWithoutAppendMode) {
+    MaskFavorites favorites;
+    favorites.Add("*.xls;");
+    EXPECT_EQ(favorites.Choose(0, "*.doc;", true), "*.doc;*.xls;");
+    EXPECT_EQ(favorites.Choose(0, "*.doc;", false), "*.xls;");
+}
+
+TEST(MaskFavorites, SavingRewritesTheSectionUnlessThePlaceholderShows) {
+    TestTree t;
+    modPProfile profile(t.Path("tallymoor.ini"), kHome);
+    profile.Start();
+    MaskFavorites favorites;
+    favorites.Load(profile);
+    favorites.Clear();
+    EXPECT_EQ(favorites.Captions(), std::vector<std::string>{"(no favorites)"});
+    favorites.Save(profile);
+    EXPECT_EQ(profile.File().KeyNames("masks").size(), 6u);
+
+    favorites.Add("*.md;");
+    favorites.Add("*.rs;");
+    favorites.Save(profile);
+    EXPECT_EQ(profile.File().KeyNames("masks"), (std::vector<std::string>{"mask1", "mask2"}));
+    EXPECT_EQ(profile.ProfileGetString("masks", "mask1", ""), "*.rs;");
+    EXPECT_EQ(profile.ProfileGetString("masks", "mask2", ""), "*.md;");
+}
+
+// ---- where the file lives ----
+
+TEST(SettingsLocation, OverrideThenBesideTheProgramThenXdg) {
+    TestTree t;
+    t.Folder("bin");
+    EXPECT_EQ(SettingsFilePath("/x/my.ini", t.Path("bin"), "/cfg", "/home/ann"), "/x/my.ini");
+    EXPECT_EQ(SettingsFilePath("", t.Path("bin"), "/cfg", "/home/ann"),
+              "/cfg/tallymoor/tallymoor.ini");
+    EXPECT_EQ(SettingsFilePath("", t.Path("bin"), nullptr, "/home/ann"),
+              "/home/ann/.config/tallymoor/tallymoor.ini");
+    EXPECT_EQ(SettingsFilePath("", t.Path("bin"), "relative", "/home/ann"),
+              "/home/ann/.config/tallymoor/tallymoor.ini");
+    t.File("bin/tallymoor.ini");
+    EXPECT_EQ(SettingsFilePath("", t.Path("bin"), "/cfg", "/home/ann"),
+              t.Path("bin/tallymoor.ini"));
+}
+
+} // namespace
