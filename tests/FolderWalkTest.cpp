@@ -1,5 +1,6 @@
 #include "search/FolderWalk.h"
 
+#include "QtPrinters.h"
 #include "TestTree.h"
 #include "platform/CancelFlag.h"
 #include "search/SearchSession.h"

@@ -1,5 +1,7 @@
 #include "search/SearchStatus.h"
 
+#include "QtPrinters.h"
+
 #include <gtest/gtest.h>
 
 // The test environment sets LC_ALL=en_US.UTF-8, so numbers group with ",".

@@ -18,7 +18,7 @@ constexpr int kExitInterrupted = 130;
 
 constexpr const char* kUsage =
     "Usage:\n"
-    "  tallymoor                     open the window\n"
+    "  tallymoor [--settings FILE]   open the window (FILE: the settings file to use)\n"
     "  tallymoor search ROOT MASK [--folders-only] [--except] [--no-recurse] [-0|--print0]\n"
     "  tallymoor --help | --version\n"
     "\n"
@@ -147,6 +147,26 @@ int Search(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
 
 } // namespace
 
+std::string ExtractSettingsOption(std::vector<std::string>& args) {
+    std::string file;
+    for (size_t i = 0; i < args.size();) {
+        if (args[i] == "--") {
+            break;
+        }
+        if (args[i] == "--settings" && i + 1 < args.size()) {
+            file = args[i + 1];
+            args.erase(args.begin() + static_cast<ptrdiff_t>(i),
+                       args.begin() + static_cast<ptrdiff_t>(i) + 2);
+        } else if (args[i].rfind("--settings=", 0) == 0) {
+            file = args[i].substr(11);
+            args.erase(args.begin() + static_cast<ptrdiff_t>(i));
+        } else {
+            ++i;
+        }
+    }
+    return file;
+}
+
 bool IsCommandLineInvocation(const std::vector<std::string>& args) {
     return !args.empty();
 }
@@ -154,7 +174,6 @@ bool IsCommandLineInvocation(const std::vector<std::string>& args) {
 int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
                    WalkListener* walkObserver) {
     if (args.empty()) {
-        std::fputs("tallymoor: this build has no window yet; use a subcommand.\n\n", err);
         std::fputs(kUsage, err);
         return kExitUsage;
     }

@@ -23,12 +23,16 @@ void YieldNow() {
     }
 }
 
-void YieldToEventLoop() {
+bool EventLoopDue() {
     if (++callsSinceClockRead < kCallsPerClockRead) {
-        return;
+        return false;
     }
     callsSinceClockRead = 0;
-    if (Clock::now() - lastRun >= kInterval) {
+    return Clock::now() - lastRun >= kInterval;
+}
+
+void YieldToEventLoop() {
+    if (EventLoopDue()) {
         YieldNow();
     }
 }

@@ -5,6 +5,10 @@
 // after every item costs almost nothing, yet repaints and a Cancel click still get through.
 void YieldToEventLoop();
 
+// True when the event loop is due to run (about 15 ms since it last did). A caller with work to
+// do before the loop runs (pushing status texts into labels) asks first, then calls YieldNow.
+bool EventLoopDue();
+
 // Runs the event loop now, whatever the time since the last run (a Cancel click, the
 // splash wait).
 void YieldNow();

@@ -103,3 +103,17 @@ int64_t ToFileTime(int64_t seconds, int64_t nanoseconds) {
     constexpr int64_t kSecondsFrom1601To1970 = 11644473600;
     return (seconds + kSecondsFrom1601To1970) * 10000000 + nanoseconds / 100;
 }
+
+std::string ParentFolder(std::string_view path) {
+    if (path == "/") {
+        return "/";
+    }
+    if (!path.empty() && path.back() == '/') {
+        path.remove_suffix(1);
+    }
+    const size_t slash = path.rfind('/');
+    if (slash == std::string_view::npos) {
+        return {};
+    }
+    return std::string(path.substr(0, slash + 1));
+}

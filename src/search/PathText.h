@@ -24,3 +24,7 @@ int64_t ToFileTime(int64_t seconds, int64_t nanoseconds);
 // sequence yields its first byte alone as 0x110000 + byte, which equals no real character,
 // so such names compare byte-exact.
 char32_t DecodeUtf8(std::string_view text, size_t& pos);
+
+// The parent of a folder path, with a trailing "/": "/home/ann/docs/" gives "/home/ann/". The
+// root "/" stays as it is; a path of one relative name gives "".
+std::string ParentFolder(std::string_view path);

@@ -31,3 +31,9 @@ void SearchSession::CloseStore() {
     store_.Redim(counters_.MatchedCount - 1);
     listLimitExceeded_ = counters_.MatchedCount - 1 >= kListLimit;
 }
+
+void SearchSession::Erase() {
+    store_.Erase();
+    resultsAvailable_ = false;
+    listLimitExceeded_ = false;
+}

@@ -22,6 +22,9 @@ public:
     // Elapsed time covers the walk only.
     void Run(const CancelFlag& cancel, WalkListener* listener);
 
+    // Forgets the results: the store erased, nothing available.
+    void Erase();
+
     // Bounds the store exactly to the records found; call only when ResultsAvailable.
     void CloseStore();
 

@@ -1,0 +1,85 @@
+#include "app/MainStartup.h"
+
+#include "app/dlgAbout.h"
+#include "app/frmMain.h"
+#include "platform/CancelFlag.h"
+#include "platform/Desktop.h"
+#include "platform/EventYield.h"
+#include "platform/Prompts.h"
+#include "settings/SettingsLocation.h"
+#include "settings/modPProfile.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QScreen>
+#include <QTimer>
+#include <cstdlib>
+
+namespace {
+
+struct TwipScale {
+    double dpi;
+    int32_t ToTwips(int pixels) const { return static_cast<int32_t>(pixels * 1440.0 / dpi); }
+    int ToPixels(int32_t twips) const { return static_cast<int>(twips * dpi / 1440.0); }
+};
+
+} // namespace
+
+void PlaceMainWindow(frmMain& window, modPProfile& profile) {
+    const QScreen* screen = window.screen() ? window.screen() : QGuiApplication::primaryScreen();
+    const TwipScale scale{screen ? screen->logicalDotsPerInch() : 96.0};
+    const QSize screenPixels = screen ? screen->size() : QSize(1920, 1080);
+    const ScreenTwips screenTwips{scale.ToTwips(screenPixels.width()),
+                                  scale.ToTwips(screenPixels.height())};
+    Placement placement;
+    if (const auto stored = ReadWindowPlacement(profile, screenTwips)) {
+        placement = *stored;
+        window.move(scale.ToPixels(placement.Left), scale.ToPixels(placement.Top));
+        window.resize(scale.ToPixels(placement.Width), scale.ToPixels(placement.Height));
+    } else {
+        placement = {scale.ToTwips(window.x()), scale.ToTwips(window.y()),
+                     scale.ToTwips(window.width()), scale.ToTwips(window.height()), '0'};
+    }
+    window.SetStartupPlacement(placement);
+    AppSettings& s = profile.Settings();
+    s.Left = placement.Left;
+    s.Top = placement.Top;
+    s.Width = placement.Width;
+    s.Height = placement.Height;
+    s.Winstate = placement.Winstate;
+    if (placement.Winstate == '2') {
+        window.setWindowState(Qt::WindowMaximized);
+    }
+    WriteStartupPlacement(profile, placement.Winstate, screenTwips, scale.ToTwips(window.width()),
+                          scale.ToTwips(window.height()));
+}
+
+int RunWindow(int& argc, char** argv, const std::string& settingsOverride) {
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("tallymoor"));
+    QtPrompts prompts;
+    QtDesktop desktop;
+
+    dlgAbout splash(desktop);
+    splash.ShowAsSplash();
+    YieldNow();
+
+    const std::string home = HomeFolder();
+    const std::string executableFolder =
+        QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString();
+    modPProfile profile(
+        SettingsFilePath(settingsOverride, executableFolder, std::getenv("XDG_CONFIG_HOME"), home),
+        home);
+    profile.Start();
+
+    frmMain window(profile, prompts, desktop, CancelFlag::Program());
+    QObject::connect(&window, &frmMain::AboutRequested, &window, [&] {
+        dlgAbout about(desktop, &window);
+        prompts.ShowModal(&about);
+    });
+    PlaceMainWindow(window, profile);
+    window.show();
+    // The window answers at once; the splash goes after a second.
+    QTimer::singleShot(1000, &splash, &QWidget::close);
+    return app.exec();
+}

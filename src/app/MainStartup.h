@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+class frmMain;
+class modPProfile;
+
+// Places the main window from the settings (twips to pixels on its screen), keeps that
+// placement for a minimised exit and writes the start-up [windows] values.
+void PlaceMainWindow(frmMain& window, modPProfile& profile);
+
+// `Main` for the window: the splash, the settings (a default file on first start), the
+// placement, the main window; returns the exit status of the event loop.
+int RunWindow(int& argc, char** argv, const std::string& settingsOverride);

@@ -1,0 +1,82 @@
+#include "app/dlgAbout.h"
+
+#include "Version.h"
+#include "platform/Desktop.h"
+#include "platform/Prompts.h"
+
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+
+dlgAbout::dlgAbout(Desktop& desktop, QWidget* parent) : QDialog(parent) {
+    setObjectName("dlgAbout");
+    setWindowTitle(tr("About") + kApplicationTitle);
+    auto* title = new QLabel(QStringLiteral("<b>Tallymoor</b>"), this);
+    title->setObjectName("lblTitle");
+    QFont big = title->font();
+    big.setPointSizeF(big.pointSizeF() * 1.6);
+    title->setFont(big);
+    auto* version = new QLabel(tr("Version %1").arg(TALLYMOOR_VERSION), this);
+    version->setObjectName("lblVersion");
+    auto* purpose = new QLabel(tr("Reviews what a folder tree holds, and acts on it."), this);
+    auto* memory = new QLabel(MemoryText(), this);
+    memory->setObjectName("lblMemory");
+    auto* link = new QLabel(QStringLiteral("<a href=\"%1\">%1</a>").arg(kProjectPage), this);
+    link->setObjectName("lblLink");
+    link->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+    connect(link, &QLabel::linkActivated, this,
+            [&desktop](const QString& url) { desktop.OpenUrl(QUrl(url)); });
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, this);
+    buttons->setObjectName("buttons");
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(title);
+    layout->addWidget(version);
+    layout->addWidget(purpose);
+    layout->addSpacing(8);
+    layout->addWidget(memory);
+    layout->addWidget(link);
+    layout->addWidget(buttons);
+}
+
+void dlgAbout::ShowAsSplash() {
+    findChild<QDialogButtonBox*>("buttons")->hide();
+    setModal(false);
+    adjustSize();
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+        move(screen->geometry().center() - rect().center());
+    }
+    show();
+}
+
+QString dlgAbout::MemoryText(const QString& meminfoPath) {
+    QFile file(meminfoPath);
+    qint64 totalKiB = -1, availableKiB = -1;
+    if (file.open(QIODevice::ReadOnly)) {
+        while (!file.atEnd()) {
+            const QList<QByteArray> fields = file.readLine().simplified().split(' ');
+            if (fields.size() < 2) {
+                continue;
+            }
+            if (fields[0] == "MemTotal:") {
+                totalKiB = fields[1].toLongLong();
+            } else if (fields[0] == "MemAvailable:") {
+                availableKiB = fields[1].toLongLong();
+            }
+        }
+    }
+    if (totalKiB < 0) {
+        return tr("Physical memory: unknown");
+    }
+    const auto gib = [](qint64 kib) { return QString::number(kib / 1048576.0, 'f', 1); };
+    QString text = tr("Physical memory: %1 GiB").arg(gib(totalKiB));
+    if (availableKiB >= 0) {
+        text += tr(", of which %1 GiB available").arg(gib(availableKiB));
+    }
+    return text;
+}

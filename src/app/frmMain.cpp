@@ -1,0 +1,349 @@
+#include "app/frmMain.h"
+
+#include "app/ResultListModel.h"
+#include "platform/CancelFlag.h"
+#include "platform/EventYield.h"
+#include "platform/Prompts.h"
+#include "settings/modPProfile.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QFile>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScreen>
+#include <QStatusBar>
+#include <QTabBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+frmMain::frmMain(modPProfile& profile, Prompts& prompts, Desktop& desktop, CancelFlag& cancel,
+                 QWidget* parent)
+    : QMainWindow(parent), profile_(profile), prompts_(prompts), desktop_(desktop),
+      cancel_(cancel) {
+    setObjectName("frmMain");
+    setWindowTitle(kApplicationTitle);
+    BuildControls();
+    BuildMenus();
+    favorites_.Load(profile_);
+    RebuildMasksMenu();
+    const AppSettings& s = profile_.Settings();
+    txtStartPath->setText(QFile::decodeName(QByteArray::fromStdString(s.LastSourceFolder)));
+    txtObjMask->setText(QString::fromStdString(s.LastFileMask));
+    StatusState("clear");
+}
+
+frmMain::~frmMain() = default;
+
+void frmMain::BuildControls() {
+    auto* central = new QWidget(this);
+    auto* layout = new QVBoxLayout(central);
+
+    auto* request = new QGridLayout;
+    auto* startLabel = new QLabel(tr("Start &Path:"), central);
+    txtStartPath = new QLineEdit(central);
+    txtStartPath->setObjectName("txtStartPath");
+    startLabel->setBuddy(txtStartPath);
+    cmdPathBack = new QToolButton(central);
+    cmdPathBack->setObjectName("cmdPathBack");
+    cmdPathBack->setText(tr("Up"));
+    cmdPathBack->setToolTip(tr("Go to the parent folder"));
+    auto* maskLabel = new QLabel(tr("File &Mask:"), central);
+    txtObjMask = new QLineEdit(central);
+    txtObjMask->setObjectName("txtObjMask");
+    txtObjMask->setToolTip(tr("One or more patterns separated by \";\", such as *.txt;*.log"));
+    maskLabel->setBuddy(txtObjMask);
+    cmdSearch = new QPushButton(tr("Begin Search"), central);
+    cmdSearch->setObjectName("cmdSearch");
+    cmdSearch->setDefault(true);
+    cmdSearch->setMinimumWidth(cmdSearch->fontMetrics().horizontalAdvance("Begin Search") + 32);
+    request->addWidget(startLabel, 0, 0);
+    request->addWidget(txtStartPath, 0, 1);
+    request->addWidget(cmdPathBack, 0, 2);
+    request->addWidget(maskLabel, 1, 0);
+    request->addWidget(txtObjMask, 1, 1);
+    request->addWidget(cmdSearch, 1, 2);
+    layout->addLayout(request);
+
+    auto* options = new QHBoxLayout;
+    const char* optionTexts[] = {"Search &subfolders", "&Folders only", "S&uppress updates"};
+    for (int i = 0; i < 3; ++i) {
+        chkOpts[i] = new QCheckBox(tr(optionTexts[i]), central);
+        chkOpts[i]->setObjectName(QStringLiteral("chkOpts_%1").arg(i));
+        connect(chkOpts[i], &QCheckBox::clicked, this, [this, i] { OptionClicked(i); });
+        options->addWidget(chkOpts[i]);
+    }
+    chkOpts[0]->setChecked(true);
+    options->addStretch();
+    auto* listTypes = new QButtonGroup(this);
+    const char* typeTexts[] = {"List &matches", "List all &except matches"};
+    for (int i = 0; i < 2; ++i) {
+        optListTypes[i] = new QRadioButton(tr(typeTexts[i]), central);
+        optListTypes[i]->setObjectName(QStringLiteral("optListTypes_%1").arg(i));
+        listTypes->addButton(optListTypes[i], i);
+        options->addWidget(optListTypes[i]);
+    }
+    optListTypes[0]->setChecked(true);
+    layout->addLayout(options);
+
+    tsResults = new QTabBar(central);
+    tsResults->setObjectName("tsResults");
+    tsResults->setExpanding(false);
+    tsResults->setDocumentMode(true);
+    views_.push_back({tr("No results"), QString(), {}});
+    tsResults->addTab(views_[0].caption);
+    layout->addWidget(tsResults);
+
+    auto* labels = new QHBoxLayout;
+    lblResultType = new QLabel(central);
+    lblResultType->setObjectName("lblResultType");
+    lblSelCount = new QLabel(tr("Selected: 0"), central);
+    lblSelCount->setObjectName("lblSelCount");
+    labels->addWidget(lblResultType, 1);
+    labels->addWidget(lblSelCount);
+    layout->addLayout(labels);
+
+    // The three lists share one place; only one is shown at a time.
+    auto* lists = new QGridLayout;
+    model1_ = new ResultListModel(session_.Store(), this);
+    model2_ = new ResultListModel(session_.Store(), this);
+    List1 = new QListView(central);
+    List2 = new QListView(central);
+    for (auto [list, model, name] :
+         {std::tuple{List1, model1_, "List1"}, std::tuple{List2, model2_, "List2"}}) {
+        list->setObjectName(name);
+        list->setModel(model);
+        list->setUniformItemSizes(true);
+        list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+        list->setLayoutMode(QListView::Batched);
+        list->setBatchSize(2000);
+        connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+                &frmMain::UpdateSelectedCount);
+        connect(model, &QAbstractItemModel::modelReset, this, &frmMain::UpdateSelectedCount);
+        lists->addWidget(list, 0, 0);
+    }
+    List2->hide();
+    lstDummy = new QListWidget(central);
+    lstDummy->setObjectName("lstDummy");
+    lstDummy->addItem(tr("searching..."));
+    lstDummy->hide();
+    lists->addWidget(lstDummy, 0, 0);
+    layout->addLayout(lists, 1);
+    setCentralWidget(central);
+
+    auto* bar = statusBar();
+    for (int i = 0; i < 5; ++i) {
+        statusParts_[i] = new QLabel(bar);
+        statusParts_[i]->setObjectName(QStringLiteral("StatusPart%1").arg(i));
+        statusParts_[i]->setMinimumWidth(i == 0 ? 160 : 110);
+        if (i == 0) {
+            bar->addWidget(statusParts_[i], 1);
+        } else {
+            bar->addPermanentWidget(statusParts_[i]);
+        }
+    }
+
+    connect(cmdSearch, &QPushButton::clicked, this, &frmMain::SearchButtonClicked);
+    connect(cmdPathBack, &QToolButton::clicked, this, &frmMain::PathBackClicked);
+    connect(tsResults, &QTabBar::currentChanged, this, &frmMain::TabChanged);
+}
+
+void frmMain::BuildMenus() {
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    QAction* newAction = file->addAction(tr("&New"), this, &frmMain::NewResults);
+    newAction->setObjectName("mnuFile_0");
+    QAction* closeViews = file->addAction(tr("C&lose Views"), this, &frmMain::CloseViews);
+    closeViews->setObjectName("mnuFile_1");
+    file->addSeparator();
+    QAction* exitAction = file->addAction(tr("E&xit"), this, &QWidget::close);
+    exitAction->setObjectName("mnuFile_16");
+
+    QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+    QAction* all = edit->addAction(tr("Select All"), this, &frmMain::SelectAll);
+    all->setShortcut(QKeySequence::SelectAll);
+    QAction* none = edit->addAction(tr("Select None"), this, &frmMain::SelectNone);
+    QAction* invert = edit->addAction(tr("Invert Selection"), this, &frmMain::InvertSelection);
+
+    QMenu* select = menuBar()->addMenu(tr("&Select"));
+    QAction* local = select->addAction(tr("Local Path"), this, [this] { SelectSearchRoot(6); });
+    QAction* share = select->addAction(tr("Network Share"), this, [this] { SelectSearchRoot(7); });
+    QAction* admin = select->addAction(tr("Network Administrative Shares"), this,
+                                       [this] { SelectSearchRoot(8); });
+
+    masksMenu_ = menuBar()->addMenu(tr("&Masks"));
+    masksMenu_->setObjectName("zmnuMasks");
+    appendMaskAction_ = new QAction(tr("Append Selection to Existing Mask"), this);
+    appendMaskAction_->setObjectName("mnuMasks_8");
+    appendMaskAction_->setCheckable(true);
+
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    help->addAction(tr("&About Tallymoor..."), this, &frmMain::AboutRequested);
+
+    storeActions_ = {newAction, closeViews, all, none, invert, local, share, admin};
+    // New starts disabled: there is nothing to clear before the first search.
+    newAction->setEnabled(false);
+}
+
+void frmMain::RebuildMasksMenu() {
+    masksMenu_->clear();
+    masksMenu_->addAction(appendMaskAction_);
+    masksMenu_->addSeparator();
+    QAction* all = masksMenu_->addAction(QStringLiteral("*.*"), this, &frmMain::ChooseStarDotStar);
+    all->setObjectName("mnuMasks_10");
+    const auto& captions = favorites_.Captions();
+    for (size_t i = 0; i < captions.size(); ++i) {
+        QAction* entry = masksMenu_->addAction(QString::fromStdString(captions[i]), this,
+                                               [this, i] { ChooseMaskFavorite(i); });
+        entry->setObjectName(QStringLiteral("mnuMaskFavs_%1").arg(i));
+        entry->setEnabled(favorites_.IsEnabled(i) && !busy_);
+    }
+}
+
+void frmMain::ChooseMaskFavorite(size_t index) {
+    if (busy_ || !favorites_.IsEnabled(index)) {
+        return;
+    }
+    txtObjMask->setText(QString::fromStdString(favorites_.Choose(
+        index, txtObjMask->text().toStdString(), appendMaskAction_->isChecked())));
+}
+
+void frmMain::ChooseStarDotStar() {
+    if (busy_) {
+        return;
+    }
+    txtObjMask->setText(QStringLiteral("*.*"));
+    optListTypes[0]->setChecked(true);
+    if (chkOpts[1]->isChecked()) {
+        chkOpts[1]->setChecked(false);
+        OptionClicked(1);
+    }
+}
+
+void frmMain::OptionClicked(int index) {
+    const bool checked = chkOpts[index]->isChecked();
+    if (index == 1) {
+        txtObjMask->setEnabled(!checked);
+        optListTypes[0]->setEnabled(!checked);
+        optListTypes[1]->setEnabled(!checked);
+        if (checked) {
+            SetStatus(4, tr("Folder Search"));
+        } else if (!statusGone_) {
+            statusParts_[4]->clear();
+        }
+    } else if (index == 2) {
+        session_.Options().ShowFolderProgress = !checked;
+        if (checked) {
+            SetStatus(4, tr("Update suppressed"));
+        } else if (!statusGone_) {
+            statusParts_[4]->clear();
+        }
+        if (searching_ && !statusGone_) {
+            // Folder names will no longer appear on the status line.
+            statusParts_[2]->clear();
+            if (checked) {
+                SetStatus(0, tr("Searching..."));
+            } else {
+                statusParts_[0]->clear();
+            }
+        }
+    }
+}
+
+void frmMain::SetStatus(int part, const QString& text) {
+    if (statusGone_ || part < 0 || part > 4) {
+        return;
+    }
+    statusParts_[part]->setText(QLatin1Char(' ') + text);
+}
+
+QString frmMain::StatusText(int part) const {
+    if (statusGone_ || part < 0 || part > 4) {
+        return {};
+    }
+    return statusParts_[part]->text();
+}
+
+void frmMain::StatusState(const QString& mode) {
+    if (statusGone_) {
+        return;
+    }
+    const bool save = mode == QLatin1String("save") || mode == QLatin1String("save&clear");
+    const bool clear = mode == QLatin1String("save&clear") || mode == QLatin1String("clear");
+    const bool restore = mode == QLatin1String("restore");
+    if (!save && !clear && !restore) {
+        return;
+    }
+    if (save) {
+        for (int i = 0; i < 5; ++i) {
+            savedStatus_[i] = statusParts_[i]->text();
+        }
+        if (!clear) {
+            return;
+        }
+    }
+    // The saved part 0 is deliberately not put back: the line always returns to "Ready!".
+    SetStatus(0, tr("Ready!"));
+    for (int i = 1; i < 5; ++i) {
+        statusParts_[i]->setText(restore ? savedStatus_[i] : QString());
+    }
+}
+
+void frmMain::SetBusy(bool busy) {
+    busy_ = busy;
+    for (QAction* action : storeActions_) {
+        action->setEnabled(!busy);
+    }
+    storeActions_[0]->setEnabled(!busy && session_.ResultsAvailable());
+    for (QAction* action : masksMenu_->actions()) {
+        if (action != appendMaskAction_) {
+            action->setEnabled(!busy);
+        }
+    }
+    if (!busy) {
+        RebuildMasksMenu();
+    }
+    txtStartPath->setReadOnly(busy);
+    cmdPathBack->setEnabled(!busy);
+    tsResults->setEnabled(!busy);
+}
+
+Placement frmMain::CurrentPlacementTwips() const {
+    const double dpi = screen() ? screen()->logicalDotsPerInch() : 96.0;
+    const auto twips = [dpi](int pixels) { return static_cast<int32_t>(pixels * 1440.0 / dpi); };
+    return {twips(x()), twips(y()), twips(width()), twips(height()), '0'};
+}
+
+void frmMain::closeEvent(QCloseEvent* event) {
+    if (busy_) {
+        // Closing during a search only cancels it.
+        event->ignore();
+        cancel_.Raise();
+        return;
+    }
+    cancel_.Raise();
+    YieldNow();
+    session_.Store().Erase();
+    model1_->Clear();
+    model2_->Clear();
+    statusGone_ = true;
+
+    const double dpi = screen() ? screen()->logicalDotsPerInch() : 96.0;
+    const QSize screenPixels = screen() ? screen()->size() : QSize(1920, 1080);
+    const ScreenTwips screenTwips{static_cast<int32_t>(screenPixels.width() * 1440.0 / dpi),
+                                  static_cast<int32_t>(screenPixels.height() * 1440.0 / dpi)};
+    const WindowState state = isMinimized()   ? WindowState::Minimised
+                              : isMaximized() ? WindowState::Maximised
+                                              : WindowState::Normal;
+    SaveWindowPlacement(
+        profile_, ExitPlacement(state, CurrentPlacementTwips(), startupPlacement_, screenTwips));
+    favorites_.Save(profile_);
+    event->accept();
+}

@@ -1,0 +1,189 @@
+// The search request: the mask check, the options, the walk with its status line, and the
+// hand-over to the result views.
+
+#include "app/ResultListModel.h"
+#include "app/frmMain.h"
+#include "fileops/modBrowse.h"
+#include "platform/CancelFlag.h"
+#include "platform/EventYield.h"
+#include "platform/Prompts.h"
+#include "search/MaskRules.h"
+#include "search/PathText.h"
+#include "search/SearchStatus.h"
+#include "settings/modPProfile.h"
+
+#include <QCheckBox>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTabBar>
+#include <numeric>
+
+// Keeps the newest status texts of the walk and puts them on the status line only when the
+// event loop is about to run: formatting a text for every folder would cost more than the walk.
+class frmMain::StatusListener : public WalkListener {
+public:
+    explicit StatusListener(frmMain& window) : window_(window) {}
+
+    void ObjectsCounted(int64_t shown) override {
+        objects_ = shown;
+        objectsSequence_ = ++sequence_;
+    }
+    void FolderEntered(std::string_view name, int64_t objects, int32_t matched) override {
+        folderName_.assign(name);
+        folderObjects_ = objects;
+        folderMatched_ = matched;
+        folderSequence_ = ++sequence_;
+    }
+    void Yield() override {
+        if (window_.walkObserver_) {
+            window_.walkObserver_();
+        }
+        if (EventLoopDue()) {
+            Flush();
+            YieldNow();
+        }
+    }
+    void Flush() {
+        if (folderSequence_ > shownSequence_ && window_.session_.Options().ShowFolderProgress &&
+            !window_.statusGone_) {
+            const FolderMessage m = FolderMessageTexts(folderName_, folderObjects_, folderMatched_);
+            window_.statusParts_[0]->setText(m.part0);
+            window_.statusParts_[1]->setText(m.part1);
+            window_.statusParts_[2]->setText(m.part2);
+        }
+        if (objectsSequence_ > shownSequence_ && objectsSequence_ > folderSequence_) {
+            window_.SetStatus(1, ObjectsText(objects_));
+        }
+        shownSequence_ = sequence_;
+    }
+
+private:
+    frmMain& window_;
+    uint64_t sequence_ = 0;
+    uint64_t shownSequence_ = 0;
+    int64_t objects_ = 0;
+    uint64_t objectsSequence_ = 0;
+    std::string folderName_;
+    int64_t folderObjects_ = 0;
+    int32_t folderMatched_ = 0;
+    uint64_t folderSequence_ = 0;
+};
+
+bool frmMain::ValidateMask() {
+    const MaskVerdict verdict = ::ValidateMask(txtObjMask->text().toStdString());
+    if (verdict != MaskVerdict::Accepted) {
+        prompts_.Message(this, QString::fromStdString(MaskRefusalText(verdict)),
+                         MessageIcon::Warning, MessageButtons::Ok);
+        if (verdict != MaskVerdict::Empty) {
+            txtObjMask->setFocus();
+        }
+        return false;
+    }
+    model2_->Clear();
+    lblSelCount->setText(tr("Selected: 0"));
+    RemoveViewsButFirst();
+    StatusState("clear");
+    return true;
+}
+
+void frmMain::SearchButtonClicked() {
+    if (searching_) {
+        cancel_.Raise();
+        YieldNow();
+        return;
+    }
+    if (busy_) {
+        return;
+    }
+    cancel_.Lower();
+    if (!ValidateMask()) {
+        lstDummy->clear();
+        lstDummy->addItem(tr("searching..."));
+        return;
+    }
+
+    SearchOptions options;
+    options.ExpectedMatch = optListTypes[0]->isChecked() ? 1 : 0;
+    options.Recurse = chkOpts[0]->isChecked();
+    options.FoldersOnly = chkOpts[1]->isChecked();
+    options.ShowFolderProgress = !chkOpts[2]->isChecked();
+    options.MaskText = txtObjMask->text().toStdString();
+    // The lists refer to records of the store, which the search is about to erase.
+    model1_->Clear();
+    model2_->Clear();
+    session_.Prepare(QFile::encodeName(txtStartPath->text()).toStdString(), options);
+    folderResults_ = false;
+    cancel_.Lower();
+    cmdSearch->setText(tr("Cancel"));
+    searching_ = true;
+    SetBusy(true);
+    SetStatus(0, tr("Searching..."));
+
+    StatusListener listener(*this);
+    session_.Run(cancel_, &listener);
+
+    const QString mask = txtObjMask->text();
+    if (!session_.ResultsAvailable()) {
+        ShowList(List1);
+        prompts_.Message(
+            this, NoMatchesMessage(options.FoldersOnly, mask, DisplayPath(session_.RootPath())),
+            MessageIcon::Information, MessageButtons::Ok);
+        SetStatus(0, tr("Ready!"));
+    } else {
+        views_[0].caption = tr("All Results (") + mask + QLatin1Char(')');
+        views_[0].tag = QString(mask).replace(QLatin1Char(';'), QLatin1Char(' ')) + tr(" files ");
+        tsResults->setTabText(0, views_[0].caption);
+        lblResultType->setText(options.FoldersOnly ? tr("Results (folders only)") : views_[0].tag);
+        ShowPlaceholder(tr("formatting..."));
+        session_.CloseStore();
+        const int32_t matched = session_.Counters().MatchedCount;
+        if (!session_.ListLimitExceeded()) {
+            ShowPlaceholder(tr("loading..."));
+            SetStatus(0, tr("Loading %1 items to the list...").arg(matched - 1));
+            std::vector<int32_t> items(static_cast<size_t>(matched));
+            std::iota(items.begin(), items.end(), 0);
+            model1_->SetItems(std::move(items));
+            ShowSearchResults(session_.ElapsedSeconds());
+        } else {
+            ShowSearchResults(session_.ElapsedSeconds());
+            model1_->SetTexts({tr("File results exceed 32 thousand files."),
+                               tr("Create filtered views from the File Type dialog.")});
+        }
+        ShowList(List1);
+    }
+    cmdSearch->setText(tr("Begin Search"));
+    searching_ = false;
+    SetBusy(false);
+    lstDummy->clear();
+    lstDummy->addItem(tr("searching..."));
+}
+
+void frmMain::PathBackClicked() {
+    if (busy_) {
+        return;
+    }
+    const std::string parent = ParentFolder(QFile::encodeName(txtStartPath->text()).toStdString());
+    txtStartPath->setText(QFile::decodeName(QByteArray::fromStdString(parent)));
+    modBrowse::RememberPickedFolder(6, parent, profile_);
+}
+
+void frmMain::SelectSearchRoot(int purpose) {
+    if (busy_) {
+        return;
+    }
+    const std::string picked =
+        modBrowse::PickFolder(purpose, true, QFile::encodeName(txtStartPath->text()).toStdString(),
+                              profile_, prompts_, this);
+    if (picked.empty()) {
+        return;
+    }
+    txtStartPath->setText(QFile::decodeName(QByteArray::fromStdString(picked)));
+    if (profile_.Settings().AutoSDSOnNewSelection) {
+        txtObjMask->setText(QStringLiteral("*.*"));
+    }
+}

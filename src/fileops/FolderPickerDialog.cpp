@@ -1,0 +1,59 @@
+#include "fileops/FolderPickerDialog.h"
+
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QFileSystemModel>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* parent)
+    : QDialog(parent), model_(new QFileSystemModel(this)), tree_(new QTreeView(this)) {
+    setObjectName("FolderPicker");
+    setWindowTitle(request.caption);
+    auto* prompt = new QLabel(request.prompt, this);
+    prompt->setObjectName("lblPrompt");
+    prompt->setWordWrap(true);
+
+    model_->setFilter(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Drives);
+    const QString root = QFile::decodeName(QByteArray::fromStdString(request.root));
+    model_->setRootPath(root);
+    tree_->setModel(model_);
+    tree_->setRootIndex(model_->index(root));
+    for (int column = 1; column < model_->columnCount(); ++column) {
+        tree_->hideColumn(column);
+    }
+    tree_->header()->hide();
+    if (!request.start.empty()) {
+        const QModelIndex start =
+            model_->index(QFile::decodeName(QByteArray::fromStdString(request.start)));
+        if (start.isValid()) {
+            tree_->setCurrentIndex(start);
+            tree_->scrollTo(start);
+        }
+    }
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    ok_ = buttons->button(QDialogButtonBox::Ok);
+    ok_->setEnabled(tree_->currentIndex().isValid());
+    connect(tree_->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex& current) { ok_->setEnabled(current.isValid()); });
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(prompt);
+    layout->addWidget(tree_, 1);
+    layout->addWidget(buttons);
+    resize(420, 480);
+}
+
+std::string FolderPickerDialog::SelectedFolder() const {
+    const QModelIndex current = tree_->currentIndex();
+    if (!current.isValid()) {
+        return {};
+    }
+    return QFile::encodeName(model_->filePath(current)).toStdString();
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/Prompts.h"
+
+#include <QDialog>
+#include <string>
+
+class QFileSystemModel;
+class QTreeView;
+class QPushButton;
+
+// The folder picker: a caption, a prompt, and a tree of folders below the purpose's root with
+// the start folder selected. OK is enabled only while a folder is selected.
+class FolderPickerDialog : public QDialog {
+    Q_OBJECT
+public:
+    FolderPickerDialog(const FolderRequest& request, QWidget* parent = nullptr);
+
+    // The selected folder as bytes; empty when none is selected.
+    std::string SelectedFolder() const;
+
+private:
+    QFileSystemModel* model_;
+    QTreeView* tree_;
+    QPushButton* ok_;
+};

@@ -1,0 +1,110 @@
+#include "fileops/dlgProgress.h"
+
+#include "platform/CancelFlag.h"
+#include "platform/EventYield.h"
+#include "platform/Prompts.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+dlgProgress::dlgProgress(CancelFlag& cancel, QWidget* parent)
+    : QDialog(parent), cancel_(cancel), Label1(new QLabel(this)),
+      ProgressBar1(new QProgressBar(this)), cmdCancel(new QPushButton(tr("Cancel"), this)) {
+    setObjectName("dlgProgress");
+    setWindowTitle(kApplicationTitle);
+    setModal(false);
+    Label1->setObjectName("Label1");
+    ProgressBar1->setObjectName("ProgressBar1");
+    ProgressBar1->setTextVisible(false);
+    cmdCancel->setObjectName("cmdCancel");
+    cmdCancel->setAutoDefault(false);
+    connect(cmdCancel, &QPushButton::clicked, this, &dlgProgress::CancelClicked);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(cmdCancel);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(Label1);
+    layout->addWidget(ProgressBar1);
+    layout->addLayout(buttons);
+    setMinimumWidth(360);
+}
+
+dlgProgress& dlgProgress::Shared() {
+    static dlgProgress* shared = new dlgProgress(CancelFlag::Program());
+    return *shared;
+}
+
+void dlgProgress::Create(QWidget* owner, int stepSize, int maximum, bool cancelAllowed,
+                         int scrollStyle) {
+    // Style 1 asks for a smooth bar; the text-less bar is the closest a Qt style offers.
+    ProgressBar1->setProperty("smooth", scrollStyle == 1);
+    Setup(stepSize, maximum, 0);
+    cmdCancel->setVisible(cancelAllowed);
+    cmdCancel->setEnabled(cancelAllowed);
+    adjustSize();
+    // The shared window belongs to no window (a closing owner must not take it along); it is
+    // only placed over its owner.
+    if (owner != nullptr) {
+        move(owner->frameGeometry().center() - rect().center());
+    }
+    show();
+    raise();
+}
+
+void dlgProgress::Destroy() {
+    hide();
+}
+
+void dlgProgress::Reset() {
+    ProgressBar1->setRange(0, maximum_);
+    ProgressBar1->setValue(0);
+    counter_ = 0;
+}
+
+void dlgProgress::SetMessage(const QString& text) {
+    Label1->setText(text.isEmpty() ? QStringLiteral("Processing...") : text);
+}
+
+void dlgProgress::Setup(int stepSize, int maximum, int value) {
+    stepSize_ = stepSize;
+    maximum_ = maximum;
+    ProgressBar1->setRange(0, maximum);
+    ProgressBar1->setValue(value);
+    counter_ = 0;
+}
+
+void dlgProgress::Update(int units) {
+    ++counter_;
+    const long long position = static_cast<long long>(counter_) * units;
+    if (position <= ProgressBar1->maximum()) {
+        ProgressBar1->setValue(static_cast<int>(position));
+    }
+}
+
+void dlgProgress::UpdateDirect(int value) {
+    if (value <= ProgressBar1->maximum()) {
+        ProgressBar1->setValue(value);
+    }
+    YieldNow();
+}
+
+void dlgProgress::CancelClicked() {
+    cancel_.Raise();
+    YieldNow();
+}
+
+QString dlgProgress::Message() const {
+    return Label1->text();
+}
+int dlgProgress::Value() const {
+    return ProgressBar1->value();
+}
+int dlgProgress::Maximum() const {
+    return ProgressBar1->maximum();
+}
+bool dlgProgress::CancelShown() const {
+    return !cmdCancel->isHidden();
+}

@@ -1,0 +1,158 @@
+#include "fileops/modBrowse.h"
+
+#include "platform/Prompts.h"
+#include "settings/modPProfile.h"
+
+#include <cstdlib>
+#include <optional>
+#include <sys/stat.h>
+
+namespace modBrowse {
+
+namespace {
+
+bool IsFolder(const std::string& path) {
+    struct stat st {};
+    return !path.empty() && stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+// The field of AppSettings and the key a purpose remembers its pick in.
+struct Memory {
+    std::string AppSettings::*field;
+    const char* key;
+};
+
+std::optional<Memory> MemoryOf(int purpose) {
+    switch (purpose) {
+    case 1:
+        return Memory{&AppSettings::LastCopyFileTarget, "LastCopyFileTarget"};
+    case 2:
+    case 3:
+        return Memory{&AppSettings::LastCopyFolderTarget, "LastCopyFolderTarget"};
+    case 4:
+        return Memory{&AppSettings::LastMoveFileTarget, "LastMoveFileTarget"};
+    case 5:
+        return Memory{&AppSettings::LastMoveFolderTarget, "LastMoveFolderTarget"};
+    case 6:
+        return Memory{&AppSettings::LastSourceFolder, "LastSourceFolder"};
+    case 7:
+        return Memory{&AppSettings::LastSourceNetFolder, "LastSourceNetFolder"};
+    case 8:
+        return Memory{&AppSettings::LastSourceNetAdminFolder, "LastSourceNetAdminFolder"};
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+Purpose PurposeOf(int purpose) {
+    switch (purpose) {
+    case 1:
+        return {"Select Destination Folder",
+                "Select the folder or drive into which the selected files will be copied.",
+                BrowseRoot::Desktop};
+    case 2:
+        return {"Select Local Folder",
+                "Select the folder or drive into which the selected folder should be copied.",
+                BrowseRoot::Drives};
+    case 3:
+        return {"Select Destination Folder",
+                "Choose the folder or drive into which all contents of selected folder should be "
+                "copied.",
+                BrowseRoot::Drives};
+    case 4:
+        return {"", "", BrowseRoot::Desktop};
+    case 5:
+        return {"Select Destination Location",
+                "You are about to move a folder and all its contents. Choose a new location for "
+                "the selected folder.",
+                BrowseRoot::Desktop};
+    case 6:
+        return {"Select Local Folder", "Select the folder or drive in which to begin the search.",
+                BrowseRoot::Drives};
+    case 7:
+        return {"Select Network Share", "Select the network share in which to begin the search.",
+                BrowseRoot::Network};
+    case 8:
+        return {"Select Network Administrative Share",
+                "Select the network share in which to begin the search.", BrowseRoot::Network,
+                true};
+    default:
+        return {"", "", BrowseRoot::Desktop};
+    }
+}
+
+std::string RootFolderOf(BrowseRoot root, const std::string& home) {
+    switch (root) {
+    case BrowseRoot::Desktop:
+        return home;
+    case BrowseRoot::Drives:
+        return "/";
+    case BrowseRoot::Network:
+        if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime && runtime[0] == '/') {
+            const std::string gvfs = std::string(runtime) + "/gvfs";
+            if (IsFolder(gvfs)) {
+                return gvfs;
+            }
+        }
+        return "/mnt";
+    }
+    return "/";
+}
+
+std::string PickFolder(int purpose, bool remember, const std::string& rootFieldText,
+                       modPProfile& profile, Prompts& prompts, QWidget* owner) {
+    const AppSettings& s = profile.Settings();
+    std::string start;
+    switch (purpose) {
+    case 1:
+        start = s.LastCopyFileTarget;
+        break;
+    case 2:
+    case 3:
+        start = s.LastCopyFolderTarget;
+        break;
+    case 5:
+        start = s.LastMoveFolderTarget;
+        break;
+    case 6:
+        start = rootFieldText;
+        break;
+    case 7:
+        start = s.LastSourceNetFolder;
+        break;
+    case 8:
+        start = s.LastSourceNetAdminFolder;
+        break;
+    case 4:
+        break;
+    default:
+        prompts.Message(owner, "oops!", MessageIcon::None, MessageButtons::Ok);
+        break;
+    }
+    if (!IsFolder(start)) {
+        start = profile.RootFolder();
+    }
+    const Purpose p = PurposeOf(purpose);
+    FolderRequest request{p.caption, p.prompt, RootFolderOf(p.root, profile.RootFolder()), start};
+    const std::string picked = prompts.PickFolder(owner, request);
+    if (!picked.empty() && remember) {
+        RememberPickedFolder(purpose, picked, profile);
+    }
+    return picked;
+}
+
+void RememberPickedFolder(int purpose, const std::string& path, modPProfile& profile) {
+    if (path.empty()) {
+        return;
+    }
+    if (const auto memory = MemoryOf(purpose)) {
+        profile.Settings().*(memory->field) = path;
+        profile.ProfileSetPathsKey(memory->key, path);
+    }
+    profile.Settings().LastCfmBrowseID = purpose;
+    profile.ProfileSetPathsKey("LastCfmBrowseID", std::to_string(purpose));
+}
+
+} // namespace modBrowse

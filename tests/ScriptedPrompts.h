@@ -1,0 +1,45 @@
+#pragma once
+
+#include "QtPrinters.h"
+#include "platform/Desktop.h"
+#include "platform/Prompts.h"
+
+#include <QStringList>
+#include <deque>
+#include <functional>
+#include <vector>
+
+// Records every question with its exact text, icon and buttons, and answers from queues. A
+// question nobody scripted an answer for fails the test (a box with only OK just gets OK).
+class ScriptedPrompts : public Prompts {
+public:
+    struct Asked {
+        QString text;
+        MessageIcon icon;
+        MessageButtons buttons;
+        QString title;
+    };
+
+    MessageAnswer Message(QWidget* owner, const QString& text, MessageIcon icon,
+                          MessageButtons buttons, const QString& title = {}) override;
+    std::string PickFolder(QWidget* owner, const FolderRequest& request) override;
+    int ShowModal(QDialog* dialog) override;
+
+    QStringList Texts() const;
+
+    std::vector<Asked> asked;
+    std::vector<FolderRequest> folderRequests;
+    std::deque<MessageAnswer> answers;
+    std::deque<std::string> folders; // "" cancels
+    std::deque<std::function<int(QDialog*)>> modals;
+    int modalsShown = 0;
+};
+
+class RecordingDesktop : public Desktop {
+public:
+    bool OpenUrl(const QUrl& url) override {
+        opened.push_back(url);
+        return true;
+    }
+    std::vector<QUrl> opened;
+};
