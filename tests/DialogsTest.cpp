@@ -241,6 +241,7 @@ TEST(dlgAbout, ShowsVersionMemoryAndOpensTheProjectPage) {
     EXPECT_EQ(dlgAbout::MemoryText(QString::fromStdString(t.Path("meminfo"))),
               "Physical memory: 23.5 GiB, of which 20.0 GiB available");
     EXPECT_EQ(dlgAbout::MemoryText("/nonexistent"), "Physical memory: unknown");
+    EXPECT_TRUE(dlgAbout::MemoryText().contains("GiB available")) << "the real /proc/meminfo";
     RecordingDesktop desktop;
     dlgAbout about(desktop);
     EXPECT_TRUE(about.findChild<QLabel*>("lblVersion")->text().startsWith("Version "));

@@ -57,9 +57,10 @@ void dlgAbout::ShowAsSplash() {
 QString dlgAbout::MemoryText(const QString& meminfoPath) {
     QFile file(meminfoPath);
     qint64 totalKiB = -1, availableKiB = -1;
+    // /proc files report a size of 0, so read until the end rather than asking atEnd().
     if (file.open(QIODevice::ReadOnly)) {
-        while (!file.atEnd()) {
-            const QList<QByteArray> fields = file.readLine().simplified().split(' ');
+        for (const QByteArray& line : file.readAll().split('\n')) {
+            const QList<QByteArray> fields = line.simplified().split(' ');
             if (fields.size() < 2) {
                 continue;
             }
