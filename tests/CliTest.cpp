@@ -104,6 +104,18 @@ TEST(Cli, RootThatIsNotAFolderOrFindsNothingExits1) {
                   " '\n");
 }
 
+TEST(Cli, TheSettingsOptionIsTakenOutWherever) {
+    std::vector<std::string> args = {"--settings", "/x/a.ini", "search", "/r", "*"};
+    EXPECT_EQ(ExtractSettingsOption(args), "/x/a.ini");
+    EXPECT_EQ(args, (std::vector<std::string>{"search", "/r", "*"}));
+    args = {"--settings=/y.ini"};
+    EXPECT_EQ(ExtractSettingsOption(args), "/y.ini");
+    EXPECT_TRUE(args.empty()) << "the window opens";
+    args = {"search", "--", "--settings", "x"};
+    EXPECT_EQ(ExtractSettingsOption(args), "");
+    EXPECT_EQ(args.size(), 4u);
+}
+
 TEST(Cli, UsageErrorsHelpAndVersion) {
     EXPECT_EQ(RunCli({"search", "/tmp"}).status, 2);
     EXPECT_EQ(RunCli({"search", "/tmp", "*", "--bogus"}).status, 2);

@@ -57,3 +57,18 @@ TEST(PathText, TrailingSlashIsAddedOnce) {
 }
 
 } // namespace
+
+namespace {
+TEST(PathText, ParentFolderDropsTheLastName) {
+    const std::pair<const char*, const char*> cases[] = {{"/home/ann/docs/", "/home/ann/"},
+                                                         {"/home/ann/docs", "/home/ann/"},
+                                                         {"/home", "/"},
+                                                         {"/", "/"},
+                                                         {"docs/x", "docs/"},
+                                                         {"docs", ""},
+                                                         {"", ""}};
+    for (const auto& [path, parent] : cases) {
+        EXPECT_EQ(ParentFolder(path), parent) << path;
+    }
+}
+} // namespace

@@ -79,6 +79,7 @@ int RunWindow(int& argc, char** argv, const std::string& settingsOverride) {
     });
     PlaceMainWindow(window, profile);
     window.show();
+    splash.raise();
     // The window answers at once; the splash goes after a second.
     QTimer::singleShot(1000, &splash, &QWidget::close);
     return app.exec();

@@ -47,6 +47,8 @@ dlgAbout::dlgAbout(Desktop& desktop, QWidget* parent) : QDialog(parent) {
 void dlgAbout::ShowAsSplash() {
     findChild<QDialogButtonBox*>("buttons")->hide();
     setModal(false);
+    // Above the main window, which appears while the splash still shows.
+    setWindowFlags(Qt::SplashScreen | Qt::WindowStaysOnTopHint);
     adjustSize();
     if (const QScreen* screen = QGuiApplication::primaryScreen()) {
         move(screen->geometry().center() - rect().center());
