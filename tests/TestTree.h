@@ -35,3 +35,7 @@ private:
 // begins with "." left out; folders end in "/". The test's own independent account of the
 // order the walk must keep.
 std::vector<std::string> ReaddirOrder(const std::string& root);
+
+// A file's bytes, and a file written with exactly these bytes.
+std::string ReadBytes(const std::string& path);
+void WriteBytes(const std::string& path, const std::string& bytes);

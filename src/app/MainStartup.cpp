@@ -41,12 +41,7 @@ void PlaceMainWindow(frmMain& window, modPProfile& profile) {
                      scale.ToTwips(window.width()), scale.ToTwips(window.height()), '0'};
     }
     window.SetStartupPlacement(placement);
-    AppSettings& s = profile.Settings();
-    s.Left = placement.Left;
-    s.Top = placement.Top;
-    s.Width = placement.Width;
-    s.Height = placement.Height;
-    s.Winstate = placement.Winstate;
+    KeepWindowPlacement(profile.Settings(), placement);
     if (placement.Winstate == '2') {
         window.setWindowState(Qt::WindowMaximized);
     }

@@ -1,20 +1,7 @@
 #include "search/MaskRules.h"
 
 #include "search/MaskMatcher.h"
-
-namespace {
-
-std::string_view TrimBlanks(std::string_view s) {
-    while (!s.empty() && s.front() == ' ') {
-        s.remove_prefix(1);
-    }
-    while (!s.empty() && s.back() == ' ') {
-        s.remove_suffix(1);
-    }
-    return s;
-}
-
-} // namespace
+#include "search/PathText.h"
 
 std::vector<std::string> MaskList(std::string_view maskText) {
     std::vector<std::string> elements;

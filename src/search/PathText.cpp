@@ -99,6 +99,16 @@ std::string WithTrailingSlash(std::string_view path) {
     return out;
 }
 
+std::string_view TrimBlanks(std::string_view text) {
+    while (!text.empty() && text.front() == ' ') {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && text.back() == ' ') {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
 int64_t ToFileTime(int64_t seconds, int64_t nanoseconds) {
     constexpr int64_t kSecondsFrom1601To1970 = 11644473600;
     return (seconds + kSecondsFrom1601To1970) * 10000000 + nanoseconds / 100;

@@ -3,18 +3,6 @@
 #include "search/PathText.h"
 #include "settings/modPProfile.h"
 
-namespace {
-std::string_view TrimBlanks(std::string_view s) {
-    while (!s.empty() && s.front() == ' ') {
-        s.remove_prefix(1);
-    }
-    while (!s.empty() && s.back() == ' ') {
-        s.remove_suffix(1);
-    }
-    return s;
-}
-} // namespace
-
 MaskFavorites::MaskFavorites() : entries_{kPlaceholder} {
 }
 

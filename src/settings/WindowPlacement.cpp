@@ -69,13 +69,16 @@ Placement ExitPlacement(WindowState state, const Placement& window, const Placem
     return p;
 }
 
+void KeepWindowPlacement(AppSettings& settings, const Placement& placement) {
+    settings.Left = placement.Left;
+    settings.Top = placement.Top;
+    settings.Width = placement.Width;
+    settings.Height = placement.Height;
+    settings.Winstate = placement.Winstate;
+}
+
 void SaveWindowPlacement(modPProfile& profile, const Placement& placement) {
-    AppSettings& s = profile.Settings();
-    s.Left = placement.Left;
-    s.Top = placement.Top;
-    s.Width = placement.Width;
-    s.Height = placement.Height;
-    s.Winstate = placement.Winstate;
+    KeepWindowPlacement(profile.Settings(), placement);
     IniFile::Batch batch(profile.File());
     profile.ProfileSaveWindowPlacement();
 }

@@ -4,6 +4,7 @@
 #include <optional>
 
 class modPProfile;
+struct AppSettings;
 
 // The main window's placement rules, in twips, as pure functions of the settings and the
 // screen size; the window converts to pixels.
@@ -39,6 +40,9 @@ void WriteStartupPlacement(modPProfile& profile, char winstate, ScreenTwips scre
 // placement recorded at start-up, with state "1".
 Placement ExitPlacement(WindowState state, const Placement& window, const Placement& atStartup,
                         ScreenTwips screen);
+
+// Keeps `placement` in the settings (nothing written).
+void KeepWindowPlacement(AppSettings& settings, const Placement& placement);
 
 // Keeps `placement` in the settings and writes [windows].
 void SaveWindowPlacement(modPProfile& profile, const Placement& placement);
