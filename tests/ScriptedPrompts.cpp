@@ -27,6 +27,16 @@ std::string ScriptedPrompts::PickFolder(QWidget*, const FolderRequest& request) 
     return folder;
 }
 
+SaveAnswer ScriptedPrompts::SaveFile(QWidget*, const SaveRequest& request) {
+    saveRequests.push_back(request);
+    if (saves.empty()) {
+        return {};
+    }
+    SaveAnswer answer = saves.front();
+    saves.pop_front();
+    return answer;
+}
+
 int ScriptedPrompts::ShowModal(QDialog* dialog) {
     ++modalsShown;
     if (modals.empty()) {

@@ -23,6 +23,7 @@ public:
     MessageAnswer Message(QWidget* owner, const QString& text, MessageIcon icon,
                           MessageButtons buttons, const QString& title = {}) override;
     std::string PickFolder(QWidget* owner, const FolderRequest& request) override;
+    SaveAnswer SaveFile(QWidget* owner, const SaveRequest& request) override;
     int ShowModal(QDialog* dialog) override;
 
     QStringList Texts() const;
@@ -31,6 +32,8 @@ public:
     std::vector<FolderRequest> folderRequests;
     std::deque<MessageAnswer> answers;
     std::deque<std::string> folders; // "" cancels
+    std::vector<SaveRequest> saveRequests;
+    std::deque<SaveAnswer> saves; // an empty path cancels
     std::deque<std::function<int(QDialog*)>> modals;
     int modalsShown = 0;
 };

@@ -30,6 +30,7 @@ public:
                    : MessageAnswer::Yes;
     }
     std::string PickFolder(QWidget*, const FolderRequest&) override { return {}; }
+    SaveAnswer SaveFile(QWidget*, const SaveRequest&) override { return {}; }
     int ShowModal(QDialog*) override { return 0; }
 };
 } // namespace

@@ -1,12 +1,15 @@
 #include "app/Cli.h"
 
 #include "Version.h"
+#include "analysis/Census.h"
+#include "analysis/CensusReport.h"
 #include "platform/CancelFlag.h"
 #include "search/MaskRules.h"
 #include "search/SearchSession.h"
 #include "search/SearchStatus.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <string_view>
 
 namespace {
@@ -14,12 +17,15 @@ namespace {
 constexpr int kExitFound = 0;
 constexpr int kExitNothingFound = 1;
 constexpr int kExitUsage = 2;
+constexpr int kExitReportFailed = 3;
 constexpr int kExitInterrupted = 130;
 
 constexpr const char* kUsage =
     "Usage:\n"
     "  tallymoor [--settings FILE]   open the window (FILE: the settings file to use)\n"
     "  tallymoor search ROOT MASK [--folders-only] [--except] [--no-recurse] [-0|--print0]\n"
+    "  tallymoor census ROOT MASK [--filter N] [--report FILE] [--folders-only] [--except]\n"
+    "                   [--no-recurse]\n"
     "  tallymoor --help | --version\n"
     "\n"
     "search walks ROOT depth first and prints every path the search keeps, one per line, in\n"
@@ -28,14 +34,23 @@ constexpr const char* kUsage =
     "name begins with \".\" are skipped; symbolic links are listed like files, never followed.\n"
     "The closing counts go to standard error.\n"
     "\n"
+    "census runs the same search and prints the file-type census instead: one line per type\n"
+    "(extension, two TABs, count, \" files\"; \".\" stands for names without an extension),\n"
+    "in the order the File Types dialog shows them.\n"
+    "\n"
     "  --folders-only   list folders instead of files\n"
     "  --except         list every file that matches none of the patterns\n"
     "  --no-recurse     examine ROOT's own entries only\n"
     "  -0, --print0     end each path with a NUL instead of a newline\n"
+    "  --filter N       show only the types of count range N, as the dialog's Filter menu:\n"
+    "                   2 under 5 files, 3 5-10, 4 10-20, 5 20-50, 6 50-100, 7 100-500,\n"
+    "                   8 500-1000, 9 1000-5000, 10 5000 and over (0: all)\n"
+    "  --report FILE    also write the census report to FILE\n"
     "  --               end of options (for a ROOT or MASK that begins with \"-\")\n"
     "\n"
     "Exit status: 0 something found, 1 nothing found (or ROOT is not a folder),\n"
-    "2 bad usage or a refused mask, 130 interrupted by Ctrl-C (what was found is printed).\n";
+    "2 bad usage or a refused mask, 3 the report could not be written,\n"
+    "130 interrupted by Ctrl-C (what was found is printed).\n";
 
 void PrintLine(std::FILE* stream, const QString& text) {
     const QByteArray bytes = text.toUtf8();
@@ -65,84 +80,168 @@ private:
     struct sigaction previous_ {};
 };
 
-int Search(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
-           WalkListener* walkObserver) {
+// What both commands take: ROOT, MASK and the search options.
+struct Request {
     SearchOptions options;
-    options.ShowFolderProgress = false; // nobody watches a status line here
+    std::string root;
     bool print0 = false;
+    int filter = 0;
+    std::string report;
+};
+
+// Parses the arguments after the command; returns false (after saying why) on bad usage.
+bool ParseRequest(const std::vector<std::string>& args, bool census, Request& request,
+                  std::FILE* err) {
+    request.options.ShowFolderProgress = false; // nobody watches a status line here
     std::vector<std::string> positional;
     bool optionsEnded = false;
     for (size_t i = 1; i < args.size(); ++i) {
         const std::string_view a = args[i];
+        const bool hasValue = i + 1 < args.size();
         if (optionsEnded || a.empty() || a.front() != '-' || a == "-") {
             positional.push_back(args[i]);
         } else if (a == "--") {
             optionsEnded = true;
         } else if (a == "--folders-only") {
-            options.FoldersOnly = true;
+            request.options.FoldersOnly = true;
         } else if (a == "--except") {
-            options.ExpectedMatch = 0;
+            request.options.ExpectedMatch = 0;
         } else if (a == "--no-recurse") {
-            options.Recurse = false;
-        } else if (a == "-0" || a == "--print0") {
-            print0 = true;
+            request.options.Recurse = false;
+        } else if (!census && (a == "-0" || a == "--print0")) {
+            request.print0 = true;
+        } else if (census && a == "--filter" && hasValue) {
+            const std::string& value = args[++i];
+            char* end = nullptr;
+            const long filter = std::strtol(value.c_str(), &end, 10);
+            if (value.empty() || *end != '\0' || filter < 0 || filter >= kCountRanges ||
+                filter == 1) {
+                std::fprintf(err, "tallymoor: --filter takes 0 or 2 to 10, not '%s'\n",
+                             value.c_str());
+                return false;
+            }
+            request.filter = static_cast<int>(filter);
+        } else if (census && a == "--report" && hasValue) {
+            request.report = args[++i];
         } else {
             std::fprintf(err, "tallymoor: unknown option '%s'\n%s", args[i].c_str(), kUsage);
-            return kExitUsage;
+            return false;
         }
     }
     if (positional.size() != 2) {
-        std::fprintf(err, "tallymoor: search needs ROOT and MASK\n%s", kUsage);
-        return kExitUsage;
+        std::fprintf(err, "tallymoor: %s needs ROOT and MASK\n%s", args[0].c_str(), kUsage);
+        return false;
     }
-    const std::string& root = positional[0];
-    options.MaskText = positional[1];
+    request.root = positional[0];
+    request.options.MaskText = positional[1];
+    return true;
+}
 
-    if (const MaskVerdict verdict = ValidateMask(options.MaskText);
+// Checks the mask and walks the root, as the window does. Returns an exit status when the
+// command ends here (a refused mask, no folder, nothing found); -1 when there are results.
+int RunSearch(const Request& request, SearchSession& session, std::FILE* err,
+              WalkListener* walkObserver) {
+    if (const MaskVerdict verdict = ValidateMask(request.options.MaskText);
         verdict != MaskVerdict::Accepted) {
         std::fprintf(err, "%s\n", MaskRefusalText(verdict).c_str());
         return kExitUsage;
     }
-
     CancelFlag& cancel = CancelFlag::Program();
     cancel.Lower();
-    SearchSession session;
-    session.Prepare(root, options);
+    session.Prepare(request.root, request.options);
     {
         InterruptCancels interrupts;
         session.Run(cancel, walkObserver);
     }
-    const bool cancelled = cancel.IsRaised();
-    const auto noMatches = [&] {
-        PrintLine(err,
-                  NoMatchesMessage(options.FoldersOnly, QString::fromStdString(options.MaskText),
-                                   DisplayPath(session.RootPath())));
-    };
-    if (!session.RootWasFolder()) {
-        noMatches();
-        return kExitNothingFound;
+    if (!session.RootWasFolder() || !session.ResultsAvailable()) {
+        PrintLine(err, NoMatchesMessage(request.options.FoldersOnly,
+                                        QString::fromStdString(request.options.MaskText),
+                                        DisplayPath(session.RootPath())));
+        if (!session.RootWasFolder()) {
+            return kExitNothingFound;
+        }
+    } else {
+        session.CloseStore();
+    }
+    return -1;
+}
+
+void PrintCounts(const SearchSession& session, std::FILE* err) {
+    const SearchCounters& counters = session.Counters();
+    PrintLine(err, ObjectsText(counters.ObjectCount));
+    PrintLine(err, MatchedText(counters.MatchedCount));
+    PrintLine(err, ElapsedText(session.ElapsedSeconds()));
+}
+
+int ExitStatus(const SearchSession& session) {
+    if (CancelFlag::Program().IsRaised()) {
+        return kExitInterrupted;
+    }
+    return session.ResultsAvailable() ? kExitFound : kExitNothingFound;
+}
+
+int Search(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
+           WalkListener* walkObserver) {
+    Request request;
+    if (!ParseRequest(args, false, request, err)) {
+        return kExitUsage;
+    }
+    SearchSession session;
+    if (const int status = RunSearch(request, session, err, walkObserver); status >= 0) {
+        return status;
     }
     if (session.ResultsAvailable()) {
-        session.CloseStore();
         const FileDataArray& store = session.Store();
-        const char end = print0 ? '\0' : '\n';
+        const char end = request.print0 ? '\0' : '\n';
         for (int32_t i = 0; i <= store.UBound(); ++i) {
             const std::string_view path = store[i].FullPath();
             std::fwrite(path.data(), 1, path.size(), out);
             std::fputc(end, out);
         }
         std::fflush(out);
-    } else {
-        noMatches();
     }
-    const SearchCounters& counters = session.Counters();
-    PrintLine(err, ObjectsText(counters.ObjectCount));
-    PrintLine(err, MatchedText(counters.MatchedCount));
-    PrintLine(err, ElapsedText(session.ElapsedSeconds()));
-    if (cancelled) {
-        return kExitInterrupted;
+    PrintCounts(session, err);
+    return ExitStatus(session);
+}
+
+// The census as the window's dialog shows it: built over every record, then narrowed by the
+// Filter menu's range when one is asked for.
+int CensusCommand(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
+                  WalkListener* walkObserver) {
+    Request request;
+    if (!ParseRequest(args, true, request, err)) {
+        return kExitUsage;
     }
-    return session.ResultsAvailable() ? kExitFound : kExitNothingFound;
+    SearchSession session;
+    if (const int status = RunSearch(request, session, err, walkObserver); status >= 0) {
+        return status;
+    }
+    if (!session.ResultsAvailable()) {
+        PrintCounts(session, err);
+        return ExitStatus(session);
+    }
+    Census census;
+    census.Build(
+        session.Store(), 0, [](const QString&) {}, [] {});
+    if (request.filter != 0) {
+        census.ApplyFilter(request.filter);
+    }
+    for (const CensusType& type : census.Shown()) {
+        const std::string line = CensusDisplayLine(type);
+        std::fwrite(line.data(), 1, line.size(), out);
+        std::fputc('\n', out);
+    }
+    std::fflush(out);
+    PrintCounts(session, err);
+    if (!request.report.empty()) {
+        const std::string error = WriteCensusReport(request.report, census.Shown(), request.root,
+                                                    request.options.MaskText);
+        if (!error.empty()) {
+            std::fprintf(err, "tallymoor: %s\n", error.c_str());
+            return kExitReportFailed;
+        }
+    }
+    return ExitStatus(session);
 }
 
 } // namespace
@@ -187,6 +286,9 @@ int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FI
     }
     if (args[0] == "search") {
         return Search(args, out, err, walkObserver);
+    }
+    if (args[0] == "census") {
+        return CensusCommand(args, out, err, walkObserver);
     }
     std::fprintf(err, "tallymoor: unknown command '%s'\n%s", args[0].c_str(), kUsage);
     return kExitUsage;

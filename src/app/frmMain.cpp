@@ -1,5 +1,6 @@
 #include "app/frmMain.h"
 
+#include "analysis/dlgStarDotStar.h"
 #include "app/ResultListModel.h"
 #include "platform/CancelFlag.h"
 #include "platform/EventYield.h"
@@ -68,9 +69,14 @@ void frmMain::BuildControls() {
     request->addWidget(startLabel, 0, 0);
     request->addWidget(txtStartPath, 0, 1);
     request->addWidget(cmdPathBack, 0, 2);
+    cmdFileTypes = new QPushButton(tr("File &Types..."), central);
+    cmdFileTypes->setObjectName("cmdFileTypes");
+    cmdFileTypes->setToolTip(tr("Count the results by file type, and view or report the types"));
+    cmdFileTypes->setEnabled(false);
     request->addWidget(maskLabel, 1, 0);
     request->addWidget(txtObjMask, 1, 1);
     request->addWidget(cmdSearch, 1, 2);
+    request->addWidget(cmdFileTypes, 1, 3);
     layout->addLayout(request);
 
     auto* options = new QHBoxLayout;
@@ -153,6 +159,7 @@ void frmMain::BuildControls() {
 
     connect(cmdSearch, &QPushButton::clicked, this, &frmMain::SearchButtonClicked);
     connect(cmdPathBack, &QToolButton::clicked, this, &frmMain::PathBackClicked);
+    connect(cmdFileTypes, &QPushButton::clicked, this, &frmMain::ShowFileTypes);
     connect(tsResults, &QTabBar::currentChanged, this, &frmMain::TabChanged);
 }
 
@@ -310,6 +317,7 @@ void frmMain::SetBusy(bool busy) {
     if (!busy) {
         RebuildMasksMenu();
     }
+    cmdFileTypes->setEnabled(!busy && session_.ResultsAvailable());
     txtStartPath->setReadOnly(busy);
     cmdPathBack->setEnabled(!busy);
     tsResults->setEnabled(!busy);

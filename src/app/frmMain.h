@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analysis/Census.h"
 #include "search/SearchSession.h"
 #include "settings/MaskFavorites.h"
 #include "settings/WindowPlacement.h"
@@ -7,6 +8,7 @@
 #include <QMainWindow>
 #include <array>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,13 +28,7 @@ class QRadioButton;
 class QTabBar;
 class QToolButton;
 class ResultListModel;
-
-// One type the census hands over for a view of its own.
-struct SelectedTypeEntry {
-    int32_t FileCount = 0;
-    std::string Extension;
-};
-using SelectedTypeArray = std::vector<SelectedTypeEntry>;
+class dlgStarDotStar;
 
 // `frmMain`: the search request, the result views, the status line and the menus. Long work runs
 // on this thread and lets the event loop run now and then; while a search runs (the busy flag)
@@ -83,7 +79,13 @@ public:
     QString ViewTag(int tab) const;
     int ViewCount() const;
 
-    // ---- masks menu (frmMainMenus.cpp) ----
+    // ---- file-type census (frmMainViews.cpp) ----
+    // Opens the census of the last search (counted once per search, then shown again).
+    void ShowFileTypes();
+    bool CensusReady() const { return census_ != nullptr; }
+    dlgStarDotStar* CensusDialog() const { return census_.get(); }
+
+    // ---- masks menu (frmMain.cpp) ----
     void ChooseMaskFavorite(size_t index);
     void ChooseStarDotStar();
 
@@ -114,6 +116,7 @@ private:
     void ShowPlaceholder(const QString& word);
     void ShowList(QListView* list);
     void RemoveViewsButFirst();
+    void UnloadCensus();
     QListView* VisibleList() const;
     ResultListModel* ModelOf(QListView* list) const;
     Placement CurrentPlacementTwips() const;
@@ -137,6 +140,7 @@ private:
     std::array<QCheckBox*, 3> chkOpts;
     std::array<QRadioButton*, 2> optListTypes;
     QPushButton* cmdSearch;
+    QPushButton* cmdFileTypes;
     QTabBar* tsResults;
     QListView* List1;
     QListView* List2;
@@ -148,6 +152,7 @@ private:
     ResultListModel* model1_;
     ResultListModel* model2_;
     std::vector<ResultView> views_;
+    std::unique_ptr<dlgStarDotStar> census_;
 
     QMenu* masksMenu_;
     QAction* appendMaskAction_;

@@ -113,7 +113,9 @@ void frmMain::SearchButtonClicked() {
     options.FoldersOnly = chkOpts[1]->isChecked();
     options.ShowFolderProgress = !chkOpts[2]->isChecked();
     options.MaskText = txtObjMask->text().toStdString();
-    // The lists refer to records of the store, which the search is about to erase.
+    // The lists and the census refer to records of the store, which the search is about to
+    // erase.
+    UnloadCensus();
     model1_->Clear();
     model2_->Clear();
     session_.Prepare(QFile::encodeName(txtStartPath->text()).toStdString(), options);
@@ -148,13 +150,19 @@ void frmMain::SearchButtonClicked() {
             std::vector<int32_t> items(static_cast<size_t>(matched));
             std::iota(items.begin(), items.end(), 0);
             model1_->SetItems(std::move(items));
+            ShowList(List1);
             ShowSearchResults(session_.ElapsedSeconds());
+            if (session_.StarDotStarSearched() && profile_.Settings().AlwaysShowCountWhenSDS) {
+                ShowFileTypes();
+            }
         } else {
             ShowSearchResults(session_.ElapsedSeconds());
             model1_->SetTexts({tr("File results exceed 32 thousand files."),
                                tr("Create filtered views from the File Type dialog.")});
+            ShowList(List1);
+            // Views of a part of the results are made from the census.
+            ShowFileTypes();
         }
-        ShowList(List1);
     }
     cmdSearch->setText(tr("Begin Search"));
     searching_ = false;

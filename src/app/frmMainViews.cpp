@@ -1,14 +1,18 @@
 // The result views: the first tab over every record, per-type tabs over a subset, the lists,
 // the selection and the closing status of a search.
 
+#include "analysis/dlgStarDotStar.h"
 #include "app/ResultListModel.h"
 #include "app/frmMain.h"
 #include "fileops/dlgProgress.h"
 #include "platform/CancelFlag.h"
 #include "platform/EventYield.h"
+#include "platform/Prompts.h"
 #include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
 
+#include <QApplication>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -203,6 +207,7 @@ void frmMain::NewResults() {
     views_[0].tag.clear();
     tsResults->setTabText(0, views_[0].caption);
     StatusState("clear");
+    UnloadCensus();
     session_.Erase();
     folderResults_ = false;
     lblSelCount->setText(tr("Selected: 0"));
@@ -288,4 +293,46 @@ QString frmMain::ViewTag(int tab) const {
 }
 int frmMain::ViewCount() const {
     return static_cast<int>(views_.size());
+}
+
+void frmMain::UnloadCensus() {
+    census_.reset();
+}
+
+void frmMain::ShowFileTypes() {
+    if (busy_) {
+        return;
+    }
+    if (census_) {
+        census_->DeselectAll();
+    } else {
+        if (session_.Store().UBound() < 0) {
+            prompts_.Message(this,
+                             tr("Critical Error - the file data array is empty; this function is "
+                                "unavailable. Please restart the application to avoid corrupted "
+                                "reports."),
+                             MessageIcon::Critical, MessageButtons::Ok);
+            return;
+        }
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        dlgProgress& progress = dlgProgress::Shared();
+        // Two passes over the store, each stepped about twenty times.
+        progress.Create(this, 1, 42, false, profile_.Settings().PBScrollStyle);
+        census_ =
+            std::make_unique<dlgStarDotStar>(session_.Store(), profile_, prompts_, progress, this);
+        census_->CreateMaskArrayCountSR(0);
+        census_->SetupControls(tr("File Types in ") + views_[0].caption,
+                               static_cast<int>(census_->CensusData().Hidden().size()));
+        census_->SetSearchData(QFile::encodeName(txtStartPath->text()).toStdString(),
+                               txtObjMask->text().toStdString());
+        QApplication::restoreOverrideCursor();
+    }
+    const int result = prompts_.ShowModal(census_.get());
+    if (result == dlgStarDotStar::View) {
+        const SelectedTypeArray types = census_->GetSelectedItemArray();
+        if (!types.empty()) {
+            CreateTypeViews(types);
+        }
+    }
+    dlgProgress::Shared().Destroy();
 }

@@ -2,6 +2,10 @@
 
 #include "fileops/FolderPickerDialog.h"
 
+#include <QCheckBox>
+#include <QFile>
+#include <QFileDialog>
+#include <QGridLayout>
 #include <QMessageBox>
 
 MessageAnswer QtPrompts::Message(QWidget* owner, const QString& text, MessageIcon icon,
@@ -58,6 +62,30 @@ std::string QtPrompts::PickFolder(QWidget* owner, const FolderRequest& request) 
         return {};
     }
     return dialog.SelectedFolder();
+}
+
+SaveAnswer QtPrompts::SaveFile(QWidget* owner, const SaveRequest& request) {
+    // Qt's own dialog, so that the check box can join it.
+    QFileDialog dialog(owner, request.title);
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setNameFilters(request.filters);
+    dialog.setDefaultSuffix(request.defaultSuffix);
+    dialog.setDirectory(QFile::decodeName(QByteArray::fromStdString(request.folder)));
+    dialog.selectFile(QFile::decodeName(QByteArray::fromStdString(request.name)));
+    auto* entireList = new QCheckBox(QStringLiteral("Save Entire List"), &dialog);
+    entireList->setObjectName("chkEntireList");
+    entireList->setChecked(request.entireListChecked);
+    entireList->setEnabled(request.entireListEnabled);
+    if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout())) {
+        grid->addWidget(entireList, grid->rowCount(), 0, 1, grid->columnCount());
+    }
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+        return {};
+    }
+    return {QFile::encodeName(dialog.selectedFiles().first()).toStdString(),
+            entireList->isChecked()};
 }
 
 int QtPrompts::ShowModal(QDialog* dialog) {

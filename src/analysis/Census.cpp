@@ -1,0 +1,207 @@
+#include "analysis/Census.h"
+
+#include "search/FileDataArray.h"
+
+#include <unordered_map>
+
+namespace {
+
+struct Range {
+    const char* caption;
+    int64_t filterLow, filterHigh; // the Filter menu's test
+    int64_t selectLow, selectHigh; // the Select menu's range
+};
+
+constexpr int64_t kNoLimit = INT64_MAX;
+
+constexpr std::array<Range, kCountRanges> kRanges = {{
+    {"All results", 0, kNoLimit, 0, 999999},
+    {"-", -1, -1, -1, -1},
+    {"Types with less than 5 files", INT64_MIN, 4, 1, 4},
+    {"Types with 5 - 10 files", 5, 10, 5, 10},
+    {"Types with 10 - 20 files", 10, 20, 10, 20},
+    {"Types with 20 - 50 files", 20, 50, 20, 50},
+    {"Types with 50 - 100 files", 50, 100, 50, 100},
+    {"Types with 100 - 500 files", 100, 500, 100, 500},
+    {"Types with 500 - 1000 files", 500, 1000, 500, 1000},
+    {"Types with 1000 - 5000 files", 1000, 5000, 1000, 5000},
+    {"Types with over 5000 files", 5000, kNoLimit, 5000, 999999},
+}};
+
+bool ValidRange(int index) {
+    return index >= 0 && index < kCountRanges && index != 1;
+}
+
+} // namespace
+
+QString CountRangeCaption(int index) {
+    return index >= 0 && index < kCountRanges ? QString::fromLatin1(kRanges[index].caption)
+                                              : QString();
+}
+
+bool PassesCountFilter(int filterIndex, int64_t count) {
+    if (filterIndex == 0) {
+        return true;
+    }
+    return ValidRange(filterIndex) && count >= kRanges[filterIndex].filterLow &&
+           count <= kRanges[filterIndex].filterHigh;
+}
+
+bool InSelectRange(int index, int64_t count) {
+    return ValidRange(index) && count >= kRanges[index].selectLow &&
+           count <= kRanges[index].selectHigh;
+}
+
+std::string CensusDisplayLine(const CensusType& type) {
+    return type.Extension + "\t\t" + std::to_string(type.Count) + " files";
+}
+
+std::pair<std::string_view, std::string_view> FirstToken(std::string_view text, char delimiter) {
+    const size_t at = text.find(delimiter);
+    if (at == std::string_view::npos) {
+        return {text, {}};
+    }
+    return {text.substr(0, at), text.substr(at + 1)};
+}
+
+std::string CensusReportFileName(int filterIndex) {
+    switch (filterIndex) {
+    case 0:
+        return "resultcount.txt";
+    case 2:
+        return "resultcount (1 to 4 files).txt";
+    case 3:
+        return "resultcount (5 to 10 files).txt";
+    case 4:
+        return "resultcount (10 to 20 files).txt";
+    case 5:
+        return "resultcount (20 to 50 files).txt";
+    case 6:
+        return "resultcount (50 to 100 files).txt";
+    case 7:
+        return "resultcount (100 to 500 files).txt";
+    case 8:
+        return "resultcount (500 to 1000 files).txt";
+    case 9:
+        return "resultcount (1000 to 5000 files).txt";
+    case 10:
+        return "resultcount (over 5000 files).txt";
+    default:
+        return {};
+    }
+}
+
+std::string TypeExportFileName(std::string_view extension) {
+    std::string bare;
+    for (char c : extension) {
+        if (c != '.') {
+            bare += c;
+        }
+    }
+    return "results for " + bare + ".txt";
+}
+
+void Census::Build(FileDataArray& store, int filterIndex,
+                   const std::function<void(const QString&)>& message,
+                   const std::function<void()>& step) {
+    shown_.clear();
+    hidden_.clear();
+    filterIndex_ = filterIndex;
+    const int32_t upper = store.UBound();
+    if (upper < 0) {
+        typeCount_ = 0;
+        return;
+    }
+    const int32_t interval = upper / 20 + 1;
+    for (int32_t i = 0; i <= upper; ++i) {
+        if (i % interval == 1) {
+            step();
+        }
+        if (store[i].Extension().empty()) {
+            store.SetExtension(i, ".");
+        }
+    }
+
+    // The store shares one string per extension, so records are counted by that string's
+    // address: one pass, no string compared per record.
+    message(QStringLiteral("Filtering..."));
+    std::vector<CensusType> types;
+    std::unordered_map<const std::string*, size_t> indexOf;
+    const std::string* lastExtension = nullptr;
+    size_t lastIndex = 0;
+    for (int32_t i = 0; i <= upper; ++i) {
+        if (i % interval == 1) {
+            step();
+        }
+        const std::string* extension = store[i].extension;
+        if (extension != lastExtension) {
+            const auto [it, added] = indexOf.try_emplace(extension, types.size());
+            if (added) {
+                types.push_back({*extension, 0});
+            }
+            lastExtension = extension;
+            lastIndex = it->second;
+        }
+        ++types[lastIndex].Count;
+    }
+
+    message(QStringLiteral("Compressing..."));
+    typeCount_ = static_cast<int>(types.size());
+    for (size_t k = types.size(); k-- > 0;) {
+        if (PassesCountFilter(filterIndex, types[k].Count)) {
+            hidden_.push_back(types[k]);
+        }
+    }
+    for (auto& type : types) {
+        if (PassesCountFilter(filterIndex, type.Count)) {
+            shown_.push_back(std::move(type));
+        }
+    }
+}
+
+void Census::ApplyFilter(int filterIndex) {
+    filterIndex_ = filterIndex;
+    typeCount_ = static_cast<int>(hidden_.size());
+    shown_.clear();
+    for (const CensusType& type : hidden_) {
+        if (PassesCountFilter(filterIndex, type.Count)) {
+            shown_.push_back(type);
+        }
+    }
+}
+
+QString Census::ResultsCountText() const {
+    QString text = QString::number(shown_.size()) + QLatin1Char('/') + QString::number(typeCount_) +
+                   QStringLiteral(" masks");
+    if (filterIndex_ != 0) {
+        text += QStringLiteral(" (filter applied)");
+    }
+    return text;
+}
+
+std::array<bool, 26> Census::EnabledLetters() const {
+    std::array<bool, 26> enabled{};
+    for (const CensusType& type : shown_) {
+        const std::string line = CensusDisplayLine(type);
+        const size_t dot = line.find('.');
+        if (dot == std::string::npos || dot + 1 >= line.size()) {
+            continue;
+        }
+        char c = line[dot + 1];
+        if (c >= 'A' && c <= 'Z') {
+            c = static_cast<char>(c - 'A' + 'a');
+        }
+        if (c >= 'a' && c <= 'z') {
+            enabled[static_cast<size_t>(c - 'a')] = true;
+        }
+    }
+    return enabled;
+}
+
+int64_t Census::ShownFiles() const {
+    int64_t files = 0;
+    for (const CensusType& type : shown_) {
+        files += type.Count;
+    }
+    return files;
+}

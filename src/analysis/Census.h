@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QString>
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class FileDataArray;
+
+// The file-type census: the records of the last search counted by extension.
+
+struct CensusType {
+    std::string Extension; // "." stands for files without one, and for folders
+    int32_t Count = 0;
+};
+
+// One type the census hands over for a view of its own.
+struct SelectedTypeEntry {
+    int32_t FileCount = 0;
+    std::string Extension;
+};
+using SelectedTypeArray = std::vector<SelectedTypeEntry>;
+
+// The count-range table of the Filter and Select menus, indices 0 to 10 (1 is a separator).
+// The ranges overlap at their shared bounds on purpose: 10 files is both "5 - 10" and "10 - 20".
+constexpr int kCountRanges = 11;
+QString CountRangeCaption(int index);
+bool PassesCountFilter(int filterIndex, int64_t count);
+bool InSelectRange(int index, int64_t count);
+
+// "ext" TAB TAB "count files": the line the census shows for a type.
+std::string CensusDisplayLine(const CensusType& type);
+// Splits at the first `delimiter`: the text before it, and the rest after it (empty when none).
+std::pair<std::string_view, std::string_view> FirstToken(std::string_view text, char delimiter);
+
+// Default file names: the report by filter index ("resultcount.txt", ...; empty for an index
+// without a range), and the export of one type ("results for txt.txt").
+std::string CensusReportFileName(int filterIndex);
+std::string TypeExportFileName(std::string_view extension);
+
+class Census {
+public:
+    // Counts every record of the store by extension, in one pass, and writes "." into records
+    // without one (kept on purpose: later exports and views compare against "."). Types keep the
+    // order of their first occurrence; those passing `filterIndex` are shown, and the full list
+    // (`lstHidden`) receives them in reverse. `step` is called about twenty times a pass.
+    void Build(FileDataArray& store, int filterIndex,
+               const std::function<void(const QString&)>& message,
+               const std::function<void()>& step);
+
+    // Shows the types of the full list that pass `filterIndex`, in the full list's order.
+    void ApplyFilter(int filterIndex);
+
+    const std::vector<CensusType>& Shown() const { return shown_; }
+    const std::vector<CensusType>& Hidden() const { return hidden_; }
+    int FilterIndex() const { return filterIndex_; }
+    // "12/40 masks", or "12/40 masks (filter applied)" under a filter.
+    QString ResultsCountText() const;
+    // Letters a..z that begin a shown extension (the character after its dot).
+    std::array<bool, 26> EnabledLetters() const;
+    int64_t ShownFiles() const;
+
+private:
+    std::vector<CensusType> shown_;
+    std::vector<CensusType> hidden_;
+    int typeCount_ = 0;
+    int filterIndex_ = 0;
+};

@@ -1,0 +1,317 @@
+#include "analysis/dlgStarDotStar.h"
+
+#include "analysis/CensusReport.h"
+#include "fileops/dlgProgress.h"
+#include "output/modFileDialog.h"
+#include "platform/EventYield.h"
+#include "platform/Prompts.h"
+#include "search/FileDataArray.h"
+#include "settings/modPProfile.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+constexpr int CountRole = Qt::UserRole;
+}
+
+dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Prompts& prompts,
+                               dlgProgress& progress, QWidget* parent)
+    : QDialog(parent), store_(store), profile_(profile), prompts_(prompts), progress_(progress) {
+    setObjectName("dlgStarDotStar");
+    auto* layout = new QVBoxLayout(this);
+    auto* bar = new QMenuBar(this);
+    layout->setMenuBar(bar);
+    BuildMenus(bar);
+
+    Label1 = new QLabel(this);
+    Label1->setObjectName("Label1");
+    Label1->setWordWrap(true);
+    lstExtensions = new QListWidget(this);
+    lstExtensions->setObjectName("lstExtensions");
+    lstExtensions->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    lstExtensions->setUniformItemSizes(true);
+    lstHidden = new QListWidget(this);
+    lstHidden->setObjectName("lstHidden");
+    lstHidden->hide();
+    lblResultsCount = new QLabel(this);
+    lblResultsCount->setObjectName("lblResultsCount");
+    lblSelectedCount = new QLabel(this);
+    lblSelectedCount->setObjectName("lblSelectedCount");
+    lblTotalFiles = new QLabel(this);
+    lblTotalFiles->setObjectName("lblTotalFiles");
+
+    const char* captions[] = {"&Export Type...", "&View as Tabs", "&Close", "Save &Report..."};
+    auto* buttons = new QHBoxLayout;
+    for (int i = 0; i < 4; ++i) {
+        cmd[i] = new QPushButton(tr(captions[i]), this);
+        cmd[i]->setObjectName(QStringLiteral("cmd_%1").arg(i));
+        cmd[i]->setAutoDefault(false);
+        connect(cmd[i], &QPushButton::clicked, this, [this, i] { CommandAction(i); });
+    }
+    buttons->addWidget(cmd[Export]);
+    buttons->addWidget(cmd[Report]);
+    buttons->addStretch();
+    buttons->addWidget(cmd[View]);
+    buttons->addWidget(cmd[Close]);
+    cmd[View]->setDefault(true);
+
+    auto* counts = new QHBoxLayout;
+    counts->addWidget(lblResultsCount);
+    counts->addStretch();
+    counts->addWidget(lblSelectedCount);
+    counts->addWidget(lblTotalFiles);
+
+    layout->addWidget(Label1);
+    layout->addWidget(lstExtensions, 1);
+    layout->addWidget(lstHidden);
+    layout->addLayout(counts);
+    layout->addLayout(buttons);
+    connect(lstExtensions, &QListWidget::itemSelectionChanged, this,
+            &dlgStarDotStar::SelectionChanged);
+    resize(460, 520);
+}
+
+void dlgStarDotStar::BuildMenus(QWidget* barWidget) {
+    auto* bar = static_cast<QMenuBar*>(barWidget);
+    QMenu* filter = bar->addMenu(tr("&Filter"));
+    filter->setObjectName("zmnuFilter");
+    QMenu* select = bar->addMenu(tr("&Select"));
+    select->setObjectName("zmnuSelect");
+    for (int i = 0; i < kCountRanges; ++i) {
+        if (i == 1) {
+            filter->addSeparator();
+            select->addSeparator();
+            continue;
+        }
+        mnuFilter[i] = filter->addAction(CountRangeCaption(i), this, [this, i] { FilterMasks(i); });
+        mnuFilter[i]->setObjectName(QStringLiteral("mnuFilter_%1").arg(i));
+        mnuFilter[i]->setCheckable(true);
+        QAction* range =
+            select->addAction(CountRangeCaption(i), this, [this, i] { SelectRange(i); });
+        range->setObjectName(QStringLiteral("mnuSelect_%1").arg(i));
+    }
+    select->addSeparator();
+    appendSelection_ = select->addAction(tr("Append Selection to Existing Items"));
+    appendSelection_->setObjectName("mnuSelect_12");
+    appendSelection_->setCheckable(true);
+    select->addSeparator();
+    QAction* clear = select->addAction(tr("Clear Selection"), this, &dlgStarDotStar::DeselectAll);
+    clear->setObjectName("mnuSelect_14");
+
+    QMenu* alpha = bar->addMenu(tr("&Letter"));
+    alpha->setObjectName("zmnuAlpha");
+    for (int i = 0; i < 26; ++i) {
+        mnuAlpha[i] =
+            alpha->addAction(QString(QChar(65 + i)), this, [this, i] { JumpToLetter(i); });
+        mnuAlpha[i]->setObjectName(QStringLiteral("mnuAlpha_%1").arg(i));
+    }
+}
+
+void dlgStarDotStar::CreateMaskArrayCountSR(int filterIndex) {
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    lstExtensions->hide();
+    lstExtensions->clear();
+    if (!counted_) {
+        census_.Build(
+            store_, filterIndex, [this](const QString& text) { progress_.SetMessage(text); },
+            [this] {
+                progress_.Update(1);
+                YieldToEventLoop();
+            });
+        counted_ = true;
+    } else {
+        census_.ApplyFilter(filterIndex);
+    }
+    lstHidden->clear();
+    for (const CensusType& type : census_.Hidden()) {
+        auto* item = new QListWidgetItem(QString::fromStdString(CensusDisplayLine(type)));
+        item->setData(CountRole, type.Count);
+        lstHidden->addItem(item);
+    }
+    FillList();
+    for (int i = 0; i < kCountRanges; ++i) {
+        if (mnuFilter[i] != nullptr) {
+            mnuFilter[i]->setChecked(i == 0);
+        }
+    }
+    lstExtensions->show();
+    lstExtensions->setEnabled(true);
+    progress_.Destroy();
+    QApplication::restoreOverrideCursor();
+}
+
+void dlgStarDotStar::FillList() {
+    lstExtensions->clear();
+    for (const CensusType& type : census_.Shown()) {
+        auto* item = new QListWidgetItem(QString::fromStdString(CensusDisplayLine(type)));
+        item->setData(CountRole, type.Count);
+        lstExtensions->addItem(item);
+    }
+    const auto letters = census_.EnabledLetters();
+    for (int i = 0; i < 26; ++i) {
+        mnuAlpha[i]->setEnabled(letters[static_cast<size_t>(i)]);
+    }
+    lblResultsCount->setText(census_.ResultsCountText());
+    SelectionChanged();
+    lblTotalFiles->clear();
+}
+
+void dlgStarDotStar::SetupControls(const QString& caption, int types) {
+    setWindowTitle(caption);
+    Label1->setText(tr("The search results returned %1 file types. Select the file types below to "
+                       "view as separate tabs (maximum of 30), or select one for exporting to a "
+                       "file.")
+                        .arg(types));
+}
+
+void dlgStarDotStar::SetSearchData(const std::string& rootPath, const std::string& maskText) {
+    rootPath_ = rootPath;
+    maskText_ = maskText;
+}
+
+void dlgStarDotStar::FilterMasks(int filterIndex) {
+    if (mnuFilter[census_.FilterIndex()] != nullptr) {
+        mnuFilter[census_.FilterIndex()]->setChecked(false);
+    }
+    if (mnuFilter[filterIndex] != nullptr) {
+        mnuFilter[filterIndex]->setChecked(true);
+    }
+    census_.ApplyFilter(filterIndex);
+    FillList();
+}
+
+void dlgStarDotStar::SelectRange(int index) {
+    if (!appendSelection_->isChecked()) {
+        lstExtensions->clearSelection();
+    }
+    for (int row = 0; row < lstExtensions->count(); ++row) {
+        QListWidgetItem* item = lstExtensions->item(row);
+        if (InSelectRange(index, item->data(CountRole).toInt())) {
+            item->setSelected(true);
+        }
+    }
+    SelectionChanged();
+}
+
+void dlgStarDotStar::JumpToLetter(int index) {
+    if (lstExtensions->count() == 0) {
+        return;
+    }
+    const QString prefix = QLatin1Char('.') + QChar(97 + index);
+    for (int row = 0; row < lstExtensions->count(); ++row) {
+        QListWidgetItem* item = lstExtensions->item(row);
+        if (item->text().startsWith(prefix, Qt::CaseInsensitive)) {
+            lstExtensions->setFocus();
+            lstExtensions->clearSelection();
+            lstExtensions->scrollToItem(item, QAbstractItemView::PositionAtTop);
+            return;
+        }
+    }
+    mnuAlpha[index]->setEnabled(false);
+}
+
+void dlgStarDotStar::DeselectAll() {
+    lstExtensions->clearSelection();
+    SelectionChanged();
+}
+
+void dlgStarDotStar::SelectionChanged() {
+    const QList<QListWidgetItem*> selected = lstExtensions->selectedItems();
+    const int count = static_cast<int>(selected.size());
+    cmd[View]->setEnabled(count >= 1 && count <= kMaxViews);
+    cmd[Export]->setEnabled(count == 1);
+    lblSelectedCount->setText(tr("Selected: %1").arg(count));
+    int64_t files = 0;
+    for (const QListWidgetItem* item : selected) {
+        files += item->data(CountRole).toInt();
+    }
+    lblTotalFiles->setText(QStringLiteral("(%1 files)").arg(files));
+}
+
+const SelectedTypeArray& dlgStarDotStar::GetSelectedItemArray() {
+    selected_.clear();
+    for (int row = 0; row < lstExtensions->count(); ++row) {
+        const QListWidgetItem* item = lstExtensions->item(row);
+        if (item->isSelected()) {
+            const std::string line = item->text().toStdString();
+            selected_.push_back(
+                {item->data(CountRole).toInt(), std::string(FirstToken(line, '\t').first)});
+        }
+    }
+    return selected_;
+}
+
+void dlgStarDotStar::CommandAction(int index) {
+    switch (index) {
+    case Export:
+        ExportSelectedType();
+        break;
+    case View:
+        GetSelectedItemArray();
+        result_ = View;
+        done(View);
+        break;
+    case Close:
+        result_ = Close;
+        done(Close);
+        break;
+    case Report:
+        SaveCensusReport();
+        break;
+    default:
+        break;
+    }
+}
+
+std::string dlgStarDotStar::AskForFile(const std::string& defaultName) {
+    bool entireList = false;
+    std::string& folder = profile_.Settings().LastOutputSaveDirectory;
+    const std::string path =
+        modFileDialog::SaveReportDialog(prompts_, this, entireList, folder, defaultName);
+    if (!path.empty()) {
+        profile_.ProfileSetPathsKey("LastOutputSaveDirectory", folder);
+    }
+    return path;
+}
+
+void dlgStarDotStar::ReportError(const std::string& error) {
+    if (!error.empty()) {
+        prompts_.Message(this, QString::fromStdString(error), MessageIcon::Critical,
+                         MessageButtons::Ok);
+    }
+}
+
+void dlgStarDotStar::SaveCensusReport() {
+    if (lstExtensions->count() == 0) {
+        prompts_.Message(this, tr("There is nothing in the current list to save"),
+                         MessageIcon::Warning, MessageButtons::Ok);
+        return;
+    }
+    const std::string path = AskForFile(CensusReportFileName(census_.FilterIndex()));
+    if (!path.empty()) {
+        ReportError(WriteCensusReport(path, census_.Shown(), rootPath_, maskText_));
+    }
+}
+
+void dlgStarDotStar::ExportSelectedType() {
+    const QList<QListWidgetItem*> selected = lstExtensions->selectedItems();
+    if (selected.size() != 1) {
+        return;
+    }
+    const std::string line = selected.front()->text().toStdString();
+    const std::string extension(FirstToken(line, '\t').first);
+    const std::string path = AskForFile(TypeExportFileName(extension));
+    if (!path.empty()) {
+        ReportError(WriteTypeExport(path, store_, extension));
+    }
+}
+
+std::vector<CensusType> dlgStarDotStar::CloneResultsSR() const {
+    return census_.Hidden();
+}

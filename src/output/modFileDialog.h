@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+class Prompts;
+class QWidget;
+
+namespace modFileDialog {
+
+// The process-wide "entire list" switch: whether the save dialog's "Save Entire List" check
+// box can be changed. Set by the list-saving commands.
+bool& EntireListSwitch();
+
+// `SaveReportDialog`: "Save Report As" with the text-file and all-files filters, default suffix
+// "txt", the overwrite question and the "Save Entire List" check box (checked when
+// `entireList` comes in true). Returns the path chosen, or "" on cancel. On OK `entireList`
+// returns the check box and `initialFolder` the chosen folder with a trailing "/"; on cancel
+// both keep their values.
+std::string SaveReportDialog(Prompts& prompts, QWidget* owner, bool& entireList,
+                             std::string& initialFolder, const std::string& initialName);
+
+} // namespace modFileDialog

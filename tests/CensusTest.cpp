@@ -1,0 +1,250 @@
+#include "analysis/Census.h"
+
+#include "QtPrinters.h"
+#include "TestTree.h"
+#include "analysis/CensusReport.h"
+#include "search/FileDataArray.h"
+
+#include <QLocale>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace {
+
+// A closed store holding files with these extensions (as the walk stores them).
+void Fill(FileDataArray& store, const std::vector<std::string>& extensions) {
+    store.Prepare();
+    store.Redim(static_cast<int32_t>(extensions.size()) - 1);
+    for (size_t i = 0; i < extensions.size(); ++i) {
+        store.Store(static_cast<int32_t>(i), "/r/", "f" + std::to_string(i) + extensions[i],
+                    extensions[i], 0);
+    }
+}
+
+Census Build(FileDataArray& store, int filter = 0) {
+    Census census;
+    census.Build(
+        store, filter, [](const QString&) {}, [] {});
+    return census;
+}
+
+std::vector<std::pair<std::string, int>> Pairs(const std::vector<CensusType>& types) {
+    std::vector<std::pair<std::string, int>> pairs;
+    for (const auto& t : types) {
+        pairs.emplace_back(t.Extension, t.Count);
+    }
+    return pairs;
+}
+
+using P = std::vector<std::pair<std::string, int>>;
+
+TEST(Census, TypesInOrderOfFirstOccurrenceAndTheFullListReversed) {
+    FileDataArray store;
+    Fill(store, {".txt", ".log", ".txt", "", ".c", ".log", ".txt"});
+    const Census census = Build(store);
+    EXPECT_EQ(Pairs(census.Shown()), (P{{".txt", 3}, {".log", 2}, {".", 1}, {".c", 1}}));
+    EXPECT_EQ(Pairs(census.Hidden()), (P{{".c", 1}, {".", 1}, {".log", 2}, {".txt", 3}}));
+    EXPECT_EQ(store[3].Extension(), ".") << "a file without extension is marked \".\" in the store";
+    EXPECT_EQ(census.ResultsCountText(), "4/4 masks");
+    EXPECT_EQ(census.ShownFiles(), 7);
+}
+
+TEST(Census, FoldersMakeOneTypeAndReFilteringUsesTheFullList) {
+    FileDataArray store;
+    Fill(store, {"", "", ""});
+    EXPECT_EQ(Pairs(Build(store).Shown()), (P{{".", 3}}));
+
+    Fill(store, {".a", ".b", ".b", ".c"});
+    Census census = Build(store);
+    census.ApplyFilter(0);
+    EXPECT_EQ(Pairs(census.Shown()), (P{{".c", 1}, {".b", 2}, {".a", 1}}))
+        << "re-filtering shows the full list's order";
+    census.ApplyFilter(2);
+    EXPECT_EQ(census.ResultsCountText(), "3/3 masks (filter applied)");
+    census.ApplyFilter(3);
+    EXPECT_EQ(census.Shown().size(), 0u);
+    EXPECT_EQ(census.ResultsCountText(), "0/3 masks (filter applied)");
+}
+
+TEST(Census, BuildingWithAFilterKeepsOnlyItsTypes) {
+    FileDataArray store;
+    std::vector<std::string> extensions(12, ".big");
+    extensions.push_back(".one");
+    Fill(store, extensions);
+    const Census census = Build(store, 4);
+    EXPECT_EQ(Pairs(census.Shown()), (P{{".big", 12}}));
+    EXPECT_EQ(census.ResultsCountText(), "1/2 masks (filter applied)");
+}
+
+TEST(Census, CountRangesOverlapAtTheirBounds) {
+    // counts, then for filter indices 0, 2..10 whether the count passes
+    const std::pair<int, const char*> cases[] = {
+        {1, "10100000000"},    {4, "10100000000"},    {5, "10010000000"},    {10, "10011000000"},
+        {20, "10001100000"},   {50, "10000110000"},   {100, "10000011000"},  {500, "10000001100"},
+        {1000, "10000000110"}, {5000, "10000000011"}, {99999, "10000000001"}};
+    for (const auto& [count, expected] : cases) {
+        for (int index = 0; index < kCountRanges; ++index) {
+            EXPECT_EQ(PassesCountFilter(index, count), expected[index] == '1')
+                << "count " << count << " filter " << index;
+        }
+    }
+    // Select: "less than 5" is 1 to 4; "All results" and "over 5000" stop at 999999
+    EXPECT_FALSE(InSelectRange(2, 0));
+    EXPECT_TRUE(InSelectRange(2, 1));
+    EXPECT_TRUE(InSelectRange(2, 4));
+    EXPECT_FALSE(InSelectRange(2, 5));
+    EXPECT_TRUE(InSelectRange(3, 10));
+    EXPECT_TRUE(InSelectRange(4, 10));
+    EXPECT_TRUE(InSelectRange(10, 999999));
+    EXPECT_FALSE(InSelectRange(10, 1000000));
+    EXPECT_FALSE(InSelectRange(0, 1000000));
+    EXPECT_FALSE(InSelectRange(1, 5));
+}
+
+TEST(Census, CaptionsAndFileNames) {
+    const char* captions[] = {"All results",
+                              "-",
+                              "Types with less than 5 files",
+                              "Types with 5 - 10 files",
+                              "Types with 10 - 20 files",
+                              "Types with 20 - 50 files",
+                              "Types with 50 - 100 files",
+                              "Types with 100 - 500 files",
+                              "Types with 500 - 1000 files",
+                              "Types with 1000 - 5000 files",
+                              "Types with over 5000 files"};
+    const char* names[] = {"resultcount.txt",
+                           "",
+                           "resultcount (1 to 4 files).txt",
+                           "resultcount (5 to 10 files).txt",
+                           "resultcount (10 to 20 files).txt",
+                           "resultcount (20 to 50 files).txt",
+                           "resultcount (50 to 100 files).txt",
+                           "resultcount (100 to 500 files).txt",
+                           "resultcount (500 to 1000 files).txt",
+                           "resultcount (1000 to 5000 files).txt",
+                           "resultcount (over 5000 files).txt"};
+    for (int i = 0; i < kCountRanges; ++i) {
+        EXPECT_EQ(CountRangeCaption(i), captions[i]);
+        EXPECT_EQ(CensusReportFileName(i), names[i]);
+    }
+    EXPECT_EQ(CensusReportFileName(11), "");
+    EXPECT_EQ(TypeExportFileName(".txt"), "results for txt.txt");
+    EXPECT_EQ(TypeExportFileName("."), "results for .txt");
+    EXPECT_EQ(TypeExportFileName(".tar.gz"), "results for targz.txt");
+    EXPECT_EQ(CensusDisplayLine({".txt", 1234}), ".txt\t\t1234 files");
+}
+
+TEST(Census, FirstTokenSplitsAtTheFirstDelimiter) {
+    EXPECT_EQ(FirstToken(".txt\t\t12 files", '\t'),
+              (std::pair<std::string_view, std::string_view>{".txt", "\t12 files"}));
+    EXPECT_EQ(FirstToken("whole", '\t'),
+              (std::pair<std::string_view, std::string_view>{"whole", ""}));
+    EXPECT_EQ(FirstToken("\tlead", '\t'),
+              (std::pair<std::string_view, std::string_view>{"", "lead"}));
+}
+
+TEST(Census, LettersFollowTheFirstDotAndSkipTheNoExtensionType) {
+    FileDataArray store;
+    Fill(store, {".txt", ".Zip", "", ".7z", "._x", ".\xc3\xa4u"});
+    const auto letters = Build(store).EnabledLetters();
+    std::string enabled;
+    for (int i = 0; i < 26; ++i) {
+        if (letters[static_cast<size_t>(i)]) {
+            enabled += static_cast<char>('a' + i);
+        }
+    }
+    EXPECT_EQ(enabled, "tz");
+}
+
+// The census as the original counted it: a list searched per record, ignoring case, then the
+// downward compression walk. The one-pass count must give the same lists.
+void ListSearchCensus(const std::vector<std::string>& extensions, int filter, P& shown, P& hidden) {
+    std::vector<std::pair<std::string, int>> items;
+    for (std::string e : extensions) {
+        if (e.empty()) {
+            e = ".";
+        }
+        auto it = std::find_if(items.begin(), items.end(), [&](const auto& item) {
+            return QString::fromStdString(item.first)
+                       .compare(QString::fromStdString(e), Qt::CaseInsensitive) == 0;
+        });
+        if (it == items.end()) {
+            items.emplace_back(e, 1);
+        } else {
+            ++it->second;
+        }
+    }
+    std::vector<std::pair<std::string, int>> list = items;
+    for (int k = static_cast<int>(list.size()) - 1; k >= 0; --k) {
+        if (PassesCountFilter(filter, list[static_cast<size_t>(k)].second)) {
+            hidden.push_back(list[static_cast<size_t>(k)]);
+        } else {
+            list.erase(list.begin() + k);
+        }
+    }
+    shown = list;
+}
+
+TEST(Census, AgreesWithTheListSearchingCount) {
+    std::mt19937 random(11);
+    for (int round = 0; round < 20; ++round) {
+        std::vector<std::string> extensions;
+        const int n = 1 + static_cast<int>(random() % 3000);
+        for (int i = 0; i < n; ++i) {
+            const int pick = static_cast<int>(random() % 40);
+            extensions.push_back(pick == 0 ? "" : "." + std::to_string(pick * pick % 97));
+        }
+        const int filter = round % 2 == 0 ? 0 : 2 + round % 9;
+        P shown, hidden;
+        ListSearchCensus(extensions, filter, shown, hidden);
+        FileDataArray store;
+        Fill(store, extensions);
+        const Census census = Build(store, filter);
+        EXPECT_EQ(Pairs(census.Shown()), shown);
+        EXPECT_EQ(Pairs(census.Hidden()), hidden);
+    }
+}
+
+TEST(CensusReport, HeaderAndLinesByteForByte) {
+    const QDateTime when(QDate(2026, 11, 15), QTime(2, 1, 23));
+    const std::string text = CensusReportText({{".doc", 3}, {".txt", 12345}}, "/data", "*.*", when);
+    const std::string date = ReportDateText(when).toStdString();
+    EXPECT_EQ(text, "#--------------------------------------------------\r\n"
+                    "#     Tallymoor: File-Type Report\r\n"
+                    "#     File Date:\t" +
+                        date +
+                        "\r\n"
+                        "#\r\n"
+                        "#     Root Path:\t/data\r\n"
+                        "#     File Mask:\t*.*\r\n"
+                        "#     Total Types:\t2\r\n"
+                        "#     Total Files:\t12348\r\n"
+                        "#--------------------------------------------------\r\n"
+                        "\r\n"
+                        ".doc\t3\r\n"
+                        ".txt\t12345\r\n");
+    const QLocale locale = QLocale::system();
+    EXPECT_EQ(ReportDateText(when), locale.toString(when.date(), QLocale::ShortFormat) + " " +
+                                        locale.toString(when.time(), QLocale::LongFormat));
+    EXPECT_TRUE(ReportDateText(when).startsWith("11/15/26 2:01:23 AM"));
+}
+
+TEST(CensusReport, ExportWritesOneTypeInStoreOrderAndFailuresNameTheFile) {
+    TestTree t;
+    FileDataArray store;
+    Fill(store, {".txt", ".log", ".txt", ".TXT"});
+    EXPECT_EQ(WriteTypeExport(t.Path("out.txt"), store, ".txt"), "");
+    EXPECT_EQ(ReadBytes(t.Path("out.txt")), "/r/f0.txt\r\n/r/f2.txt\r\n")
+        << "the comparison is exact";
+    WriteBytes(t.Path("old.txt"), std::string(5000, 'x'));
+    EXPECT_EQ(WriteCensusReport(t.Path("old.txt"), {{".a", 1}}, "/r", "*.*"), "");
+    EXPECT_EQ(ReadBytes(t.Path("old.txt")).find('x'), std::string::npos) << "replaced whole";
+
+    EXPECT_EQ(WriteTypeExport("/dev/full", store, ".txt"),
+              "Cannot write /dev/full: No space left on device");
+    EXPECT_EQ(WriteCensusReport(t.Path("missing/r.txt"), {{".a", 1}}, "/r", "*.*"),
+              "Cannot create " + t.Path("missing/r.txt") + ": No such file or directory");
+}
+
+} // namespace
