@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <sstream>
 
 namespace {
 
@@ -102,6 +103,37 @@ TEST(Cli, RootThatIsNotAFolderOrFindsNothingExits1) {
     EXPECT_EQ(nothing.err.substr(0, nothing.err.find('\n') + 1),
               "No folders matching ' *.none ' were found in or under the root path ' " + t.Root() +
                   " '\n");
+}
+
+TEST(Cli, CensusPrintsTheTypesAndWritesTheReport) {
+    TestTree t;
+    for (const char* f : {"a.TXT", "b.txt", "c.log", "README", "d/e.txt"}) {
+        t.File(f);
+    }
+    TestTree reports;
+    const CliRun run = RunCli({"census", t.Root(), "*.*", "--report", reports.Path("r.txt")});
+    EXPECT_EQ(run.status, 0);
+    // first occurrence decides the order; compare as a set here, order is covered elsewhere
+    std::vector<std::string> lines;
+    std::stringstream out(run.out);
+    for (std::string line; std::getline(out, line);) {
+        lines.push_back(line);
+    }
+    std::sort(lines.begin(), lines.end());
+    EXPECT_EQ(lines,
+              (std::vector<std::string>{".\t\t1 files", ".log\t\t1 files", ".txt\t\t3 files"}));
+    const std::string report = ReadBytes(reports.Path("r.txt"));
+    EXPECT_NE(report.find("#     Root Path:\t" + t.Root() + "\r\n#     File Mask:\t*.*\r\n"),
+              std::string::npos);
+    EXPECT_NE(report.find("#     Total Files:\t5\r\n"), std::string::npos);
+
+    const CliRun filtered = RunCli({"census", "--filter", "3", t.Root(), "*.*"});
+    EXPECT_EQ(filtered.out, "");
+    EXPECT_EQ(RunCli({"census", "--filter", "2", t.Root(), "*.txt"}).out, ".txt\t\t3 files\n");
+    EXPECT_EQ(RunCli({"census", "--filter", "1", t.Root(), "*.*"}).status, 2);
+    EXPECT_EQ(RunCli({"census", "--filter", "x", t.Root(), "*.*"}).status, 2);
+    EXPECT_EQ(RunCli({"census", t.Root(), "*.*", "--report", "/dev/full"}).status, 3);
+    EXPECT_EQ(RunCli({"census", t.Root(), "*.none"}).status, 1);
 }
 
 TEST(Cli, TheSettingsOptionIsTakenOutWherever) {

@@ -1,0 +1,321 @@
+#include "ScriptedPrompts.h"
+#include "TestTree.h"
+#include "analysis/dlgStarDotStar.h"
+#include "app/frmMain.h"
+#include "platform/CancelFlag.h"
+#include "settings/modPProfile.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QPushButton>
+#include <gtest/gtest.h>
+
+namespace {
+
+class CensusDialogTest : public testing::Test {
+protected:
+    void SetUp() override {
+        profile = std::make_unique<modPProfile>(config.Path("tallymoor.ini"), "/home/ann");
+        profile->Start();
+        window = std::make_unique<frmMain>(*profile, prompts, desktop, cancel);
+        window->show();
+    }
+
+    void Search(const QString& mask) {
+        window->findChild<QLineEdit*>("txtStartPath")->setText(QString::fromStdString(tree.Root()));
+        window->findChild<QLineEdit*>("txtObjMask")->setText(mask);
+        window->findChild<QPushButton*>("cmdSearch")->click();
+    }
+
+    // Opens the census; `use` works the dialog as a user would and returns how it closed.
+    void OpenCensus(std::function<int(dlgStarDotStar&)> use) {
+        prompts.modals.push_back(
+            [use](QDialog* dialog) { return use(*static_cast<dlgStarDotStar*>(dialog)); });
+        window->ShowFileTypes();
+    }
+
+    static QString Label(const dlgStarDotStar& d, const char* name) {
+        return d.findChild<QLabel*>(name)->text();
+    }
+    static QStringList Lines(const dlgStarDotStar& d) {
+        QStringList lines;
+        const auto* list = d.findChild<QListWidget*>("lstExtensions");
+        for (int i = 0; i < list->count(); ++i) {
+            lines << list->item(i)->text();
+        }
+        return lines;
+    }
+    static void Select(dlgStarDotStar& d, const QString& extension) {
+        auto* list = d.findChild<QListWidget*>("lstExtensions");
+        for (int i = 0; i < list->count(); ++i) {
+            if (list->item(i)->text().startsWith(extension + "\t")) {
+                list->item(i)->setSelected(true);
+            }
+        }
+    }
+    static bool Enabled(const dlgStarDotStar& d, int button) {
+        return d.findChild<QPushButton*>(QStringLiteral("cmd_%1").arg(button))->isEnabled();
+    }
+
+    TestTree tree;
+    TestTree config;
+    ScriptedPrompts prompts;
+    RecordingDesktop desktop;
+    CancelFlag cancel;
+    std::unique_ptr<modPProfile> profile;
+    std::unique_ptr<frmMain> window;
+};
+
+TEST_F(CensusDialogTest, ShowsTheTypesOfTheSearchWithItsTexts) {
+    for (const char* f : {"A.TXT", "b.txt", "c.log", "README", "sub/d.txt"}) {
+        tree.File(f);
+    }
+    Search("*.*");
+    bool seen = false;
+    OpenCensus([&](dlgStarDotStar& d) {
+        seen = true;
+        EXPECT_EQ(d.windowTitle(), "File Types in All Results (*.*) (5)");
+        EXPECT_EQ(Label(d, "Label1"),
+                  "The search results returned 3 file types. Select the file types below to view "
+                  "as separate tabs (maximum of 30), or select one for exporting to a file.");
+        EXPECT_EQ(Label(d, "lblResultsCount"), "3/3 masks");
+        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 0");
+        EXPECT_EQ(Label(d, "lblTotalFiles"), "");
+        QStringList lines = Lines(d);
+        lines.sort();
+        EXPECT_EQ(lines, (QStringList{".\t\t1 files", ".log\t\t1 files", ".txt\t\t3 files"}));
+        EXPECT_FALSE(Enabled(d, dlgStarDotStar::View));
+        EXPECT_FALSE(Enabled(d, dlgStarDotStar::Export));
+        EXPECT_TRUE(d.findChild<QAction*>("mnuAlpha_19")->isEnabled()); // T
+        EXPECT_TRUE(d.findChild<QAction*>("mnuAlpha_11")->isEnabled()); // L
+        EXPECT_FALSE(d.findChild<QAction*>("mnuAlpha_0")->isEnabled());
+        EXPECT_TRUE(d.findChild<QAction*>("mnuFilter_0")->isChecked());
+        Select(d, ".txt");
+        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 1");
+        EXPECT_EQ(Label(d, "lblTotalFiles"), "(3 files)");
+        EXPECT_TRUE(Enabled(d, dlgStarDotStar::Export));
+        Select(d, ".log");
+        EXPECT_FALSE(Enabled(d, dlgStarDotStar::Export));
+        EXPECT_TRUE(Enabled(d, dlgStarDotStar::View));
+        d.CommandAction(dlgStarDotStar::View);
+        return d.result();
+    });
+    EXPECT_TRUE(seen);
+    ASSERT_EQ(window->ViewCount(), 3);
+    EXPECT_EQ(window->ViewCaption(1), "*.txt (3)");
+    EXPECT_EQ(window->ViewCaption(2), "*.log (1)");
+    EXPECT_EQ(window->Session().Store()[3].Extension(), ".") << "README marked in the store";
+}
+
+TEST_F(CensusDialogTest, MenusHaveTheirCaptionsAndRangesSelectAndAppend) {
+    for (int i = 0; i < 10; ++i) {
+        tree.File("t" + std::to_string(i) + ".ten");
+    }
+    for (int i = 0; i < 3; ++i) {
+        tree.File("t" + std::to_string(i) + ".three");
+    }
+    tree.File("x.one");
+    Search("*.*");
+    OpenCensus([&](dlgStarDotStar& d) {
+        QStringList filter, select;
+        for (QAction* a : d.findChild<QMenu*>("zmnuFilter")->actions()) {
+            filter << (a->isSeparator() ? QStringLiteral("-") : a->text());
+        }
+        for (QAction* a : d.findChild<QMenu*>("zmnuSelect")->actions()) {
+            select << (a->isSeparator() ? QStringLiteral("-") : a->text());
+        }
+        const QStringList ranges = {"All results",
+                                    "-",
+                                    "Types with less than 5 files",
+                                    "Types with 5 - 10 files",
+                                    "Types with 10 - 20 files",
+                                    "Types with 20 - 50 files",
+                                    "Types with 50 - 100 files",
+                                    "Types with 100 - 500 files",
+                                    "Types with 500 - 1000 files",
+                                    "Types with 1000 - 5000 files",
+                                    "Types with over 5000 files"};
+        EXPECT_EQ(filter, ranges);
+        const QStringList selectEnd = {"-", "Append Selection to Existing Items", "-",
+                                       "Clear Selection"};
+        EXPECT_EQ(select, ranges + selectEnd);
+        QStringList letters;
+        for (QAction* a : d.findChild<QMenu*>("zmnuAlpha")->actions()) {
+            letters << a->text();
+        }
+        EXPECT_EQ(letters.size(), 26);
+        EXPECT_EQ(letters.front(), "A");
+        EXPECT_EQ(letters.back(), "Z");
+
+        d.SelectRange(2); // less than 5: .three and .one
+        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 2");
+        d.SelectRange(4); // 10 - 20 replaces it
+        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 1");
+        d.findChild<QAction*>("mnuSelect_12")->trigger();
+        d.SelectRange(2);
+        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 3") << "appended";
+        d.findChild<QAction*>("mnuSelect_14")->trigger();
+        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 0");
+
+        d.findChild<QAction*>("mnuFilter_3")->trigger(); // 5 - 10
+        EXPECT_EQ(Lines(d), QStringList{".ten\t\t10 files"});
+        EXPECT_EQ(Label(d, "lblResultsCount"), "1/3 masks (filter applied)");
+        EXPECT_FALSE(d.findChild<QAction*>("mnuFilter_0")->isChecked());
+        EXPECT_TRUE(d.findChild<QAction*>("mnuFilter_3")->isChecked());
+        d.findChild<QAction*>("mnuFilter_4")->trigger(); // 10 - 20 too
+        EXPECT_EQ(Lines(d), QStringList{".ten\t\t10 files"});
+        d.FilterMasks(0);
+        EXPECT_EQ(Lines(d).size(), 3);
+
+        d.JumpToLetter(1); // B: nothing begins with it
+        EXPECT_FALSE(d.findChild<QAction*>("mnuAlpha_1")->isEnabled());
+        d.CommandAction(dlgStarDotStar::Close);
+        return d.result();
+    });
+    EXPECT_EQ(window->ViewCount(), 1);
+}
+
+TEST_F(CensusDialogTest, ThirtyOneTypesCannotBeViewed) {
+    for (int i = 0; i < 31; ++i) {
+        tree.File("f." + std::to_string(i) + "x");
+    }
+    Search("*.*");
+    OpenCensus([&](dlgStarDotStar& d) {
+        d.SelectRange(0);
+        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 31");
+        EXPECT_FALSE(Enabled(d, dlgStarDotStar::View));
+        d.findChild<QListWidget*>("lstExtensions")->item(0)->setSelected(false);
+        EXPECT_TRUE(Enabled(d, dlgStarDotStar::View));
+        return 0;
+    });
+}
+
+TEST_F(CensusDialogTest, TheCensusIsKeptUntilTheNextSearch) {
+    tree.File("a.txt");
+    Search("*.*");
+    dlgStarDotStar* first = nullptr;
+    OpenCensus([&](dlgStarDotStar& d) {
+        first = &d;
+        Select(d, ".txt");
+        return 0;
+    });
+    EXPECT_TRUE(window->CensusReady());
+    tree.File("b.log");
+    OpenCensus([&](dlgStarDotStar& d) {
+        EXPECT_EQ(&d, first);
+        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 0") << "shown again deselected";
+        EXPECT_EQ(Lines(d).size(), 1) << "no recount";
+        return 0;
+    });
+    Search("*.*");
+    EXPECT_FALSE(window->CensusReady());
+    OpenCensus([&](dlgStarDotStar& d) {
+        EXPECT_EQ(Lines(d).size(), 2);
+        return 0;
+    });
+    window->NewResults();
+    EXPECT_FALSE(window->CensusReady());
+    prompts.asked.clear();
+    window->ShowFileTypes();
+    ASSERT_EQ(prompts.asked.size(), 1u);
+    EXPECT_EQ(prompts.asked[0].text,
+              "Critical Error - the file data array is empty; this function is unavailable. "
+              "Please restart the application to avoid corrupted reports.");
+    EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Critical);
+}
+
+TEST_F(CensusDialogTest, OpensByItselfAfterStarDotStarWhenAskedTo) {
+    tree.File("a.txt");
+    profile->Settings().AlwaysShowCountWhenSDS = true;
+    Search("*.txt");
+    EXPECT_EQ(prompts.modalsShown, 0);
+    Search("*.*");
+    EXPECT_EQ(prompts.modalsShown, 1);
+    profile->Settings().AlwaysShowCountWhenSDS = false;
+    Search("*.*");
+    EXPECT_EQ(prompts.modalsShown, 1);
+}
+
+TEST_F(CensusDialogTest, ReportAndExportAskForAFileAndWriteIt) {
+    for (const char* f : {"a.txt", "b.txt", "c.log"}) {
+        tree.File(f);
+    }
+    Search("*.*");
+    profile->Settings().LastOutputSaveDirectory = tree.Root();
+    prompts.saves.push_back({tree.Path("out/report.txt"), false});
+    tree.Folder("out");
+    OpenCensus([&](dlgStarDotStar& d) {
+        d.CommandAction(dlgStarDotStar::Report);
+        EXPECT_EQ(d.Result(), -1) << "the dialog stays";
+        return 0;
+    });
+    ASSERT_EQ(prompts.saveRequests.size(), 1u);
+    const SaveRequest& r = prompts.saveRequests[0];
+    EXPECT_EQ(r.title, "Save Report As");
+    EXPECT_EQ(r.filters, (QStringList{"Text Files  (*.txt)", "All Files  (*.*)"}));
+    EXPECT_EQ(r.defaultSuffix, "txt");
+    EXPECT_EQ(r.name, "resultcount.txt");
+    EXPECT_EQ(r.folder, tree.Root());
+    const std::string report = ReadBytes(tree.Path("out/report.txt"));
+    EXPECT_NE(report.find("#     Root Path:\t" + tree.Root() + "\r\n"), std::string::npos);
+    EXPECT_NE(report.find("#     File Mask:\t*.*\r\n#     Total Types:\t2\r\n#     Total "
+                          "Files:\t3\r\n"),
+              std::string::npos);
+    EXPECT_NE(report.find(".txt\t2\r\n"), std::string::npos);
+    EXPECT_EQ(profile->ProfileGetString("paths", "LastOutputSaveDirectory", ""), tree.Path("out/"));
+
+    // export one type; a cancelled dialog writes nothing and remembers nothing new
+    prompts.saves.push_back({tree.Path("out/txt.txt"), false});
+    prompts.saves.push_back({});
+    OpenCensus([&](dlgStarDotStar& d) {
+        Select(d, ".txt");
+        d.CommandAction(dlgStarDotStar::Export);
+        d.CommandAction(dlgStarDotStar::Report);
+        d.findChild<QAction*>("mnuFilter_4")->trigger();
+        d.CommandAction(dlgStarDotStar::Report);
+        Select(d, ".txt");
+        Select(d, ".log");
+        d.CommandAction(dlgStarDotStar::Export);
+        return 0;
+    });
+    ASSERT_EQ(prompts.saveRequests.size(), 3u);
+    EXPECT_EQ(prompts.saveRequests[1].name, "results for txt.txt");
+    EXPECT_EQ(prompts.saveRequests[1].folder, tree.Path("out/"));
+    std::string inStoreOrder;
+    for (const auto& path : ReaddirOrder(tree.Root())) {
+        if (path.size() > 4 && path.compare(path.size() - 4, 4, ".txt") == 0 &&
+            path.find("/out/") == std::string::npos) {
+            inStoreOrder += path + "\r\n";
+        }
+    }
+    EXPECT_EQ(ReadBytes(tree.Path("out/txt.txt")), inStoreOrder);
+    EXPECT_EQ(profile->ProfileGetString("paths", "LastOutputSaveDirectory", ""), tree.Path("out/"));
+    ASSERT_EQ(prompts.asked.size(), 1u);
+    EXPECT_EQ(prompts.asked[0].text, "There is nothing in the current list to save");
+    EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Warning);
+}
+
+TEST_F(CensusDialogTest, AFileThatCannotBeWrittenIsReportedAndTheDialogStays) {
+    tree.File("a.txt");
+    Search("*.*");
+    prompts.saves.push_back({"/dev/full", false});
+    prompts.saves.push_back({tree.Path("no/such/folder/r.txt"), false});
+    OpenCensus([&](dlgStarDotStar& d) {
+        Select(d, ".txt");
+        d.CommandAction(dlgStarDotStar::Export);
+        d.CommandAction(dlgStarDotStar::Report);
+        EXPECT_EQ(d.Result(), -1) << "still open";
+        return 0;
+    });
+    ASSERT_EQ(prompts.asked.size(), 2u);
+    EXPECT_EQ(prompts.asked[0].text, "Cannot write /dev/full: No space left on device");
+    EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Critical);
+    EXPECT_EQ(prompts.asked[1].text,
+              QString::fromStdString("Cannot create " + tree.Path("no/such/folder/r.txt") +
+                                     ": No such file or directory"));
+}
+
+} // namespace
