@@ -3,6 +3,7 @@
 # the same run: each tool once to warm the cache, then RUNS rounds, tools interleaved. Prints
 # median wall time, the ratio to bfs, peak resident memory, and what each tool listed.
 # Usage: bench/run.sh [N=1000000] [RUNS=5]     BENCH_DIR=... places the tree (default bench/out)
+# Then times the file-type census of 1 000 000 records against the list-searching count.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 n=${1:-1000000}
@@ -90,3 +91,5 @@ awk -v r="$rss" -v b="$bytes" -v l="$lines" 'BEGIN {
         r/1024, l, paths/1048576, (r*1024 - paths)/l }'
 read -r _ base _ < <("$measure" -- "$tallymoor" --version)
 echo "(of which the program's own baseline, tallymoor --version: $((base / 1024)) MiB)"
+echo
+"$top/build/bench/censusbench" 1000000 "$runs"
