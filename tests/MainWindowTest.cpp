@@ -346,6 +346,24 @@ TEST_F(MainWindowTest, SelectionCommandsAndTheSelectedCount) {
     EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
 }
 
+TEST_F(MainWindowTest, InvertSelectionKeepsTheTopRowWhenAskedTo) {
+    for (int i = 0; i < 300; ++i) {
+        tree.File("f" + std::to_string(i) + ".txt");
+    }
+    Search(tree.Root(), "*.txt");
+    auto* list = Find<QListView>("List1");
+    list->scrollTo(list->model()->index(150, 0), QAbstractItemView::PositionAtTop);
+    const QModelIndex top = list->indexAt(QPoint(1, 1));
+    ASSERT_GT(top.row(), 100);
+    list->selectionModel()->select(list->model()->index(299, 0), QItemSelectionModel::Select);
+    list->selectionModel()->setCurrentIndex(list->model()->index(299, 0),
+                                            QItemSelectionModel::NoUpdate);
+    profile->Settings().RetainTopIndex = true;
+    window->InvertSelection();
+    EXPECT_EQ(list->indexAt(QPoint(1, 1)).row(), top.row());
+    EXPECT_EQ(Text("lblSelCount"), "Selected: 299");
+}
+
 TEST_F(MainWindowTest, RemovedItemsLeaveTheViewsAndTheirCounts) {
     for (const char* f : {"a.txt", "b.txt", "c.log"}) {
         tree.File(f);
