@@ -356,8 +356,6 @@ TEST_F(MainWindowTest, InvertSelectionKeepsTheTopRowWhenAskedTo) {
     const QModelIndex top = list->indexAt(QPoint(1, 1));
     ASSERT_GT(top.row(), 100);
     list->selectionModel()->select(list->model()->index(299, 0), QItemSelectionModel::Select);
-    list->selectionModel()->setCurrentIndex(list->model()->index(299, 0),
-                                            QItemSelectionModel::NoUpdate);
     profile->Settings().RetainTopIndex = true;
     window->InvertSelection();
     EXPECT_EQ(list->indexAt(QPoint(1, 1)).row(), top.row());
