@@ -360,6 +360,10 @@ TEST_F(MainWindowTest, InvertSelectionKeepsTheTopRowWhenAskedTo) {
     window->InvertSelection();
     EXPECT_EQ(list->indexAt(QPoint(1, 1)).row(), top.row());
     EXPECT_EQ(Text("lblSelCount"), "Selected: 299");
+    profile->Settings().RetainTopIndex = false;
+    window->InvertSelection();
+    EXPECT_GT(list->indexAt(QPoint(1, 1)).row(), top.row()) << "left at the last row";
+    EXPECT_EQ(Text("lblSelCount"), "Selected: 1");
 }
 
 TEST_F(MainWindowTest, RemovedItemsLeaveTheViewsAndTheirCounts) {

@@ -280,8 +280,12 @@ void frmMain::InvertSelection() {
     const QModelIndex top = list->indexAt(QPoint(1, 1));
     const QItemSelection all(list->model()->index(0, 0), list->model()->index(rows - 1, 0));
     list->selectionModel()->select(all, QItemSelectionModel::Toggle);
+    // Inverting walks every row, leaving the view at the last one, unless the first visible row
+    // is to stay in view.
     if (profile_.Settings().RetainTopIndex && top.isValid()) {
         list->scrollTo(top, QAbstractItemView::PositionAtTop);
+    } else {
+        list->scrollTo(list->model()->index(rows - 1, 0));
     }
 }
 
