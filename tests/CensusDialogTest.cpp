@@ -1,5 +1,4 @@
-#include "ScriptedPrompts.h"
-#include "TestTree.h"
+#include "WindowFixture.h"
 #include "analysis/dlgStarDotStar.h"
 #include "app/frmMain.h"
 #include "platform/CancelFlag.h"
@@ -15,20 +14,9 @@
 
 namespace {
 
-class CensusDialogTest : public testing::Test {
+class CensusDialogTest : public WindowFixture {
 protected:
-    void SetUp() override {
-        profile = std::make_unique<modPProfile>(config.Path("tallymoor.ini"), "/home/ann");
-        profile->Start();
-        window = std::make_unique<frmMain>(*profile, prompts, desktop, cancel);
-        window->show();
-    }
-
-    void Search(const QString& mask) {
-        window->findChild<QLineEdit*>("txtStartPath")->setText(QString::fromStdString(tree.Root()));
-        window->findChild<QLineEdit*>("txtObjMask")->setText(mask);
-        window->findChild<QPushButton*>("cmdSearch")->click();
-    }
+    void Search(const QString& mask) { WindowFixture::Search(tree.Root(), mask); }
 
     // Opens the census; `use` works the dialog as a user would and returns how it closed.
     void OpenCensus(std::function<int(dlgStarDotStar&)> use) {
@@ -59,14 +47,6 @@ protected:
     static bool Enabled(const dlgStarDotStar& d, int button) {
         return d.findChild<QPushButton*>(QStringLiteral("cmd_%1").arg(button))->isEnabled();
     }
-
-    TestTree tree;
-    TestTree config;
-    ScriptedPrompts prompts;
-    RecordingDesktop desktop;
-    CancelFlag cancel;
-    std::unique_ptr<modPProfile> profile;
-    std::unique_ptr<frmMain> window;
 };
 
 TEST_F(CensusDialogTest, ShowsTheTypesOfTheSearchWithItsTexts) {

@@ -1,5 +1,4 @@
-#include "ScriptedPrompts.h"
-#include "TestTree.h"
+#include "WindowFixture.h"
 #include "app/ResultListModel.h"
 #include "app/frmMain.h"
 #include "fileops/dlgProgress.h"
@@ -24,27 +23,9 @@
 
 namespace {
 
-class MainWindowTest : public testing::Test {
+class MainWindowTest : public WindowFixture {
 protected:
-    void SetUp() override {
-        profile = std::make_unique<modPProfile>(config.Path("tallymoor.ini"), "/home/ann");
-        profile->Start();
-        window = std::make_unique<frmMain>(*profile, prompts, desktop, cancel);
-        window->show();
-    }
-
-    template <class T> T* Find(const QString& name) const {
-        T* widget = window->findChild<T*>(name);
-        EXPECT_NE(widget, nullptr) << name.toStdString();
-        return widget;
-    }
     QString Text(const char* name) const { return Find<QLabel>(name)->text(); }
-
-    void Search(const std::string& root, const QString& mask) {
-        Find<QLineEdit>("txtStartPath")->setText(QString::fromStdString(root));
-        Find<QLineEdit>("txtObjMask")->setText(mask);
-        Find<QPushButton>("cmdSearch")->click();
-    }
 
     QStringList Rows(const char* list) const {
         QStringList rows;
@@ -76,14 +57,6 @@ protected:
         ADD_FAILURE() << "no menu entry " << text.toStdString();
         return nullptr;
     }
-
-    TestTree tree;
-    TestTree config;
-    ScriptedPrompts prompts;
-    RecordingDesktop desktop;
-    CancelFlag cancel;
-    std::unique_ptr<modPProfile> profile;
-    std::unique_ptr<frmMain> window;
 };
 
 bool EndsWith(const std::string& s, const std::string& end) {
