@@ -165,10 +165,16 @@ void frmMain::BuildControls() {
 
 void frmMain::BuildMenus() {
     QMenu* file = menuBar()->addMenu(tr("&File"));
-    QAction* newAction = file->addAction(tr("&New"), this, &frmMain::NewResults);
-    newAction->setObjectName("mnuFile_0");
+    newAction_ = file->addAction(tr("&New"), this, &frmMain::NewResults);
+    newAction_->setObjectName("mnuFile_0");
     QAction* closeViews = file->addAction(tr("C&lose Views"), this, &frmMain::CloseViews);
     closeViews->setObjectName("mnuFile_1");
+    file->addSeparator();
+    saveAction_ = file->addAction(tr("&Save..."), this, &frmMain::SaveResultList);
+    saveAction_->setObjectName("mnuFile_7");
+    saveAction_->setShortcut(QKeySequence::Save);
+    saveAllAction_ = file->addAction(tr("Save &All..."), this, &frmMain::SaveAllResults);
+    saveAllAction_->setObjectName("mnuFile_8");
     file->addSeparator();
     QAction* exitAction = file->addAction(tr("E&xit"), this, &QWidget::close);
     exitAction->setObjectName("mnuFile_16");
@@ -178,6 +184,11 @@ void frmMain::BuildMenus() {
     all->setShortcut(QKeySequence::SelectAll);
     QAction* none = edit->addAction(tr("Select None"), this, &frmMain::SelectNone);
     QAction* invert = edit->addAction(tr("Invert Selection"), this, &frmMain::InvertSelection);
+    edit->addSeparator();
+    QAction* copy =
+        edit->addAction(tr("&Copy to Clipboard"), this, &frmMain::CopySelectionToClipboard);
+    copy->setObjectName("mnuEditCopy");
+    copy->setShortcut(QKeySequence::Copy);
 
     QMenu* select = menuBar()->addMenu(tr("&Select"));
     QAction* local = select->addAction(tr("Local Path"), this, [this] { SelectSearchRoot(6); });
@@ -194,9 +205,8 @@ void frmMain::BuildMenus() {
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     help->addAction(tr("&About Tallymoor..."), this, &frmMain::AboutRequested);
 
-    storeActions_ = {newAction, closeViews, all, none, invert, local, share, admin};
-    // New starts disabled: there is nothing to clear before the first search.
-    newAction->setEnabled(false);
+    storeActions_ = {closeViews, all, none, invert, copy, local, share, admin};
+    UpdateCommandStates();
 }
 
 void frmMain::RebuildMasksMenu() {
@@ -308,7 +318,7 @@ void frmMain::SetBusy(bool busy) {
     for (QAction* action : storeActions_) {
         action->setEnabled(!busy);
     }
-    storeActions_[0]->setEnabled(!busy && session_.ResultsAvailable());
+    UpdateCommandStates();
     for (QAction* action : masksMenu_->actions()) {
         if (action != appendMaskAction_) {
             action->setEnabled(!busy);
@@ -317,10 +327,20 @@ void frmMain::SetBusy(bool busy) {
     if (!busy) {
         RebuildMasksMenu();
     }
-    cmdFileTypes->setEnabled(!busy && session_.ResultsAvailable());
     txtStartPath->setReadOnly(busy);
     cmdPathBack->setEnabled(!busy);
     tsResults->setEnabled(!busy);
+}
+
+// New, Save and the census need results; Save All only a store (even an empty search's).
+void frmMain::UpdateCommandStates() {
+    const bool results = !busy_ && session_.ResultsAvailable();
+    newAction_->setEnabled(results);
+    saveAction_->setEnabled(results);
+    saveAllAction_->setEnabled(!busy_ && session_.Store().UBound() >= 0);
+    if (cmdFileTypes != nullptr) {
+        cmdFileTypes->setEnabled(results);
+    }
 }
 
 Placement frmMain::CurrentPlacementTwips() const {

@@ -85,6 +85,14 @@ public:
     bool CensusReady() const { return census_ != nullptr; }
     dlgStarDotStar* CensusDialog() const { return census_.get(); }
 
+    // ---- output (frmMainOutput.cpp) ----
+    // "&Save...": the shown list, whole or its selected rows.
+    void SaveResultList();
+    // "Save &All...": every slot of the store but the last.
+    void SaveAllResults();
+    // The selected rows of the shown list, one per line (at most 1000).
+    void CopySelectionToClipboard();
+
     // ---- masks menu (frmMain.cpp) ----
     void ChooseMaskFavorite(size_t index);
     void ChooseStarDotStar();
@@ -118,6 +126,11 @@ private:
     void RemoveViewsButFirst();
     void UnloadCensus();
     QListView* VisibleList() const;
+    // The rows' texts as bytes (paths as the file system gave them), all or the selected ones,
+    // in list order.
+    std::vector<std::string> RowTexts(QListView* list, bool selectedOnly) const;
+    int SelectedCount(QListView* list) const;
+    void UpdateCommandStates();
     ResultListModel* ModelOf(QListView* list) const;
     Placement CurrentPlacementTwips() const;
 
@@ -140,7 +153,7 @@ private:
     std::array<QCheckBox*, 3> chkOpts;
     std::array<QRadioButton*, 2> optListTypes;
     QPushButton* cmdSearch;
-    QPushButton* cmdFileTypes;
+    QPushButton* cmdFileTypes = nullptr;
     QTabBar* tsResults;
     QListView* List1;
     QListView* List2;
@@ -157,4 +170,7 @@ private:
     QMenu* masksMenu_;
     QAction* appendMaskAction_;
     std::vector<QAction*> storeActions_; // refused while a search runs
+    QAction* newAction_ = nullptr;
+    QAction* saveAction_ = nullptr;
+    QAction* saveAllAction_ = nullptr;
 };

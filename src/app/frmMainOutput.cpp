@@ -1,0 +1,132 @@
+// Putting results outside the program: list files and the clipboard.
+
+#include "app/ResultListModel.h"
+#include "app/frmMain.h"
+#include "fileops/dlgProgress.h"
+#include "output/ClipboardExport.h"
+#include "output/ListSaving.h"
+#include "output/modFileDialog.h"
+#include "platform/EventYield.h"
+#include "platform/Prompts.h"
+#include "settings/modPProfile.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QListView>
+#include <algorithm>
+#include <numeric>
+
+int frmMain::SelectedCount(QListView* list) const {
+    int selected = 0;
+    for (const QItemSelectionRange& range : list->selectionModel()->selection()) {
+        selected += range.height();
+    }
+    return selected;
+}
+
+std::vector<std::string> frmMain::RowTexts(QListView* list, bool selectedOnly) const {
+    const ResultListModel* model = ModelOf(list);
+    std::vector<int> rows;
+    if (selectedOnly) {
+        for (const QItemSelectionRange& range : list->selectionModel()->selection()) {
+            for (int row = range.top(); row <= range.bottom(); ++row) {
+                rows.push_back(row);
+            }
+        }
+        std::sort(rows.begin(), rows.end());
+    } else {
+        rows.resize(static_cast<size_t>(model->rowCount()));
+        std::iota(rows.begin(), rows.end(), 0);
+    }
+    std::vector<std::string> texts;
+    texts.reserve(rows.size());
+    for (const int row : rows) {
+        const int32_t item = model->ItemIndexAt(row);
+        // Paths go out as their bytes; the explanation rows as their text.
+        texts.push_back(item >= 0 ? std::string(session_.Store()[item].FullPath())
+                                  : model->index(row).data().toString().toStdString());
+    }
+    return texts;
+}
+
+void frmMain::SaveResultList() {
+    if (busy_) {
+        return;
+    }
+    SetBusy(true);
+    modFileDialog::EntireListSwitch() = true;
+    QListView* list = VisibleList();
+    bool entireList = true;
+    std::string& folder = profile_.Settings().LastOutputSaveDirectory;
+    const std::string path =
+        modFileDialog::SaveReportDialog(prompts_, this, entireList, folder, "");
+    if (!folder.empty()) {
+        profile_.ProfileSetPathsKey("LastOutputSaveDirectory", folder);
+    }
+    if (!path.empty()) {
+        const std::string error =
+            WriteLines(path, RowTexts(list, !entireList), profile_.Settings().QSSortResultsOnSave);
+        if (!error.empty()) {
+            prompts_.Message(this, QString::fromStdString(error), MessageIcon::Critical,
+                             MessageButtons::Ok);
+        }
+    }
+    SetBusy(false);
+}
+
+void frmMain::SaveAllResults() {
+    if (busy_ || session_.Store().UBound() < 0) {
+        return;
+    }
+    SetBusy(true);
+    modFileDialog::EntireListSwitch() = false;
+    bool entireList = true;
+    std::string& folder = profile_.Settings().LastOutputSaveDirectory;
+    const std::string path =
+        modFileDialog::SaveReportDialog(prompts_, this, entireList, folder, "");
+    if (!folder.empty()) {
+        profile_.ProfileSetPathsKey("LastOutputSaveDirectory", folder);
+    }
+    YieldNow();
+    if (!path.empty()) {
+        dlgProgress& progress = dlgProgress::Shared();
+        const WriteProgress hooks{[&](int maximum) {
+                                      progress.Create(this, 20, maximum, false,
+                                                      profile_.Settings().PBScrollStyle);
+                                  },
+                                  [&](const QString& message) { progress.SetMessage(message); },
+                                  [&] {
+                                      progress.Update(20);
+                                      YieldToEventLoop();
+                                  },
+                                  [&] { progress.Destroy(); }};
+        const std::string error = profile_.Settings().QSSortResultsOnSave
+                                      ? WriteResultsSorted(session_.Store(), path, hooks)
+                                      : WriteResultsUnsorted(session_.Store(), path, hooks);
+        if (!error.empty()) {
+            prompts_.Message(this, QString::fromStdString(error), MessageIcon::Critical,
+                             MessageButtons::Ok);
+        }
+    }
+    SetBusy(false);
+}
+
+void frmMain::CopySelectionToClipboard() {
+    if (busy_) {
+        return;
+    }
+    QListView* list = VisibleList();
+    const int selected = SelectedCount(list);
+    if (selected > kClipboardLimit) {
+        prompts_.Message(this, kTooManyForClipboard, MessageIcon::Critical, MessageButtons::Ok);
+        return;
+    }
+    if (selected > 0) {
+        const std::string text = ClipboardText(
+            RowTexts(list, true), [this](const QString& status) { SetStatus(0, status); });
+        QClipboard* clipboard = QGuiApplication::clipboard();
+        clipboard->clear();
+        clipboard->setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+    }
+    SetStatus(0, kCopiedToClipboard);
+}

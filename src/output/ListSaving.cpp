@@ -1,0 +1,77 @@
+#include "output/ListSaving.h"
+
+#include "output/TextFile.h"
+#include "search/FileDataArray.h"
+#include "search/SearchStatus.h"
+#include "search/SortStrings.h"
+
+#include <string_view>
+
+namespace {
+
+template <class Text>
+std::string Write(const std::string& path, const std::vector<Text>& lines,
+                  const WriteProgress* progress) {
+    TextFile file;
+    if (!file.Open(path)) {
+        return file.Error();
+    }
+    for (size_t i = 0; i < lines.size(); ++i) {
+        file.WriteLine(lines[i]);
+        if (progress && i % 20 == 1) {
+            progress->step();
+        }
+    }
+    file.Close();
+    return file.Error();
+}
+
+std::string WriteStore(const FileDataArray& store, const std::string& path,
+                       const WriteProgress& progress, bool sorted) {
+    const int32_t upper = store.UBound();
+    if (upper < 1) {
+        return {};
+    }
+    // The last slot is never written: kept as the program always did.
+    std::vector<std::string_view> paths;
+    paths.reserve(static_cast<size_t>(upper));
+    for (int32_t i = 0; i < upper; ++i) {
+        paths.push_back(store[i].FullPath());
+    }
+    progress.start(upper);
+    if (sorted) {
+        progress.message(SortingMessage(upper));
+        SortStrings(paths, 0, static_cast<int>(paths.size()) - 1);
+    }
+    progress.message(WritingMessage(upper));
+    std::string error = Write(path, paths, &progress);
+    progress.finish();
+    return error;
+}
+
+} // namespace
+
+QString WritingMessage(int64_t files) {
+    return QStringLiteral("Writing ") + FormatCount(files) + QStringLiteral(" files...");
+}
+
+QString SortingMessage(int64_t files) {
+    return QStringLiteral("Sorting ") + FormatCount(files) + QStringLiteral(" files...");
+}
+
+std::string WriteResultsUnsorted(const FileDataArray& store, const std::string& path,
+                                 const WriteProgress& progress) {
+    return WriteStore(store, path, progress, false);
+}
+
+std::string WriteResultsSorted(const FileDataArray& store, const std::string& path,
+                               const WriteProgress& progress) {
+    return WriteStore(store, path, progress, true);
+}
+
+std::string WriteLines(const std::string& path, std::vector<std::string> lines, bool sorted) {
+    if (sorted && !lines.empty()) {
+        SortStrings(lines, 0, static_cast<int>(lines.size()) - 1);
+    }
+    return Write(path, lines, nullptr);
+}
