@@ -245,9 +245,9 @@ TEST(dlgAbout, ShowsVersionMemoryAndOpensTheProjectPage) {
     RecordingDesktop desktop;
     dlgAbout about(desktop);
     EXPECT_TRUE(about.findChild<QLabel*>("lblVersion")->text().startsWith("Version "));
-    emit about.findChild<QLabel*>("lblLink")->linkActivated(dlgAbout::kProjectPage);
+    emit about.findChild<QLabel*>("lblLink")->linkActivated(kProjectPage);
     ASSERT_EQ(desktop.opened.size(), 1u);
-    EXPECT_EQ(desktop.opened[0].toString(), dlgAbout::kProjectPage);
+    EXPECT_EQ(desktop.opened[0].toString(), kProjectPage);
 }
 
 } // namespace

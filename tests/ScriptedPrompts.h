@@ -38,11 +38,25 @@ public:
     int modalsShown = 0;
 };
 
+// Records what would be launched, as "verb path" lines; paths keep their bytes.
 class RecordingDesktop : public Desktop {
 public:
     bool OpenUrl(const QUrl& url) override {
         opened.push_back(url);
+        return Record("url", url.toString().toStdString());
+    }
+    bool Open(const std::string& path) override { return Record("open", path); }
+    bool Explore(const std::string& path) override { return Record("explore", path); }
+    bool ShowProperties(const std::string& path) override { return Record("properties", path); }
+    bool OpenInTextEditor(const std::string& path) override { return Record("editor", path); }
+    bool OpenWith(const std::string& path) override { return Record("openwith", path); }
+
+    std::vector<QUrl> opened;
+    std::vector<std::string> calls;
+
+private:
+    bool Record(const char* verb, const std::string& path) {
+        calls.push_back(std::string(verb) + " " + path);
         return true;
     }
-    std::vector<QUrl> opened;
 };

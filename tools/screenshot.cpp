@@ -42,11 +42,11 @@ int main(int argc, char** argv) {
     }
     QApplication app(argc, argv);
     SilentPrompts prompts;
-    QtDesktop desktop;
+    const auto desktop = LinuxDesktop::ForThisSession(prompts);
     const std::string settings = argc > 4 ? argv[4] : "/tmp/tallymoor-screenshot.ini";
     modPProfile profile(settings, HomeFolder());
     profile.Start();
-    frmMain window(profile, prompts, desktop, CancelFlag::Program());
+    frmMain window(profile, prompts, *desktop, CancelFlag::Program());
     PlaceMainWindow(window, profile);
     int width = 900, height = 620;
     if (argc > 5) {

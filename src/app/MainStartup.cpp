@@ -53,9 +53,9 @@ int RunWindow(int& argc, char** argv, const std::string& settingsOverride) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tallymoor"));
     QtPrompts prompts;
-    QtDesktop desktop;
+    const auto desktop = LinuxDesktop::ForThisSession(prompts);
 
-    dlgAbout splash(desktop);
+    dlgAbout splash(*desktop);
     splash.ShowAsSplash();
     YieldNow();
 
@@ -67,9 +67,10 @@ int RunWindow(int& argc, char** argv, const std::string& settingsOverride) {
         home);
     profile.Start();
 
-    frmMain window(profile, prompts, desktop, CancelFlag::Program());
+    frmMain window(profile, prompts, *desktop, CancelFlag::Program());
+    desktop->SetOwner(&window);
     QObject::connect(&window, &frmMain::AboutRequested, &window, [&] {
-        dlgAbout about(desktop, &window);
+        dlgAbout about(*desktop, &window);
         prompts.ShowModal(&about);
     });
     PlaceMainWindow(window, profile);

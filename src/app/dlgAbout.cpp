@@ -1,6 +1,7 @@
 #include "app/dlgAbout.h"
 
 #include "Version.h"
+#include "fileops/modShell.h"
 #include "platform/Desktop.h"
 #include "platform/Prompts.h"
 
@@ -28,8 +29,9 @@ dlgAbout::dlgAbout(Desktop& desktop, QWidget* parent) : QDialog(parent) {
     auto* link = new QLabel(QStringLiteral("<a href=\"%1\">%1</a>").arg(kProjectPage), this);
     link->setObjectName("lblLink");
     link->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
-    connect(link, &QLabel::linkActivated, this,
-            [&desktop](const QString& url) { desktop.OpenUrl(QUrl(url)); });
+    connect(link, &QLabel::linkActivated, this, [&desktop](const QString& url) {
+        modShell::ShellOpenDocument(url.toStdString(), desktop);
+    });
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, this);
     buttons->setObjectName("buttons");
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/ProjectLinks.h"
+
 #include <QDialog>
 
 class Desktop;
@@ -9,8 +11,6 @@ class Desktop;
 class dlgAbout : public QDialog {
     Q_OBJECT
 public:
-    static constexpr const char* kProjectPage = "https://tallymoor.example/";
-
     dlgAbout(Desktop& desktop, QWidget* parent = nullptr);
 
     // Shows the box centred and modeless, as a splash.

@@ -1,7 +1,9 @@
 #include "app/frmMain.h"
 
 #include "analysis/dlgStarDotStar.h"
+#include "app/ProjectLinks.h"
 #include "app/ResultListModel.h"
+#include "fileops/modShell.h"
 #include "platform/CancelFlag.h"
 #include "platform/EventYield.h"
 #include "platform/Prompts.h"
@@ -170,11 +172,24 @@ void frmMain::BuildMenus() {
     QAction* closeViews = file->addAction(tr("C&lose Views"), this, &frmMain::CloseViews);
     closeViews->setObjectName("mnuFile_1");
     file->addSeparator();
+    QAction* open = file->addAction(tr("&Open with Associated App"), this, &frmMain::OpenSelected);
+    open->setObjectName("mnuFile_3");
+    QAction* notepad =
+        file->addAction(tr("O&pen with Notepad"), this, &frmMain::OpenSelectedWithNotepad);
+    notepad->setObjectName("mnuFile_4");
+    QAction* openWith =
+        file->addAction(tr("Open &with..."), this, &frmMain::OpenSelectedWithDialog);
+    openWith->setObjectName("mnuFile_5");
+    file->addSeparator();
     saveAction_ = file->addAction(tr("&Save..."), this, &frmMain::SaveResultList);
     saveAction_->setObjectName("mnuFile_7");
     saveAction_->setShortcut(QKeySequence::Save);
     saveAllAction_ = file->addAction(tr("Save &All..."), this, &frmMain::SaveAllResults);
     saveAllAction_->setObjectName("mnuFile_8");
+    file->addSeparator();
+    QAction* properties =
+        file->addAction(tr("P&roperties"), this, &frmMain::ShowSelectedProperties);
+    properties->setObjectName("mnuFile_14");
     file->addSeparator();
     QAction* exitAction = file->addAction(tr("E&xit"), this, &QWidget::close);
     exitAction->setObjectName("mnuFile_16");
@@ -203,7 +218,15 @@ void frmMain::BuildMenus() {
     appendMaskAction_->setCheckable(true);
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
+    help->addAction(tr("Tallymoor on the &Web"), this,
+                    [this] { modShell::ShellOpenDocument(kProjectPage, desktop_); });
+    help->addAction(tr("&Support by E-mail..."), this,
+                    [this] { modShell::ShellOpenDocument(kSupportAddress, desktop_); });
+    help->addSeparator();
     help->addAction(tr("&About Tallymoor..."), this, &frmMain::AboutRequested);
+
+    verbActions_ = {open, notepad, openWith, properties};
+    BuildPopups();
 
     storeActions_ = {closeViews, all, none, invert, copy, local, share, admin};
     UpdateCommandStates();
@@ -338,6 +361,9 @@ void frmMain::UpdateCommandStates() {
     newAction_->setEnabled(results);
     saveAction_->setEnabled(results);
     saveAllAction_->setEnabled(!busy_ && session_.Store().UBound() >= 0);
+    for (QAction* action : verbActions_) {
+        action->setEnabled(results);
+    }
     if (cmdFileTypes != nullptr) {
         cmdFileTypes->setEnabled(results);
     }

@@ -93,6 +93,20 @@ public:
     // The selected rows of the shown list, one per line (at most 1000).
     void CopySelectionToClipboard();
 
+    // ---- shell verbs and popups (frmMainShell.cpp) ----
+    void OpenSelected();
+    void OpenSelectedWithNotepad();
+    void OpenSelectedWithDialog();
+    void ShowSelectedProperties();
+    // The folder popup's first entry: the selected folder becomes the root, folders-only off.
+    void SetAsNewStartPath();
+    // A double-click in a result list, by DblClickAction or, with Shift, DblClickShiftAction.
+    void DoubleClicked(bool shiftHeld);
+    QMenu* ListPopup() const { return mnuListPop_; }
+    QMenu* FolderPopup() const { return mnuFolderPopup_; }
+    // The popup a right-click on the shown list opens: folders or files.
+    QMenu* PopupForShownList() const;
+
     // ---- masks menu (frmMain.cpp) ----
     void ChooseMaskFavorite(size_t index);
     void ChooseStarDotStar();
@@ -131,6 +145,9 @@ private:
     std::vector<std::string> RowTexts(QListView* list, bool selectedOnly) const;
     int SelectedCount(QListView* list) const;
     void UpdateCommandStates();
+    void BuildPopups();
+    std::vector<std::string> SelectedPaths() const;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     ResultListModel* ModelOf(QListView* list) const;
     Placement CurrentPlacementTwips() const;
 
@@ -173,4 +190,8 @@ private:
     QAction* newAction_ = nullptr;
     QAction* saveAction_ = nullptr;
     QAction* saveAllAction_ = nullptr;
+    std::vector<QAction*> verbActions_; // need results
+    QMenu* mnuListPop_ = nullptr;
+    QMenu* mnuFolderPopup_ = nullptr;
+    bool shiftAtPress_ = false;
 };

@@ -1,7 +1,139 @@
 #include "platform/Desktop.h"
 
-#include <QDesktopServices>
+#include "fileops/dlgOpenWith.h"
+#include "fileops/dlgProperties.h"
+#include "platform/Prompts.h"
+#include "platform/Spawn.h"
 
-bool QtDesktop::OpenUrl(const QUrl& url) {
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDesktopServices>
+#include <QFile>
+#include <QMimeDatabase>
+#include <cstdlib>
+#include <sys/stat.h>
+
+namespace {
+
+std::string FolderOf(const std::string& path) {
+    const size_t slash = path.rfind('/');
+    if (slash == std::string::npos) {
+        return {};
+    }
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+QStringList CurrentDesktops() {
+    const char* current = std::getenv("XDG_CURRENT_DESKTOP");
+    return current ? QString::fromUtf8(current).split(QLatin1Char(':'), Qt::SkipEmptyParts)
+                   : QStringList{};
+}
+
+} // namespace
+
+bool AskFileManager(const QString& method, const std::string& uri) {
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected() || bus.interface() == nullptr) {
+        return false;
+    }
+    const QString service = QStringLiteral("org.freedesktop.FileManager1");
+    const auto registered = bus.interface()->isServiceRegistered(service);
+    const auto activatable = bus.interface()->activatableServiceNames();
+    if (!registered.value() && !(activatable.isValid() && activatable.value().contains(service))) {
+        return false;
+    }
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        service, QStringLiteral("/org/freedesktop/FileManager1"), service, method);
+    call << QStringList{QString::fromLatin1(uri.c_str())} << QString();
+    const QDBusMessage reply = bus.call(call, QDBus::Block, 5000);
+    return reply.type() == QDBusMessage::ReplyMessage;
+}
+
+LinuxDesktop::LinuxDesktop(Prompts& prompts, XdgFolders folders, Spawner spawn,
+                           FileManager fileManager, QWidget* owner)
+    : prompts_(prompts), folders_(std::move(folders)), spawn_(std::move(spawn)),
+      fileManager_(std::move(fileManager)), owner_(owner) {
+}
+
+std::unique_ptr<LinuxDesktop> LinuxDesktop::ForThisSession(Prompts& prompts) {
+    return std::make_unique<LinuxDesktop>(prompts, XdgFolders::FromEnvironment(), SpawnDetached,
+                                          AskFileManager);
+}
+
+const std::vector<DesktopEntry>& LinuxDesktop::Entries() {
+    if (!loaded_) {
+        entries_ = LoadDesktopEntries(folders_);
+        loaded_ = true;
+    }
+    return entries_;
+}
+
+QString LinuxDesktop::MimeTypeOf(const std::string& path) {
+    struct stat st {};
+    if (stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
+        return QStringLiteral("inode/directory");
+    }
+    return QMimeDatabase()
+        .mimeTypeForFile(QFile::decodeName(QByteArray::fromStdString(path)))
+        .name();
+}
+
+bool LinuxDesktop::Launch(const DesktopEntry& entry, const std::string& path) {
+    auto argv = ExpandExec(entry.exec, path, entry);
+    if (!argv) {
+        return false;
+    }
+    if (entry.terminal && ProgramExists("x-terminal-emulator")) {
+        argv->insert(argv->begin(), {"x-terminal-emulator", "-e"});
+    }
+    return spawn_(*argv, FolderOf(path));
+}
+
+bool LinuxDesktop::OpenUrl(const QUrl& url) {
     return QDesktopServices::openUrl(url);
+}
+
+bool LinuxDesktop::Open(const std::string& path) {
+    if (const auto app =
+            DefaultApplication(MimeTypeOf(path), Entries(), folders_, CurrentDesktops())) {
+        return Launch(*app, path);
+    }
+    // Nothing is associated with the type: let the user choose.
+    return OpenWith(path);
+}
+
+bool LinuxDesktop::Explore(const std::string& path) {
+    return fileManager_(QStringLiteral("ShowFolders"), FileUri(path)) || Open(path);
+}
+
+bool LinuxDesktop::ShowProperties(const std::string& path) {
+    if (fileManager_(QStringLiteral("ShowItemProperties"), FileUri(path))) {
+        return true;
+    }
+    dlgProperties dialog(path, owner_);
+    prompts_.ShowModal(&dialog);
+    return true;
+}
+
+bool LinuxDesktop::OpenInTextEditor(const std::string& path) {
+    if (const auto editor = DefaultApplication(QStringLiteral("text/plain"), Entries(), folders_,
+                                               CurrentDesktops())) {
+        return Launch(*editor, path);
+    }
+    return OpenWith(path);
+}
+
+bool LinuxDesktop::OpenWith(const std::string& path) {
+    dlgOpenWith dialog(Entries(), MimeTypeOf(path), path, owner_);
+    if (prompts_.ShowModal(&dialog) != QDialog::Accepted) {
+        return false;
+    }
+    if (const auto chosen = dialog.ChosenApplication()) {
+        return Launch(*chosen, path);
+    }
+    DesktopEntry custom;
+    custom.exec = dialog.CustomCommand();
+    custom.name = custom.exec;
+    return !custom.exec.trimmed().isEmpty() && Launch(custom, path);
 }

@@ -1,0 +1,170 @@
+// The shell verbs on the selected results, the result lists' popups and their double-click.
+
+#include "app/ResultListModel.h"
+#include "app/frmMain.h"
+#include "fileops/modShell.h"
+#include "settings/modPProfile.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QEvent>
+#include <QFile>
+#include <QLineEdit>
+#include <QListView>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QTabBar>
+#include <algorithm>
+
+void frmMain::BuildPopups() {
+    // Captions and objects named as in the program's menus; the entries that copy, move, delete
+    // or filter join them with those commands.
+    mnuListPop_ = new QMenu(this);
+    mnuListPop_->setObjectName("zmnuListPopup");
+    const auto add = [this](QMenu* menu, const QString& name, const QString& text, auto handler) {
+        QAction* action = menu->addAction(text, this, handler);
+        action->setObjectName(name);
+        return action;
+    };
+    const auto separator = [](QMenu* menu, const QString& name) {
+        QAction* line = menu->addSeparator();
+        line->setObjectName(name);
+        return line;
+    };
+    QMenu* sendTo = mnuListPop_->addMenu(tr("Send To"));
+    sendTo->menuAction()->setObjectName("mnuListPop_4");
+    QAction* newTab = sendTo->addAction(tr("New Tab"));
+    newTab->setObjectName("mnuListSendTo_0");
+    newTab->setVisible(false);
+    separator(sendTo, "mnuListSendTo_1")->setVisible(false);
+    add(sendTo, "mnuListSendTo_2", tr("File..."), &frmMain::SaveResultList);
+    add(sendTo, "mnuListSendTo_3", tr("Clipboard as Name"), &frmMain::CopySelectionToClipboard);
+    separator(mnuListPop_, "mnuListPop_8");
+    add(mnuListPop_, "mnuListPop_9", tr("Open with Associated App"), &frmMain::OpenSelected);
+    add(mnuListPop_, "mnuListPop_10", tr("Open with Notepad"), &frmMain::OpenSelectedWithNotepad);
+    add(mnuListPop_, "mnuListPop_11", tr("Open With..."), &frmMain::OpenSelectedWithDialog);
+    separator(mnuListPop_, "mnuListPop_12");
+    add(mnuListPop_, "mnuListPop_13", tr("Select All"), &frmMain::SelectAll);
+    add(mnuListPop_, "mnuListPop_14", tr("Select None"), &frmMain::SelectNone);
+    add(mnuListPop_, "mnuListPop_15", tr("Invert Selection"), &frmMain::InvertSelection);
+    separator(mnuListPop_, "mnuListPop_16")->setVisible(false);
+    add(mnuListPop_, "mnuListPop_17", tr("Properties"), &frmMain::ShowSelectedProperties);
+
+    mnuFolderPopup_ = new QMenu(this);
+    mnuFolderPopup_->setObjectName("zmnuFolderPopup");
+    add(mnuFolderPopup_, "mnuFolderPopup_0", tr("Set as New Start Path"),
+        &frmMain::SetAsNewStartPath);
+    separator(mnuFolderPopup_, "mnuFolderPopup_1");
+    separator(mnuFolderPopup_, "mnuFolderPopup_6");
+    QMenu* folderSendTo = mnuFolderPopup_->addMenu(tr("Send To"));
+    folderSendTo->menuAction()->setObjectName("mnuFolderPopup_7");
+    add(folderSendTo, "mnuFolderSendTo_0", tr("File..."), &frmMain::SaveResultList);
+    add(folderSendTo, "mnuFolderSendTo_1", tr("Clipboard as Name"),
+        &frmMain::CopySelectionToClipboard);
+    add(mnuFolderPopup_, "mnuFolderPopup_8", tr("Explore"), &frmMain::OpenSelected);
+    separator(mnuFolderPopup_, "mnuFolderPopup_9");
+    add(mnuFolderPopup_, "mnuFolderPopup_10", tr("Select All"), &frmMain::SelectAll);
+    add(mnuFolderPopup_, "mnuFolderPopup_11", tr("Select None"), &frmMain::SelectNone);
+    add(mnuFolderPopup_, "mnuFolderPopup_12", tr("Invert Selection"), &frmMain::InvertSelection);
+    separator(mnuFolderPopup_, "mnuFolderPopup_13");
+    add(mnuFolderPopup_, "mnuFolderPopup_14", tr("Properties"), &frmMain::ShowSelectedProperties);
+
+    for (QListView* list : {List1, List2}) {
+        list->setContextMenuPolicy(Qt::CustomContextMenu);
+        connect(list, &QWidget::customContextMenuRequested, this, [this, list](const QPoint& at) {
+            if (!busy_ && session_.ResultsAvailable()) {
+                PopupForShownList()->exec(list->viewport()->mapToGlobal(at));
+            }
+        });
+        list->viewport()->installEventFilter(this);
+        connect(list, &QAbstractItemView::doubleClicked, this,
+                [this] { DoubleClicked(shiftAtPress_); });
+    }
+}
+
+QMenu* frmMain::PopupForShownList() const {
+    return folderResults_ && tsResults->currentIndex() == 0 ? mnuFolderPopup_ : mnuListPop_;
+}
+
+bool frmMain::eventFilter(QObject* watched, QEvent* event) {
+    // Shift counts as it was when the mouse went down.
+    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) {
+        shiftAtPress_ = static_cast<QMouseEvent*>(event)->modifiers() & Qt::ShiftModifier;
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+std::vector<std::string> frmMain::SelectedPaths() const {
+    QListView* list = VisibleList();
+    const ResultListModel* model = ModelOf(list);
+    std::vector<int> rows;
+    for (const QItemSelectionRange& range : list->selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            rows.push_back(row);
+        }
+    }
+    std::sort(rows.begin(), rows.end());
+    std::vector<std::string> paths;
+    for (const int row : rows) {
+        if (const int32_t item = model->ItemIndexAt(row); item >= 0) {
+            paths.emplace_back(session_.Store()[item].FullPath());
+        }
+    }
+    return paths;
+}
+
+void frmMain::OpenSelected() {
+    if (!busy_) {
+        modShell::ShellOpenSelected(SelectedPaths(), folderResults_, profile_.Settings(), prompts_,
+                                    desktop_, this);
+    }
+}
+
+void frmMain::OpenSelectedWithNotepad() {
+    if (!busy_) {
+        modShell::ShellOpenWithNotepad(SelectedPaths(), profile_.Settings(), prompts_, desktop_,
+                                       this);
+    }
+}
+
+void frmMain::OpenSelectedWithDialog() {
+    if (!busy_) {
+        modShell::ShellOpenWithDialog(SelectedPaths(), profile_.Settings(), prompts_, desktop_,
+                                      this);
+    }
+}
+
+void frmMain::ShowSelectedProperties() {
+    if (!busy_) {
+        modShell::ShellShowProperties(SelectedPaths(), prompts_, desktop_, this);
+    }
+}
+
+void frmMain::SetAsNewStartPath() {
+    const std::vector<std::string> paths = SelectedPaths();
+    if (busy_ || paths.empty()) {
+        return;
+    }
+    txtStartPath->setText(QFile::decodeName(QByteArray::fromStdString(paths.front())));
+    if (chkOpts[1]->isChecked()) {
+        chkOpts[1]->setChecked(false);
+        OptionClicked(1);
+    }
+}
+
+void frmMain::DoubleClicked(bool shiftHeld) {
+    const AppSettings& s = profile_.Settings();
+    switch (shiftHeld ? s.DblClickShiftAction : s.DblClickAction) {
+    case 0:
+        OpenSelected();
+        break;
+    case 1:
+        ShowSelectedProperties();
+        break;
+    case 2:
+        SelectAll();
+        break;
+    default:
+        break;
+    }
+}

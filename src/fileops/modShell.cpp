@@ -1,0 +1,107 @@
+#include "fileops/modShell.h"
+
+#include "platform/Desktop.h"
+#include "platform/Prompts.h"
+#include "search/SearchStatus.h"
+#include "settings/AppSettings.h"
+
+namespace modShell {
+
+namespace {
+
+// The question asked once for several items; true when the command may go on.
+bool ConfirmMany(const std::vector<std::string>& selected, const QString& question,
+                 Prompts& prompts, QWidget* owner) {
+    if (selected.empty()) {
+        return false;
+    }
+    return selected.size() == 1 || prompts.Message(owner, question, MessageIcon::Warning,
+                                                   MessageButtons::YesNo) == MessageAnswer::Yes;
+}
+
+bool ConfirmItem(const QString& question, Prompts& prompts, QWidget* owner) {
+    return prompts.Message(owner, question, MessageIcon::Question, MessageButtons::YesNo) ==
+           MessageAnswer::Yes;
+}
+
+} // namespace
+
+void ShellOpenSelected(const std::vector<std::string>& selected, bool folderView,
+                       const AppSettings& settings, Prompts& prompts, Desktop& desktop,
+                       QWidget* owner) {
+    if (!ConfirmMany(selected, kConfirmOpenMany, prompts, owner)) {
+        return;
+    }
+    const bool explore = folderView && settings.OpenFoldersWithExplore;
+    for (const std::string& path : selected) {
+        if (settings.ConfirmOnOpen &&
+            !ConfirmItem(QStringLiteral("Confirm opening of ") + DisplayPath(path), prompts,
+                         owner)) {
+            continue;
+        }
+        if (explore) {
+            desktop.Explore(path);
+        } else {
+            desktop.Open(path);
+        }
+    }
+}
+
+void ShellOpenWithNotepad(const std::vector<std::string>& selected, const AppSettings& settings,
+                          Prompts& prompts, Desktop& desktop, QWidget* owner) {
+    if (!ConfirmMany(selected, kConfirmOpenMany, prompts, owner)) {
+        return;
+    }
+    for (const std::string& path : selected) {
+        if (settings.ConfirmOnOpen &&
+            !ConfirmItem(QStringLiteral("Confirm using Notepad to open: \r\n") + DisplayPath(path),
+                         prompts, owner)) {
+            continue;
+        }
+        desktop.OpenInTextEditor(path);
+    }
+}
+
+void ShellShowProperties(const std::vector<std::string>& selected, Prompts& prompts,
+                         Desktop& desktop, QWidget* owner) {
+    if (!ConfirmMany(selected, kConfirmPropertiesMany, prompts, owner)) {
+        return;
+    }
+    for (const std::string& path : selected) {
+        desktop.ShowProperties(path);
+    }
+}
+
+void ShellOpenWithDialog(const std::vector<std::string>& selected, const AppSettings& settings,
+                         Prompts& prompts, Desktop& desktop, QWidget* owner) {
+    if (selected.empty()) {
+        prompts.Message(owner, kOpenWithNeedsOne, MessageIcon::Information, MessageButtons::Ok);
+        return;
+    }
+    if (selected.size() > 1) {
+        return; // the entries that lead here are meant for one file
+    }
+    const std::string& path = selected.front();
+    if (settings.AskToOpenWith &&
+        !ConfirmItem(QStringLiteral("Show the 'Open With...' dialog for file: \r\n") +
+                         DisplayPath(path),
+                     prompts, owner)) {
+        return;
+    }
+    if (!path.empty()) {
+        desktop.OpenWith(path);
+    }
+}
+
+void ShellOpenDocument(const std::string& target, Desktop& desktop) {
+    const QUrl url(QString::fromStdString(target));
+    if (!url.scheme().isEmpty() && !url.isLocalFile()) {
+        desktop.OpenUrl(url);
+        return;
+    }
+    if (!desktop.Open(target)) {
+        desktop.OpenWith(target);
+    }
+}
+
+} // namespace modShell

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+#include <string>
+#include <vector>
+
+class Desktop;
+class Prompts;
+class QWidget;
+struct AppSettings;
+
+// The shell verbs on the selected items of a list: open (or explore a folder), open in the text
+// editor, properties, Open With. Each asks once when several items are selected, then acts on
+// each selected item in list order; a refused per-item question skips only that item.
+namespace modShell {
+
+inline const QString kConfirmOpenMany = QStringLiteral(
+    "More than one file is selected. Are you sure you want to open all selected files in the "
+    "current window?");
+inline const QString kConfirmPropertiesMany = QStringLiteral(
+    "More than one file is selected. Are you sure you want to open property pages for all "
+    "selected files?");
+inline const QString kOpenWithNeedsOne =
+    QStringLiteral("Sorry. The 'Open With' dialog may only be invoked when one file is selected.");
+
+// `selected`: the full paths of the selected items, in list order.
+void ShellOpenSelected(const std::vector<std::string>& selected, bool folderView,
+                       const AppSettings& settings, Prompts& prompts, Desktop& desktop,
+                       QWidget* owner);
+void ShellOpenWithNotepad(const std::vector<std::string>& selected, const AppSettings& settings,
+                          Prompts& prompts, Desktop& desktop, QWidget* owner);
+void ShellShowProperties(const std::vector<std::string>& selected, Prompts& prompts,
+                         Desktop& desktop, QWidget* owner);
+void ShellOpenWithDialog(const std::vector<std::string>& selected, const AppSettings& settings,
+                         Prompts& prompts, Desktop& desktop, QWidget* owner);
+// A document or a link ("https:", "mailto:") with what the desktop associates with it; the
+// Open With dialog when nothing is.
+void ShellOpenDocument(const std::string& target, Desktop& desktop);
+
+} // namespace modShell
