@@ -27,6 +27,7 @@ protected:
                    "[Default Applications]\ntext/plain=editor.desktop\n");
         t.File("docs/a b.txt");
         t.File("docs/unknown.zzqx");
+        t.File("docs/notes.md");
         desktop = std::make_unique<LinuxDesktop>(
             prompts, folders,
             [this](const std::vector<std::string>& argv, const std::string& folder) {
@@ -58,6 +59,20 @@ TEST_F(LinuxDesktopTest, OpenLaunchesTheDefaultApplicationWithTheFile) {
     EXPECT_EQ(folders_[0], t.Path("docs"));
     desktop->OpenInTextEditor(t.Path("docs/unknown.zzqx"));
     EXPECT_EQ(launched[1][0], "editor") << "the text editor is the default for plain text";
+}
+
+TEST_F(LinuxDesktopTest, ATypeFallsBackToTheTypeItDerivesFrom) {
+    desktop->Open(t.Path("docs/notes.md"));
+    ASSERT_EQ(launched.size(), 1u);
+    EXPECT_EQ(launched[0][0], "editor") << "Markdown is plain text";
+    QStringList rows;
+    prompts.modals.push_back([&](QDialog* dialog) {
+        rows = static_cast<dlgOpenWith*>(dialog)->Rows();
+        return static_cast<int>(QDialog::Rejected);
+    });
+    desktop->OpenWith(t.Path("docs/notes.md"));
+    EXPECT_EQ(rows, (QStringList{"Applications for text/markdown", "Editor", "Other applications",
+                                 "Files"}));
 }
 
 TEST_F(LinuxDesktopTest, ExploreAsksTheFileManagerThenFallsBackToOpen) {

@@ -9,8 +9,9 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
-dlgOpenWith::dlgOpenWith(const std::vector<DesktopEntry>& entries, const QString& mimeType,
+dlgOpenWith::dlgOpenWith(const std::vector<DesktopEntry>& entries, const QStringList& mimeTypes,
                          const std::string& path, QWidget* parent)
     : QDialog(parent), lstApplications(new QListWidget(this)), txtCommand(new QLineEdit(this)) {
     setObjectName("dlgOpenWith");
@@ -37,8 +38,15 @@ dlgOpenWith::dlgOpenWith(const std::vector<DesktopEntry>& entries, const QString
     };
     std::vector<const DesktopEntry*> others;
     bool headed = false;
+    const QString mimeType = mimeTypes.value(0);
+    const auto handles = [&mimeTypes](const DesktopEntry& entry) {
+        return std::any_of(mimeTypes.begin(), mimeTypes.end(), [&](const QString& type) {
+            return type != QLatin1String("application/octet-stream") &&
+                   entry.mimeTypes.contains(type);
+        });
+    };
     for (const DesktopEntry& entry : entries) {
-        if (entry.mimeTypes.contains(mimeType)) {
+        if (handles(entry)) {
             if (!headed) {
                 addHeading(tr("Applications for %1").arg(mimeType));
                 headed = true;

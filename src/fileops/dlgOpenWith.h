@@ -9,12 +9,14 @@ class QLineEdit;
 class QListWidget;
 class QPushButton;
 
-// The Open With dialog: the applications that declare the file's type first, then all others,
+// The Open With dialog: the applications that declare the file's type (or one it derives from)
+// first, then all others,
 // and a command line of the user's own (with %f for the file, else it is added at the end).
 class dlgOpenWith : public QDialog {
     Q_OBJECT
 public:
-    dlgOpenWith(const std::vector<DesktopEntry>& entries, const QString& mimeType,
+    // `mimeTypes`: the file's type first, then the types it derives from.
+    dlgOpenWith(const std::vector<DesktopEntry>& entries, const QStringList& mimeTypes,
                 const std::string& path, QWidget* parent = nullptr);
 
     // The application chosen; nothing when a custom command was typed instead.

@@ -74,9 +74,41 @@ QString LinuxDesktop::MimeTypeOf(const std::string& path) {
     if (stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
         return QStringLiteral("inode/directory");
     }
-    return QMimeDatabase()
-        .mimeTypeForFile(QFile::decodeName(QByteArray::fromStdString(path)))
-        .name();
+    const QString file = QFile::decodeName(QByteArray::fromStdString(path));
+    const QMimeDatabase types;
+    const QString byContent = types.mimeTypeForFile(file).name();
+    // An empty file says nothing by its content; its name does.
+    if (byContent == QLatin1String("application/x-zerosize")) {
+        return types.mimeTypeForFile(file, QMimeDatabase::MatchExtension).name();
+    }
+    return byContent;
+}
+
+QStringList LinuxDesktop::TypeAndAncestors(const QString& mimeType) {
+    QStringList types{mimeType};
+    const QMimeType type = QMimeDatabase().mimeTypeForName(mimeType);
+    if (type.isValid()) {
+        for (const QString& ancestor : type.allAncestors()) {
+            if (!types.contains(ancestor)) {
+                types << ancestor;
+            }
+        }
+    }
+    return types;
+}
+
+// The default for the type, else for the nearest type it derives from.
+std::optional<DesktopEntry> LinuxDesktop::DefaultFor(const QString& mimeType) {
+    for (const QString& type : TypeAndAncestors(mimeType)) {
+        // Every file derives from application/octet-stream: no default for "anything".
+        if (type == QLatin1String("application/octet-stream")) {
+            break;
+        }
+        if (auto app = DefaultApplication(type, Entries(), folders_, CurrentDesktops())) {
+            return app;
+        }
+    }
+    return std::nullopt;
 }
 
 bool LinuxDesktop::Launch(const DesktopEntry& entry, const std::string& path) {
@@ -95,8 +127,7 @@ bool LinuxDesktop::OpenUrl(const QUrl& url) {
 }
 
 bool LinuxDesktop::Open(const std::string& path) {
-    if (const auto app =
-            DefaultApplication(MimeTypeOf(path), Entries(), folders_, CurrentDesktops())) {
+    if (const auto app = DefaultFor(MimeTypeOf(path))) {
         return Launch(*app, path);
     }
     // Nothing is associated with the type: let the user choose.
@@ -117,15 +148,14 @@ bool LinuxDesktop::ShowProperties(const std::string& path) {
 }
 
 bool LinuxDesktop::OpenInTextEditor(const std::string& path) {
-    if (const auto editor = DefaultApplication(QStringLiteral("text/plain"), Entries(), folders_,
-                                               CurrentDesktops())) {
+    if (const auto editor = DefaultFor(QStringLiteral("text/plain"))) {
         return Launch(*editor, path);
     }
     return OpenWith(path);
 }
 
 bool LinuxDesktop::OpenWith(const std::string& path) {
-    dlgOpenWith dialog(Entries(), MimeTypeOf(path), path, owner_);
+    dlgOpenWith dialog(Entries(), TypeAndAncestors(MimeTypeOf(path)), path, owner_);
     if (prompts_.ShowModal(&dialog) != QDialog::Accepted) {
         return false;
     }

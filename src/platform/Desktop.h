@@ -56,10 +56,13 @@ public:
 
     // The MIME type the desktop sees for a path ("inode/directory" for a folder).
     static QString MimeTypeOf(const std::string& path);
+    // The type and the types it derives from ("text/markdown", then "text/plain").
+    static QStringList TypeAndAncestors(const QString& mimeType);
     const std::vector<DesktopEntry>& Entries();
 
 private:
     bool Launch(const DesktopEntry& entry, const std::string& path);
+    std::optional<DesktopEntry> DefaultFor(const QString& mimeType);
 
     Prompts& prompts_;
     XdgFolders folders_;
