@@ -271,13 +271,8 @@ void dlgStarDotStar::CommandAction(int index) {
 
 std::string dlgStarDotStar::AskForFile(const std::string& defaultName) {
     bool entireList = false;
-    std::string& folder = profile_.Settings().LastOutputSaveDirectory;
-    const std::string path =
-        modFileDialog::SaveReportDialog(prompts_, this, entireList, folder, defaultName);
-    if (!path.empty()) {
-        profile_.ProfileSetPathsKey("LastOutputSaveDirectory", folder);
-    }
-    return path;
+    return modFileDialog::AskForOutputFile(prompts_, this, profile_, entireList, defaultName,
+                                           false);
 }
 
 void dlgStarDotStar::ReportError(const std::string& error) {

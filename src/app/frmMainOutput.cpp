@@ -57,12 +57,8 @@ void frmMain::SaveResultList() {
     modFileDialog::EntireListSwitch() = true;
     QListView* list = VisibleList();
     bool entireList = true;
-    std::string& folder = profile_.Settings().LastOutputSaveDirectory;
     const std::string path =
-        modFileDialog::SaveReportDialog(prompts_, this, entireList, folder, "");
-    if (!folder.empty()) {
-        profile_.ProfileSetPathsKey("LastOutputSaveDirectory", folder);
-    }
+        modFileDialog::AskForOutputFile(prompts_, this, profile_, entireList, "", true);
     if (!path.empty()) {
         const std::string error =
             WriteLines(path, RowTexts(list, !entireList), profile_.Settings().QSSortResultsOnSave);
@@ -81,12 +77,8 @@ void frmMain::SaveAllResults() {
     SetBusy(true);
     modFileDialog::EntireListSwitch() = false;
     bool entireList = true;
-    std::string& folder = profile_.Settings().LastOutputSaveDirectory;
     const std::string path =
-        modFileDialog::SaveReportDialog(prompts_, this, entireList, folder, "");
-    if (!folder.empty()) {
-        profile_.ProfileSetPathsKey("LastOutputSaveDirectory", folder);
-    }
+        modFileDialog::AskForOutputFile(prompts_, this, profile_, entireList, "", true);
     YieldNow();
     if (!path.empty()) {
         dlgProgress& progress = dlgProgress::Shared();

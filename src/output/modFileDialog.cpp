@@ -2,6 +2,7 @@
 
 #include "platform/Prompts.h"
 #include "search/PathText.h"
+#include "settings/modPProfile.h"
 
 namespace modFileDialog {
 
@@ -27,6 +28,17 @@ std::string SaveReportDialog(Prompts& prompts, QWidget* owner, bool& entireList,
     entireList = answer.entireList;
     initialFolder = ParentFolder(answer.path);
     return answer.path;
+}
+
+std::string AskForOutputFile(Prompts& prompts, QWidget* owner, modPProfile& profile,
+                             bool& entireList, const std::string& initialName,
+                             bool writeBackOnCancel) {
+    std::string& folder = profile.Settings().LastOutputSaveDirectory;
+    const std::string path = SaveReportDialog(prompts, owner, entireList, folder, initialName);
+    if (!folder.empty() && (!path.empty() || writeBackOnCancel)) {
+        profile.ProfileSetPathsKey("LastOutputSaveDirectory", folder);
+    }
+    return path;
 }
 
 } // namespace modFileDialog

@@ -3,6 +3,7 @@
 #include <string>
 
 class Prompts;
+class modPProfile;
 class QWidget;
 
 namespace modFileDialog {
@@ -18,5 +19,12 @@ bool& EntireListSwitch();
 // both keep their values.
 std::string SaveReportDialog(Prompts& prompts, QWidget* owner, bool& entireList,
                              std::string& initialFolder, const std::string& initialName);
+
+// The save dialog opened on `LastOutputSaveDirectory`, which then remembers the chosen folder
+// (written to the settings file; after a cancel too when `writeBackOnCancel`, as the list-saving
+// commands do). Returns the path chosen, or "" on cancel.
+std::string AskForOutputFile(Prompts& prompts, QWidget* owner, modPProfile& profile,
+                             bool& entireList, const std::string& initialName,
+                             bool writeBackOnCancel);
 
 } // namespace modFileDialog

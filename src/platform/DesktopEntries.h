@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-// Applications as the freedesktop desktop-entry and MIME-applications specifications describe
+// Applications as freedesktop.org's desktop-entry and MIME-applications standards describe
 // them: .desktop files under each data folder's applications/, and the default application of a
 // MIME type from mimeapps.list.
 
@@ -25,7 +25,7 @@ struct XdgFolders {
     std::vector<std::string> data;   // $XDG_DATA_HOME, then $XDG_DATA_DIRS
     std::vector<std::string> config; // $XDG_CONFIG_HOME, then $XDG_CONFIG_DIRS
 
-    // From the environment, with the specification's defaults.
+    // From the environment, with the standard defaults.
     static XdgFolders FromEnvironment();
 };
 
