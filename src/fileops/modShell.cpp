@@ -99,9 +99,8 @@ void ShellOpenDocument(const std::string& target, Desktop& desktop) {
         desktop.OpenUrl(url);
         return;
     }
-    if (!desktop.Open(target)) {
-        desktop.OpenWith(target);
-    }
+    // Open offers the Open With dialog itself when nothing is associated with the type.
+    desktop.Open(target);
 }
 
 } // namespace modShell
