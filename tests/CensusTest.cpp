@@ -49,6 +49,18 @@ TEST(Census, TypesInOrderOfFirstOccurrenceAndTheFullListReversed) {
     EXPECT_EQ(census.ShownFiles(), 7);
 }
 
+TEST(Census, ProgressSaysWhatEachPassDoesAndStepsAboutTwentyTimes) {
+    FileDataArray store;
+    Fill(store, std::vector<std::string>(1000, ".txt"));
+    std::vector<QString> messages;
+    int steps = 0;
+    Census census;
+    census.Build(
+        store, 0, [&](const QString& m) { messages.push_back(m); }, [&] { ++steps; });
+    EXPECT_EQ(messages, (std::vector<QString>{"Filtering...", "Compressing..."}));
+    EXPECT_EQ(steps, 40) << "twenty steps in each of the two passes";
+}
+
 TEST(Census, FoldersMakeOneTypeAndReFilteringUsesTheFullList) {
     FileDataArray store;
     Fill(store, {"", "", ""});

@@ -109,6 +109,17 @@ std::string_view TrimBlanks(std::string_view text) {
     return text;
 }
 
+std::string_view TrimSpacesAndTabs(std::string_view text) {
+    const auto blank = [](char c) { return c == ' ' || c == '\t'; };
+    while (!text.empty() && blank(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && blank(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
 int64_t ToFileTime(int64_t seconds, int64_t nanoseconds) {
     constexpr int64_t kSecondsFrom1601To1970 = 11644473600;
     return (seconds + kSecondsFrom1601To1970) * 10000000 + nanoseconds / 100;

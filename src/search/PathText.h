@@ -20,6 +20,9 @@ std::string WithTrailingSlash(std::string_view path);
 // `text` without the blanks (spaces) at either end.
 std::string_view TrimBlanks(std::string_view text);
 
+// `text` without spaces and tabs at either end (settings values, INI names).
+std::string_view TrimSpacesAndTabs(std::string_view text);
+
 // A POSIX time as a FILETIME: 100-ns ticks since 1601-01-01 UTC.
 int64_t ToFileTime(int64_t seconds, int64_t nanoseconds);
 

@@ -1,5 +1,7 @@
 #include "settings/IniFile.h"
 
+#include "search/PathText.h"
+
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -9,17 +11,6 @@
 #include <unistd.h>
 
 namespace {
-
-std::string_view Trim(std::string_view s) {
-    const auto blank = [](char c) { return c == ' ' || c == '\t'; };
-    while (!s.empty() && blank(s.front())) {
-        s.remove_prefix(1);
-    }
-    while (!s.empty() && blank(s.back())) {
-        s.remove_suffix(1);
-    }
-    return s;
-}
 
 bool SameName(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) {
@@ -36,7 +27,7 @@ bool SameName(std::string_view a, std::string_view b) {
 
 // The name inside "[...]" when the line is a section header.
 std::optional<std::string_view> SectionName(std::string_view line) {
-    line = Trim(line);
+    line = TrimSpacesAndTabs(line);
     if (line.empty() || line.front() != '[') {
         return std::nullopt;
     }
@@ -44,12 +35,12 @@ std::optional<std::string_view> SectionName(std::string_view line) {
     if (close == std::string_view::npos) {
         return std::nullopt;
     }
-    return Trim(line.substr(1, close - 1));
+    return TrimSpacesAndTabs(line.substr(1, close - 1));
 }
 
 // The key of a "key=value" line; nothing for comments and lines without "=".
 std::optional<std::string_view> KeyName(std::string_view line) {
-    const std::string_view trimmed = Trim(line);
+    const std::string_view trimmed = TrimSpacesAndTabs(line);
     if (trimmed.empty() || trimmed.front() == ';') {
         return std::nullopt;
     }
@@ -57,7 +48,7 @@ std::optional<std::string_view> KeyName(std::string_view line) {
     if (equals == std::string_view::npos) {
         return std::nullopt;
     }
-    return Trim(line.substr(0, equals));
+    return TrimSpacesAndTabs(line.substr(0, equals));
 }
 
 std::string CutToCharacters(std::string_view value, size_t limit) {
@@ -202,7 +193,7 @@ std::string IniFile::GetString(std::string_view section, std::string_view key,
     for (size_t i = *header + 1; i < end; ++i) {
         if (const auto name = KeyName(lines_[i]); name && SameName(*name, key)) {
             const std::string_view line = lines_[i];
-            return CutToCharacters(Trim(line.substr(line.find('=') + 1)), kValueLimit);
+            return CutToCharacters(TrimSpacesAndTabs(line.substr(line.find('=') + 1)), kValueLimit);
         }
     }
     return std::string(fallback);
@@ -227,7 +218,7 @@ void IniFile::WriteString(std::string_view section, std::string_view key, std::s
     const std::string cleanValue = OneLine(value);
     const auto header = FindSection(section);
     if (!header) {
-        if (!lines_.empty() && !Trim(lines_.back()).empty()) {
+        if (!lines_.empty() && !TrimSpacesAndTabs(lines_.back()).empty()) {
             lines_.emplace_back();
         }
         lines_.push_back("[" + std::string(section) + "]");
@@ -243,7 +234,7 @@ void IniFile::WriteString(std::string_view section, std::string_view key, std::s
             Changed();
             return;
         }
-        if (!Trim(lines_[i]).empty()) {
+        if (!TrimSpacesAndTabs(lines_[i]).empty()) {
             lastContent = i;
         }
     }

@@ -1,5 +1,7 @@
 #include "settings/modPProfile.h"
 
+#include "search/PathText.h"
+
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -42,16 +44,6 @@ constexpr std::array kNewFileMasks = {"*.doc;", "*.mdb;", "*.ppt;", "*.txt;", "*
 constexpr std::array<int32_t, 16> kNewFileColors = {
     16383743, 14809855, 15987699, 16250871,    0, 0, 0, 0,
     13696972, 14803455, 14283511, -2147483643, 0, 0, 0, 0};
-
-std::string_view TrimBlanks(std::string_view s) {
-    while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) {
-        s.remove_prefix(1);
-    }
-    while (!s.empty() && (s.back() == ' ' || s.back() == '\t')) {
-        s.remove_suffix(1);
-    }
-    return s;
-}
 
 bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) {
@@ -103,7 +95,7 @@ size_t LeadingNumberLength(std::string_view s) {
 } // namespace
 
 int32_t ReadNumber(std::string_view text) {
-    text = TrimBlanks(text);
+    text = TrimSpacesAndTabs(text);
     const size_t length = LeadingNumberLength(text);
     if (length == 0) {
         return 0;
@@ -126,7 +118,7 @@ int32_t ReadNumber(std::string_view text) {
 }
 
 bool ReadBoolean(std::string_view text) {
-    text = TrimBlanks(text);
+    text = TrimSpacesAndTabs(text);
     if (EqualsIgnoringCase(text, "true")) {
         return true;
     }
