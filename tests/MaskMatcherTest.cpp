@@ -73,4 +73,36 @@ TEST(WildcardMatch, ReadsOnePatternWithoutTheSplitRules) {
     EXPECT_FALSE(WildcardMatch("*.*;*", "*.*")); // ";" is an ordinary character here
 }
 
+// Case folding is one rule, whichever way a pattern is written: a suffix ("*.s"), single
+// wildcards ("?.s"), the name itself ("a.s"), upper case, or the other spelling of the letter.
+struct FoldingCase {
+    const char* name;
+    bool matches;
+    std::vector<const char*> patterns;
+};
+
+TEST(MaskMatcher, EveryWayOfWritingAPatternGivesTheSameAnswer) {
+    const FoldingCase cases[] = {
+        {"a.\xc5\xbf", true, {"*.s", "?.s", "a.s", "*.S", "A.?", "*.\xc5\xbf", "*\xc5\xbf"}}, // ſ is s
+        {"a\xe2\x84\xaa", true, {"*k", "?k", "ak", "AK", "*K", "a\xe2\x84\xaa"}},   // the Kelvin sign is k
+        {"ak", true, {"a\xe2\x84\xaa", "*\xe2\x84\xaa", "?\xe2\x84\xaa"}},
+        {"stra\xc3\x9f" "e.txt", false, {"strasse.txt", "*sse.txt", "STRASSE.TXT", "*ss?.txt"}}, // ß stays ß
+        {"stra\xc3\x9f" "e.txt", true, {"STRA\xe1\xba\x9e" "E.TXT", "*\xc3\x9f" "e.txt", "*.txt", "stra?e.*"}},
+        {"\xc4\xb0stanbul", false, {"i*", "I*", "istanbul"}}, // İ is not i
+        {"\xc4\xb0stanbul", true, {"\xc4\xb0*", "?stanbul", "*STANBUL"}},
+        {"\xc4\xb1i", false, {"I*", "ii", "*I?"}}, // ı is not i
+        {"\xc4\xb1i", true, {"\xc4\xb1*", "?I", "*i"}},
+        {"\xc3\x89t\xc3\xa9.TXT", true, {"\xc3\xa9t\xc3\xa9.txt", "*.txt", "?t?.txt", "\xc3\x89T\xc3\x89.*", "*\xc3\x89.txt"}},
+        {"\xff.txt", true, {"*.txt", "?.txt", "\xff.TXT", "\xff*"}},
+        {"\xff.txt", false, {"\xfe.txt", "\xc3\xbf.txt", "??.txt"}}, // a stray byte is one character, itself
+        {"\xc3.txt", true, {"?.txt", "\xc3*"}},
+    };
+    for (const FoldingCase& c : cases) {
+        for (const char* pattern : c.patterns) {
+            EXPECT_EQ(MaskMatcher(pattern).Matches(c.name), c.matches)
+                << "name " << c.name << ", pattern " << pattern;
+        }
+    }
+}
+
 } // namespace

@@ -3,6 +3,7 @@
 #include "search/PathText.h"
 
 #include <QChar>
+#include <algorithm>
 
 namespace {
 
@@ -74,6 +75,11 @@ bool IsPlainAscii(std::string_view s) {
     return true;
 }
 
+bool IsAscii(std::string_view s) {
+    return std::all_of(s.begin(), s.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 bool AsciiEqualFolded(std::string_view text, std::string_view lowerLiteral) {
     for (size_t i = 0; i < text.size(); ++i) {
         if (AsciiLower(text[i]) != lowerLiteral[i]) {
@@ -101,7 +107,7 @@ MaskMatcher::MaskMatcher(std::string_view maskText) {
         while (!pattern.empty() && pattern.front() == ' ') {
             pattern.remove_prefix(1);
         }
-        Pattern compiled{Kind::General, {}, {}};
+        Pattern compiled{Kind::General, {}, CompilePattern(pattern)};
         if (pattern == "*.*" ||
             (!pattern.empty() && pattern.find_first_not_of('*') == std::string_view::npos)) {
             compiled.kind = Kind::Everything;
@@ -112,8 +118,6 @@ MaskMatcher::MaskMatcher(std::string_view maskText) {
         } else if (IsPlainAscii(pattern)) {
             compiled.kind = Kind::AsciiExact;
             compiled.ascii = LowerCaseName(pattern);
-        } else {
-            compiled.units = CompilePattern(pattern);
         }
         patterns_.push_back(std::move(compiled));
         if (end == maskText.size()) {
@@ -126,27 +130,37 @@ MaskMatcher::MaskMatcher(std::string_view maskText) {
 bool MaskMatcher::Matches(std::string_view name) const {
     bool decoded = false;
     auto& nameUnits = NameUnitsBuffer();
+    // Case folding over code points, as every pattern is read when a fast path cannot answer.
+    const auto general = [&](const Pattern& p) {
+        if (!decoded) {
+            DecodeFolded(name, nameUnits);
+            decoded = true;
+        }
+        return MatchUnits(p.units, nameUnits);
+    };
     for (const auto& p : patterns_) {
         switch (p.kind) {
         case Kind::Everything:
             return true;
         case Kind::AsciiSuffix:
-            if (name.size() >= p.ascii.size() &&
-                AsciiEqualFolded(name.substr(name.size() - p.ascii.size()), p.ascii)) {
-                return true;
+            // A name's ASCII bytes are its last characters, so comparing them folded is the
+            // general rule; other characters may fold to ASCII ("ſ" to "s", the Kelvin sign to
+            // "k"), so a name ending in them is read in full.
+            if (name.size() >= p.ascii.size()) {
+                const std::string_view tail = name.substr(name.size() - p.ascii.size());
+                if (IsAscii(tail) ? AsciiEqualFolded(tail, p.ascii) : general(p)) {
+                    return true;
+                }
             }
             break;
         case Kind::AsciiExact:
-            if (name.size() == p.ascii.size() && AsciiEqualFolded(name, p.ascii)) {
+            if (IsAscii(name) ? name.size() == p.ascii.size() && AsciiEqualFolded(name, p.ascii)
+                              : general(p)) {
                 return true;
             }
             break;
         case Kind::General:
-            if (!decoded) {
-                DecodeFolded(name, nameUnits);
-                decoded = true;
-            }
-            if (MatchUnits(p.units, nameUnits)) {
+            if (general(p)) {
                 return true;
             }
             break;

@@ -8,7 +8,9 @@
 // matcher the program was built around: the mask is split at ";", blanks before each pattern
 // are ignored, matching is case-insensitive, "*" stands for any run of characters and "?" for
 // exactly one, and the pattern "*.*" matches every name, with or without a dot. Every other
-// character, "[" included, stands for itself.
+// character, "[" included, stands for itself. Case is folded over code points (simple case
+// folding: "ſ" is "s", "K" the Kelvin sign is "k", "ß" stays "ß"), the same for every way of
+// writing a pattern; a byte that is not UTF-8 is a character of its own.
 class MaskMatcher {
 public:
     explicit MaskMatcher(std::string_view maskText);
@@ -21,7 +23,7 @@ private:
     struct Pattern {
         Kind kind;
         std::string ascii;           // lower-cased literal for the ASCII kinds
-        std::vector<char32_t> units; // folded characters and wildcards for General
+        std::vector<char32_t> units; // folded characters and wildcards, for every kind
     };
     std::vector<Pattern> patterns_;
 };
