@@ -11,8 +11,11 @@
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
+#include <fcntl.h>
 #include <map>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -22,6 +25,9 @@ public:
     void ObjectsCounted(int64_t shown) override { objects.push_back(ObjectsText(shown)); }
     void FolderEntered(std::string_view name, int64_t objects, int32_t matched) override {
         folders.push_back(FolderMessageTexts(name, objects, matched).part0);
+        if (onFolder) {
+            onFolder(folders.back());
+        }
     }
     void Yield() override {
         ++yields;
@@ -33,6 +39,7 @@ public:
     std::vector<QString> folders;
     int yields = 0;
     std::function<void()> onYield;
+    std::function<void(const QString&)> onFolder;
 };
 
 struct Outcome {
@@ -77,6 +84,37 @@ bool IsFolder(const std::string& p) {
 }
 bool EndsWith(const std::string& s, const std::string& end) {
     return s.size() >= end.size() && s.compare(s.size() - end.size(), end.size(), end) == 0;
+}
+
+// Descriptors the process holds (not counting the one that lists them).
+int OpenDescriptors() {
+    int count = -1;
+    for ([[maybe_unused]] const auto& entry :
+         std::filesystem::directory_iterator("/proc/self/fd")) {
+        ++count;
+    }
+    return count;
+}
+
+// The open-file limit counts descriptor numbers: the one below which exactly two are free.
+int LimitLeavingTwoFree() {
+    int free = 0;
+    for (int fd = 0;; ++fd) {
+        if (fcntl(fd, F_GETFD) == -1 && ++free == 2) {
+            return fd + 1;
+        }
+    }
+}
+
+long RssKiB() {
+    long pages = 0, resident = 0;
+    if (std::FILE* statm = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(statm, "%ld %ld", &pages, &resident) != 2) {
+            resident = 0;
+        }
+        std::fclose(statm);
+    }
+    return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
 // A tree with every kind of entry the walk must tell apart.
@@ -261,21 +299,125 @@ TEST(FolderWalk, PathsLongerThanPathMaxAreFoundByteExact) {
     EXPECT_EQ(Search(deepRoot, Options("*.txt")).paths, std::vector<std::string>{chain.back()});
 }
 
-TEST(FolderWalk, TreesDeeperThanTheOpenFileLimitAreWalkedWhole) {
+// A 5 000-level tree (a folder and a file at each level) walked in a child process under an
+// open-file limit: every file is found, and the walk's memory grows by little more than the
+// paths it stores (25 MiB here); a level keeping a buffer of its own for the whole walk took
+// 160 MiB more.
+TEST(FolderWalk, DeepTreesAreWalkedWholeInLittleMemoryWhateverTheDescriptorLimit) {
     TestTree t;
-    const auto chain = t.DeepChain("", 300, "d");
-    t.File("d/d/side.txt");
-    const auto expected =
-        Keep(ReaddirOrder(t.Root()), [](const std::string& p) { return EndsWith(p, ".txt"); });
-    rlimit saved{};
-    getrlimit(RLIMIT_NOFILE, &saved);
-    rlimit low = saved;
-    low.rlim_cur = 64;
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &low), 0);
-    const Outcome o = Search(t.Root(), Options("*.txt"));
-    setrlimit(RLIMIT_NOFILE, &saved);
-    EXPECT_EQ(o.paths, expected);
-    EXPECT_EQ(o.paths.size(), chain.size() + 1);
+    const auto chain = t.DeepChain("", 5000, "d");
+    struct Limit {
+        const char* what;
+        int descriptors; // 0: as it is; -2: two free numbers below it (like ulimit -n 6)
+    };
+    for (const Limit limit : {Limit{"as it is", 0}, Limit{"64", 64}, Limit{"two spare", -2}}) {
+        SCOPED_TRACE(limit.what);
+        int report[2];
+        ASSERT_EQ(pipe(report), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            const long start = RssKiB();
+            rlimit low{};
+            getrlimit(RLIMIT_NOFILE, &low);
+            if (limit.descriptors != 0) {
+                low.rlim_cur = limit.descriptors > 0 ? limit.descriptors : LimitLeavingTwoFree();
+                setrlimit(RLIMIT_NOFILE, &low);
+            }
+            const Outcome o = Search(t.Root(), Options("*.txt"));
+            rusage usage{};
+            getrusage(RUSAGE_SELF, &usage);
+            const long result[2] = {static_cast<long>(o.paths.size()), usage.ru_maxrss - start};
+            _exit(write(report[1], result, sizeof result) == sizeof result ? 0 : 1);
+        }
+        close(report[1]);
+        long result[2] = {-1, -1};
+        EXPECT_EQ(read(report[0], result, sizeof result), static_cast<ssize_t>(sizeof result));
+        close(report[0]);
+        waitpid(child, nullptr, 0);
+        EXPECT_EQ(result[0], static_cast<long>(chain.size()));
+        EXPECT_LT(result[1], 48 * 1024) << "KiB more than before the walk";
+    }
+}
+
+// Deep levels give their descriptor back; a folder moved away meanwhile must not end the
+// levels above it, whose files never moved.
+TEST(FolderWalk, AFolderMovedDuringTheWalkLosesNothingThatStayed) {
+    TestTree t;
+    for (const char* level : {"", "a/", "a/b/", "a/b/c/", "a/b/c/d/", "a/b/c/d/e/"}) {
+        for (int i = 0; i < 10; ++i) {
+            t.File(std::string(level) + "f" + std::to_string(i) + ".txt");
+        }
+    }
+    const auto stayed = Keep(ReaddirOrder(t.Root()), [&](const std::string& p) {
+        return EndsWith(p, ".txt") && p.rfind(t.Path("a/b/c/"), 0) != 0;
+    });
+    RecordingListener listener;
+    CancelFlag cancel;
+    FileDataArray store;
+    store.Prepare();
+    SearchCounters counters;
+    const SearchOptions options = Options("*.txt");
+    FolderWalk walk(options, store, counters, cancel, &listener);
+    walk.SetKeptLevels(1);
+    bool moved = false;
+    listener.onFolder = [&](const QString& message) {
+        if (message.startsWith("Searching e") && !moved) {
+            moved = rename(t.Path("a/b/c").c_str(), t.Path("moved").c_str()) == 0;
+        }
+    };
+    ASSERT_TRUE(walk.Walk(t.Root()));
+    ASSERT_TRUE(moved);
+    std::vector<std::string> found;
+    for (int32_t i = 0; i < counters.MatchedCount; ++i) {
+        found.emplace_back(store[i].FullPath());
+    }
+    for (const std::string& file : stayed) {
+        EXPECT_EQ(std::count(found.begin(), found.end(), file), 1) << file;
+    }
+}
+
+TEST(FolderWalk, AFolderThatCannotBeOpenedIsSkippedAndItsLaterSiblingsAreWalked) {
+    TestTree t;
+    for (int i = 0; i < 12; ++i) {
+        t.File("s" + std::to_string(i) + "/in.txt");
+    }
+    t.File("locked/secret.txt");
+    const auto expected = Keep(ReaddirOrder(t.Root()), [&](const std::string& p) {
+        return EndsWith(p, ".txt") && p.find("locked") == std::string::npos;
+    });
+    CancelFlag cancel;
+    FileDataArray store;
+    store.Prepare();
+    SearchCounters counters;
+    const SearchOptions options = Options("*.txt");
+    FolderWalk walk(options, store, counters, cancel, nullptr);
+    walk.SetOpenFolderForTesting([](int dirFd, const char* name, int flags) {
+        if (std::string_view(name) == "locked") {
+            errno = EACCES;
+            return -1;
+        }
+        return openat(dirFd, name, flags);
+    });
+    ASSERT_TRUE(walk.Walk(t.Root()));
+    std::vector<std::string> found;
+    for (int32_t i = 0; i < counters.MatchedCount; ++i) {
+        found.emplace_back(store[i].FullPath());
+    }
+    EXPECT_EQ(found, expected);
+}
+
+TEST(FolderWalk, ARelativeRootIsMadeAbsoluteWithoutResolvingLinks) {
+    TestTree t;
+    t.File("real/x.txt");
+    t.Link("via", "real");
+    char* saved = getcwd(nullptr, 0);
+    ASSERT_EQ(chdir(t.Root().c_str()), 0);
+    const std::vector<std::string> via = {t.Path("via/x.txt")};
+    EXPECT_EQ(Search("via", Options("*.txt")).paths, via);
+    EXPECT_EQ(Search("./via/", Options("*.txt")).paths, via);
+    EXPECT_EQ(Search(".", Options("*.txt")).paths, std::vector<std::string>{t.Path("real/x.txt")});
+    EXPECT_EQ(chdir(saved), 0);
+    std::free(saved);
 }
 
 TEST(FolderWalk, FoldersThatGaveBackTheirDescriptorCarryOnAfterTheirSubfolders) {
@@ -299,15 +441,6 @@ TEST(FolderWalk, FoldersThatGaveBackTheirDescriptorCarryOnAfterTheirSubfolders) 
         found.emplace_back(store[i].FullPath());
     }
     EXPECT_EQ(found, expected);
-}
-
-int OpenDescriptors() {
-    int count = 0;
-    for ([[maybe_unused]] const auto& entry :
-         std::filesystem::directory_iterator("/proc/self/fd")) {
-        ++count;
-    }
-    return count;
 }
 
 TEST(FolderWalk, CancelUnwindsEveryLevelAndKeepsWhatWasStored) {

@@ -15,18 +15,39 @@
 
 namespace {
 
-constexpr size_t kMinEntryBuffer = 32 * 1024;
-constexpr size_t kMinFreeForRead = 16 * 1024;
+constexpr size_t kScratchSize = 32 * 1024;
 constexpr int kOpenDirFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+constexpr int kMostKeptLevels = 128;
 
+int CountOpenDescriptors() {
+    DIR* dir = opendir("/proc/self/fd");
+    if (dir == nullptr) {
+        return 3;
+    }
+    int count = -1; // the one reading the list
+    while (const dirent* entry = readdir(dir)) {
+        if (entry->d_name[0] != '.') {
+            ++count;
+        }
+    }
+    closedir(dir);
+    return count;
+}
+
+// Half of what the process may still open, less a few for the rest of the program; the walk
+// itself needs two at the deepest point (a folder and the subfolder being opened).
 int DefaultKeptLevels() {
     rlimit limit{};
     rlim_t soft = 1024;
     if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
         soft = limit.rlim_cur;
     }
-    // Leave most descriptors to the rest of the program.
-    return static_cast<int>(std::clamp<rlim_t>(soft / 8, 2, 128));
+    const long spare = static_cast<long>(soft) - CountOpenDescriptors();
+    return static_cast<int>(std::clamp<long>(spare / 2 - 2, 0, kMostKeptLevels));
+}
+
+bool OutOfDescriptors(int error) {
+    return error == EMFILE || error == ENFILE;
 }
 
 // Opens the root the user named. Links in it are followed, as any path typed by a user is.
@@ -71,70 +92,140 @@ FolderWalk::FolderWalk(const SearchOptions& options, FileDataArray& store, Searc
                        const CancelFlag& cancel, WalkListener* listener)
     : options_(options), store_(store), counters_(counters), cancel_(cancel), listener_(listener),
       matcher_(options.MaskText), expected_(options.ExpectedMatch == 1),
-      keptLevels_(DefaultKeptLevels()) {
+      keptLevels_(DefaultKeptLevels()),
+      openFolder_([](int dirFd, const char* name, int flags) { return openat(dirFd, name, flags); }) {
 }
 
-FolderWalk::~FolderWalk() {
-    CloseAll();
-}
+FolderWalk::~FolderWalk() = default;
 
-void FolderWalk::CloseAll() {
-    for (auto& level : levels_) {
-        if (level.fd >= 0) {
-            close(level.fd);
-            level.fd = -1;
-        }
+// Reads the whole folder. The level keeps exactly what the folder holds: the records are read
+// into the shared buffer and copied once.
+bool FolderWalk::ReadEntries(int fd, std::vector<char>& into) {
+    if (scratch_.size() < kScratchSize) {
+        scratch_.resize(kScratchSize);
     }
-    depth_ = -1;
-}
-
-bool FolderWalk::ReadEntries(Level& level) {
-    level.used = 0;
-    level.pos = 0;
-    if (level.entries.size() < kMinEntryBuffer) {
-        level.entries.resize(kMinEntryBuffer);
-    }
+    size_t used = 0;
     for (;;) {
-        if (level.entries.size() - level.used < kMinFreeForRead) {
-            level.entries.resize(level.entries.size() * 2);
+        if (scratch_.size() - used < kScratchSize / 2) {
+            scratch_.resize(scratch_.size() * 2);
         }
-        const long n = syscall(SYS_getdents64, level.fd, level.entries.data() + level.used,
-                               level.entries.size() - level.used);
-        if (n == 0) {
+        const long n = syscall(SYS_getdents64, fd, scratch_.data() + used, scratch_.size() - used);
+        if (n <= 0) {
+            into.assign(scratch_.begin(), scratch_.begin() + static_cast<ptrdiff_t>(used));
+            if (scratch_.size() > 32 * kScratchSize) {
+                scratch_ = std::vector<char>(kScratchSize); // a huge folder's buffer goes back
+            }
+            // A folder that fails part-way is walked as far as it could be read.
+            return n == 0 || used > 0;
+        }
+        used += static_cast<size_t>(n);
+    }
+}
+
+bool FolderWalk::SameFolder(int fd, const Level& level) const {
+    struct stat st {};
+    return fstat(fd, &st) == 0 && st.st_dev == level.dev && st.st_ino == level.ino;
+}
+
+// Gives back the descriptor of the shallowest level that has one, other than `keep`: those are
+// needed again last, and come back through ".." on the way up. False when none is left.
+bool FolderWalk::GiveBackDescriptor(size_t keep) {
+    for (size_t i = 0; i < levels_.size(); ++i) {
+        if (i != keep && levels_[i].fd.Valid()) {
+            levels_[i].fd.Close();
+            keptLevels_ = std::min(keptLevels_, static_cast<int>(i));
             return true;
         }
-        if (n < 0) {
-            // A folder that fails part-way is walked as far as it could be read.
-            return level.used > 0;
-        }
-        level.used += static_cast<size_t>(n);
     }
+    return false;
+}
+
+UniqueFd FolderWalk::OpenFolderAt(int dirFd, const char* name, size_t keep) {
+    for (;;) {
+        const int fd = openFolder_(dirFd, name, kOpenDirFlags);
+        if (fd >= 0) {
+            return UniqueFd(fd);
+        }
+        if (!OutOfDescriptors(errno) || !GiveBackDescriptor(keep)) {
+            return {};
+        }
+    }
+}
+
+// The descriptor of a level, reopened when it was given back; -1 when the folder is gone (the
+// level is then finished: what it still held went away with it).
+int FolderWalk::LevelFd(size_t level) {
+    if (!levels_[level].fd.Valid() && !ReopenFromAncestor(level)) {
+        return -1;
+    }
+    return levels_[level].fd.Get();
+}
+
+// From the nearest ancestor that is open (or the root, by its path), one name at a time, each
+// checked to be the folder it was. A step that fails finishes that level and all below it.
+bool FolderWalk::ReopenFromAncestor(size_t level) {
+    size_t from = level;
+    while (from > 0 && !levels_[from - 1].fd.Valid()) {
+        --from;
+    }
+    UniqueFd current;
+    if (from == 0) {
+        for (;;) {
+            current.Reset(OpenRoot(rootPath_));
+            if (current || !OutOfDescriptors(errno) || !GiveBackDescriptor(levels_.size())) {
+                break;
+            }
+        }
+        if (!current || !SameFolder(current.Get(), levels_[0])) {
+            for (size_t i = 0; i <= level; ++i) {
+                levels_[i].pos = levels_[i].entries.size();
+            }
+            return false;
+        }
+        from = 1;
+    }
+    for (size_t i = from; i <= level; ++i) {
+        const int parentFd = i == from && !current ? levels_[i - 1].fd.Get() : current.Get();
+        const std::string name =
+            path_.substr(levels_[i].nameStart, levels_[i].nameEnd - levels_[i].nameStart);
+        UniqueFd next = OpenFolderAt(parentFd, name.c_str(), i - 1);
+        if (!next || !SameFolder(next.Get(), levels_[i])) {
+            for (size_t k = i; k <= level; ++k) {
+                levels_[k].pos = levels_[k].entries.size();
+            }
+            return false;
+        }
+        current = std::move(next);
+    }
+    levels_[level].fd = std::move(current);
+    return true;
 }
 
 bool FolderWalk::Walk(const std::string& folderPath) {
-    CloseAll();
-    const int fd = OpenRoot(folderPath);
-    if (fd < 0) {
+    levels_.clear();
+    rootPath_ = folderPath;
+    UniqueFd root(OpenRoot(folderPath));
+    struct stat st {};
+    if (!root || fstat(root.Get(), &st) != 0) {
         return false;
     }
-    if (levels_.empty()) {
-        levels_.emplace_back();
-    }
+    Level& first = levels_.emplace_back();
+    first.dev = st.st_dev;
+    first.ino = st.st_ino;
     path_ = folderPath;
-    depth_ = 0;
-    Level& root = levels_[0];
-    root.fd = fd;
-    root.parentPathLength = 0;
-    if (!ReadEntries(root) || cancel_.IsRaised()) {
-        CloseAll();
+    first.nameEnd = path_.size();
+    if (!ReadEntries(root.Get(), first.entries) || cancel_.IsRaised()) {
+        levels_.clear();
         return true;
     }
+    first.fd = std::move(root);
 
-    while (depth_ >= 0) {
-        Level& level = levels_[depth_];
-        if (level.pos >= level.used) {
+    while (!levels_.empty()) {
+        const size_t depth = levels_.size() - 1;
+        Level& level = levels_[depth];
+        if (level.Finished()) {
             Ascend();
-            if (depth_ >= 0 && AfterEntry()) {
+            if (!levels_.empty() && AfterEntry()) {
                 break;
             }
             continue;
@@ -142,8 +233,14 @@ bool FolderWalk::Walk(const std::string& folderPath) {
         const auto* entry = reinterpret_cast<const dirent64*>(level.entries.data() + level.pos);
         level.pos += entry->d_reclen;
         const std::string_view name(entry->d_name);
-        const bool isFolder = entry->d_type == DT_DIR ||
-                              (entry->d_type == DT_UNKNOWN && IsFolderAt(level.fd, entry->d_name));
+        bool isFolder = entry->d_type == DT_DIR;
+        if (entry->d_type == DT_UNKNOWN) {
+            const int fd = LevelFd(depth);
+            if (fd < 0) {
+                continue;
+            }
+            isFolder = IsFolderAt(fd, entry->d_name);
+        }
         if (isFolder) {
             // "." and "..", and deliberately every folder whose name begins with a dot.
             if (name.front() != '.') {
@@ -174,7 +271,7 @@ bool FolderWalk::Walk(const std::string& folderPath) {
             ++counters_.ObjectCount;
             GrowStoreIfNeeded();
             if (matcher_.Matches(name) == expected_) {
-                StoreFile(level.fd, name);
+                StoreFile(depth, name);
             }
             if (counters_.ObjectCount % 4000 == 1 && listener_) {
                 listener_->ObjectsCounted(counters_.ObjectCount - 1);
@@ -184,7 +281,7 @@ bool FolderWalk::Walk(const std::string& folderPath) {
             break;
         }
     }
-    CloseAll();
+    levels_.clear();
     return true;
 }
 
@@ -210,11 +307,12 @@ void FolderWalk::GrowStoreIfNeeded() {
     }
 }
 
-void FolderWalk::StoreFile(int dirFd, std::string_view name) {
-    // `name` points into the entry buffer, which ends each name with a NUL.
+void FolderWalk::StoreFile(size_t level, std::string_view name) {
+    // `name` points into the level's records, which end each name with a NUL.
     struct stat st {};
     int64_t time = 0;
-    if (fstatat(dirFd, name.data(), &st, AT_SYMLINK_NOFOLLOW) == 0) {
+    const int fd = LevelFd(level);
+    if (fd >= 0 && fstatat(fd, name.data(), &st, AT_SYMLINK_NOFOLLOW) == 0) {
         time = ToFileTime(st.st_mtim.tv_sec, st.st_mtim.tv_nsec);
     }
     const std::string_view extension = ExtensionOf(name);
@@ -229,62 +327,49 @@ void FolderWalk::StoreFile(int dirFd, std::string_view name) {
 // Opens a subfolder of the current level and makes it the current level. Returns false when
 // it cannot be opened or read (skipped silently) or when a cancel is already raised.
 bool FolderWalk::Descend(std::string_view name) {
-    const int fd = openat(levels_[depth_].fd, name.data(), kOpenDirFlags);
-    if (fd < 0) {
+    const size_t depth = levels_.size() - 1;
+    const int parentFd = LevelFd(depth);
+    if (parentFd < 0) {
         return false;
     }
-    if (static_cast<int>(levels_.size()) <= depth_ + 1) {
-        levels_.emplace_back();
-    }
-    Level& parentLevel = levels_[depth_]; // emplace_back may have moved it
-    Level& child = levels_[depth_ + 1];
-    child.fd = fd;
-    if (!ReadEntries(child) || cancel_.IsRaised()) {
-        close(fd);
-        child.fd = -1;
+    UniqueFd fd = OpenFolderAt(parentFd, name.data(), depth);
+    struct stat st {};
+    if (!fd || fstat(fd.Get(), &st) != 0) {
         return false;
     }
-    child.parentPathLength = path_.size();
+    Level child;
+    if (!ReadEntries(fd.Get(), child.entries) || cancel_.IsRaised()) {
+        return false;
+    }
+    child.fd = std::move(fd);
+    child.dev = st.st_dev;
+    child.ino = st.st_ino;
+    child.nameStart = path_.size();
     path_.append(name);
+    child.nameEnd = path_.size();
     path_ += '/';
-    ++depth_;
+    levels_.push_back(std::move(child));
     // Deep down, the parent gives its descriptor back; its entries are already read.
-    if (depth_ - 1 >= keptLevels_) {
-        struct stat st {};
-        if (fstat(parentLevel.fd, &st) == 0) {
-            parentLevel.dev = st.st_dev;
-            parentLevel.ino = st.st_ino;
-            close(parentLevel.fd);
-            parentLevel.fd = -1;
-        }
+    if (static_cast<int>(depth) >= keptLevels_) {
+        levels_[depth].fd.Close();
     }
     return true;
 }
 
-// Leaves the current level for its parent, reopening the parent through ".." when it gave its
-// descriptor back. A parent that is no longer the same folder ends there, silently.
+// Leaves the current level, giving back its descriptor and its entries. A parent that still has
+// entries and gave its descriptor back is reopened through "..", when that is still the same
+// folder; otherwise LevelFd reopens it from an ancestor when it is next needed.
 void FolderWalk::Ascend() {
-    Level& child = levels_[depth_];
-    if (depth_ > 0) {
-        Level& parent = levels_[depth_ - 1];
-        if (parent.fd < 0) {
-            const int fd = openat(child.fd, "..", kOpenDirFlags);
-            struct stat st {};
-            if (fd >= 0 && fstat(fd, &st) == 0 && st.st_dev == parent.dev &&
-                st.st_ino == parent.ino) {
-                parent.fd = fd;
-            } else {
-                if (fd >= 0) {
-                    close(fd);
-                }
-                parent.pos = parent.used;
+    Level& child = levels_.back();
+    if (levels_.size() > 1) {
+        Level& parent = levels_[levels_.size() - 2];
+        if (!parent.fd.Valid() && !parent.Finished() && child.fd.Valid()) {
+            UniqueFd up = OpenFolderAt(child.fd.Get(), "..", levels_.size() - 1);
+            if (up && SameFolder(up.Get(), parent)) {
+                parent.fd = std::move(up);
             }
         }
     }
-    if (child.fd >= 0) {
-        close(child.fd);
-        child.fd = -1;
-    }
-    path_.resize(child.parentPathLength);
-    --depth_;
+    path_.resize(child.nameStart);
+    levels_.pop_back();
 }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/UniqueFd.h"
 #include "search/FileDataArray.h"
 #include "search/MaskMatcher.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -36,7 +38,7 @@ public:
     virtual void ObjectsCounted(int64_t shown) = 0;
     // A folder is entered (only while ShowFolderProgress is on).
     virtual void FolderEntered(std::string_view name, int64_t objects, int32_t matched) = 0;
-    // A point where the original let its message loop run.
+    // A point where the event loop may run.
     virtual void Yield() = 0;
 };
 
@@ -45,9 +47,13 @@ public:
 // searched; files whose name begins with "." are examined like any other. Symbolic links are
 // never followed: a link is examined like a file. A folder that cannot be opened is skipped.
 //
-// Folders are opened relative to their parent, so paths longer than PATH_MAX work, and below
-// a fixed depth a folder gives its descriptor back while its subfolder is walked and reopens
-// itself through ".." afterwards, so the depth of a tree is not bounded by the open-file limit.
+// Folders are opened relative to their parent, so paths longer than PATH_MAX work. Each level
+// holds the entries of its folder, and only those, until it is left. Deep down, a folder gives
+// its descriptor back while its subfolders are walked, and reopens itself through ".." (or,
+// when that is no longer its parent, from the nearest open ancestor, one name at a time),
+// checking that it is still the same folder: so neither the open-file limit nor a folder moved
+// during the walk ends a level that is still there. Running out of descriptors gives kept ones
+// back and tries again: it is never taken for an unreadable folder.
 class FolderWalk {
 public:
     FolderWalk(const SearchOptions& options, FileDataArray& store, SearchCounters& counters,
@@ -61,27 +67,36 @@ public:
     bool Walk(const std::string& folderPath);
 
     // How many levels, counted from the root, keep their descriptor while deeper levels are
-    // walked. Derived from the open-file limit; tests lower it to exercise the reopening.
-    void SetKeptLevels(int levels) { keptLevels_ = levels < 1 ? 1 : levels; }
+    // walked. Derived from the descriptors the process may still open; tests lower it.
+    void SetKeptLevels(int levels) { keptLevels_ = levels < 0 ? 0 : levels; }
+
+    // Replaces openat(2) for subfolders; tests make chosen folders fail.
+    using OpenFolderFunction = std::function<int(int dirFd, const char* name, int flags)>;
+    void SetOpenFolderForTesting(OpenFolderFunction open) { openFolder_ = std::move(open); }
 
 private:
     struct Level {
-        int fd = -1;
-        std::vector<char> entries; // raw directory records of the whole folder
-        size_t used = 0;
+        UniqueFd fd;
+        std::vector<char> entries; // the folder's raw directory records
         size_t pos = 0;
-        size_t parentPathLength = 0; // length of the path before this folder's name was added
+        size_t nameStart = 0; // where this folder's name begins in path_
+        size_t nameEnd = 0;   // where it ends (before the "/")
         dev_t dev = 0;
         ino_t ino = 0;
+        bool Finished() const { return pos >= entries.size(); }
     };
 
-    bool ReadEntries(Level& level);
     bool Descend(std::string_view name);
     void Ascend();
+    int LevelFd(size_t level);
+    bool ReopenFromAncestor(size_t level);
+    bool SameFolder(int fd, const Level& level) const;
+    UniqueFd OpenFolderAt(int dirFd, const char* name, size_t keep);
+    bool GiveBackDescriptor(size_t keep);
+    bool ReadEntries(int fd, std::vector<char>& into);
     bool AfterEntry();
     void GrowStoreIfNeeded();
-    void StoreFile(int dirFd, std::string_view name);
-    void CloseAll();
+    void StoreFile(size_t level, std::string_view name);
 
     const SearchOptions& options_;
     FileDataArray& store_;
@@ -91,8 +106,10 @@ private:
     MaskMatcher matcher_;
     bool expected_;
     int keptLevels_;
+    OpenFolderFunction openFolder_;
 
-    std::vector<Level> levels_;
-    int depth_ = -1;
+    std::vector<Level> levels_; // [0] is the root; the last is the folder being walked
     std::string path_;
+    std::string rootPath_;
+    std::vector<char> scratch_; // getdents64's buffer, shared by every level
 };

@@ -1,6 +1,10 @@
 #include "search/PathText.h"
 
 #include <QChar>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <unistd.h>
 
 std::string_view ExtensionOf(std::string_view name) {
     const auto dot = name.rfind('.');
@@ -123,6 +127,27 @@ std::string_view TrimSpacesAndTabs(std::string_view text) {
 int64_t ToFileTime(int64_t seconds, int64_t nanoseconds) {
     constexpr int64_t kSecondsFrom1601To1970 = 11644473600;
     return (seconds + kSecondsFrom1601To1970) * 10000000 + nanoseconds / 100;
+}
+
+std::string AbsolutePath(std::string_view path) {
+    if (path.empty() || path.front() == '/') {
+        return std::string(path);
+    }
+    std::string folder(PATH_MAX, '\0');
+    while (getcwd(folder.data(), folder.size()) == nullptr) {
+        if (errno != ERANGE) {
+            return path.front() == '-' ? "./" + std::string(path) : std::string(path);
+        }
+        folder.resize(folder.size() * 2);
+    }
+    folder.resize(std::strlen(folder.c_str()));
+    if (path == ".") {
+        return folder;
+    }
+    if (path.substr(0, 2) == "./") {
+        path.remove_prefix(2);
+    }
+    return WithTrailingSlash(folder) + std::string(path);
 }
 
 std::string ParentFolder(std::string_view path) {

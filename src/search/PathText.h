@@ -31,6 +31,12 @@ int64_t ToFileTime(int64_t seconds, int64_t nanoseconds);
 // so such names compare byte-exact.
 char32_t DecodeUtf8(std::string_view text, size_t& pos);
 
+// `path` made absolute against the current folder, without resolving links or "..": a relative
+// root would store relative paths, and a program launched later in another folder would open
+// other files. Empty stays empty; when the current folder cannot be told, a relative path is
+// kept, behind "./" if it would otherwise begin with "-".
+std::string AbsolutePath(std::string_view path);
+
 // The parent of a folder path, with a trailing "/": "/home/ann/docs/" gives "/home/ann/". The
 // root "/" stays as it is; a path of one relative name gives "".
 std::string ParentFolder(std::string_view path);

@@ -8,7 +8,7 @@
 void SearchSession::Prepare(const std::string& rootText, const SearchOptions& options) {
     options_ = options;
     counters_ = SearchCounters{};
-    rootPath_ = WithTrailingSlash(rootText);
+    rootPath_ = WithTrailingSlash(AbsolutePath(rootText));
     rootWasFolder_ = false;
     elapsedSeconds_ = 0;
     resultsAvailable_ = false;

@@ -14,8 +14,8 @@ public:
     // Rows a result list can hold; more results are shown only through per-type views.
     static constexpr int32_t kListLimit = 32701;
 
-    // Resets counters and flags for a new search of `rootText` (a "/" is added at its end when
-    // missing) with `options`.
+    // Resets counters and flags for a new search of `rootText` (made absolute against the
+    // current folder, with a "/" at its end) with `options`.
     void Prepare(const std::string& rootText, const SearchOptions& options);
 
     // Erases the store, gives it its first 501 slots, lowers nothing and walks the root.
