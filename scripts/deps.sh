@@ -3,7 +3,7 @@
 # so a second run costs nothing. Usage: scripts/deps.sh [extra-package ...]
 set -euo pipefail
 
-packages=(build-essential cmake qt6-base-dev libgtest-dev "$@")
+packages=(build-essential cmake pkg-config qt6-base-dev libglib2.0-dev libgtest-dev "$@")
 
 missing=()
 for p in "${packages[@]}"; do

@@ -291,7 +291,7 @@ TEST_F(CensusDialogTest, AFileThatCannotBeWrittenIsReportedAndTheDialogStays) {
         return 0;
     });
     ASSERT_EQ(prompts.asked.size(), 2u);
-    EXPECT_EQ(prompts.asked[0].text, "Cannot write /dev/full: No space left on device");
+    EXPECT_EQ(prompts.asked[0].text, "Cannot replace /dev/full: Not a regular file");
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Critical);
     EXPECT_EQ(prompts.asked[1].text,
               QString::fromStdString("Cannot create " + tree.Path("no/such/folder/r.txt") +

@@ -5,6 +5,7 @@
 #include "app/frmMain.h"
 #include "fileops/FolderPickerDialog.h"
 #include "fileops/dlgProgress.h"
+#include "fileops/dlgProperties.h"
 #include "fileops/modBrowse.h"
 #include "platform/CancelFlag.h"
 #include "settings/modPProfile.h"
@@ -15,18 +16,20 @@
 #include <QScreen>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace {
 
 TEST(dlgProgress, MessageBarAndCancel) {
     CancelFlag cancel;
-    dlgProgress progress(cancel);
+    AppSettings settings;
+    dlgProgress progress(cancel, settings, nullptr);
     progress.SetMessage("");
     EXPECT_EQ(progress.Message(), "Processing...");
     progress.SetMessage("Copying a.txt");
     EXPECT_EQ(progress.Message(), "Copying a.txt");
 
-    progress.Create(nullptr, 3, 10, true);
+    progress.Create(3, 10, true);
     EXPECT_TRUE(progress.isVisible());
     EXPECT_TRUE(progress.CancelShown());
     const int expected[] = {3, 6, 9, 9, 9};
@@ -54,7 +57,7 @@ TEST(dlgProgress, MessageBarAndCancel) {
     progress.Destroy();
     EXPECT_FALSE(progress.isVisible());
 
-    progress.Create(nullptr, 1, 5, false);
+    progress.Create(1, 5, false);
     EXPECT_FALSE(progress.CancelShown());
     progress.Destroy();
 }
@@ -106,7 +109,7 @@ TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
         ScriptedPrompts prompts;
         prompts.folders.push_back(t.Path("picked"));
         const std::string picked =
-            modBrowse::PickFolder(c.purpose, true, t.Path("start"), profile, prompts, nullptr);
+            modBrowse::PickFolder(c.purpose, true, t.Path("start"), profile, prompts);
         EXPECT_EQ(picked, t.Path("picked"));
         ASSERT_EQ(prompts.folderRequests.size(), 1u);
         const FolderRequest& r = prompts.folderRequests[0];
@@ -132,13 +135,13 @@ TEST(modBrowse, MissingStartCancelAndUnknownPurposes) {
     profile.Start();
     profile.Settings().LastCopyFileTarget = t.Path("deleted-since");
     ScriptedPrompts prompts;
-    EXPECT_EQ(modBrowse::PickFolder(1, true, "", profile, prompts, nullptr), "");
+    EXPECT_EQ(modBrowse::PickFolder(1, true, "", profile, prompts), "");
     EXPECT_EQ(prompts.folderRequests[0].start, t.Path("home/"));
     EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "0")
         << "a cancelled pick remembers nothing";
 
     prompts.folders.push_back(t.Path("home"));
-    modBrowse::PickFolder(9, true, "", profile, prompts, nullptr);
+    modBrowse::PickFolder(9, true, "", profile, prompts);
     ASSERT_EQ(prompts.asked.size(), 1u);
     EXPECT_EQ(prompts.asked[0].text, "oops!");
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::None);
@@ -246,8 +249,26 @@ TEST(dlgAbout, ShowsVersionMemoryAndOpensTheProjectPage) {
     dlgAbout about(desktop);
     EXPECT_TRUE(about.findChild<QLabel*>("lblVersion")->text().startsWith("Version "));
     emit about.findChild<QLabel*>("lblLink")->linkActivated(kProjectPage);
-    ASSERT_EQ(desktop.opened.size(), 1u);
-    EXPECT_EQ(desktop.opened[0].toString(), kProjectPage);
+    EXPECT_EQ(desktop.calls, std::vector<std::string>{std::string("url ") + kProjectPage});
+}
+
+TEST(dlgProperties, ShowsWhatTheFileSystemSays) {
+    TestTree t;
+    WriteBytes(t.Path("notes.txt"), "hello");
+    chmod(t.Path("notes.txt").c_str(), 0640);
+    t.SetTime("notes.txt", 1700000000, 0);
+    dlgProperties properties(t.Path("notes.txt"));
+    EXPECT_EQ(properties.Field("Name"), "notes.txt");
+    EXPECT_EQ(properties.Field("Folder"), QString::fromStdString(t.Root()));
+    EXPECT_EQ(properties.Field("Size"), "5 bytes");
+    EXPECT_EQ(properties.Field("Permissions"), "-rw-r----- (640)");
+    EXPECT_TRUE(properties.Field("Owner").startsWith("root:") ||
+                !properties.Field("Owner").isEmpty());
+    EXPECT_FALSE(properties.Field("Modified").isEmpty());
+    EXPECT_EQ(dlgProperties::PermissionsText(S_IFDIR | 0755), "drwxr-xr-x (755)");
+    EXPECT_EQ(dlgProperties::PermissionsText(S_IFLNK | 0777), "lrwxrwxrwx (777)");
+    dlgProperties gone(t.Path("vanished.txt"));
+    EXPECT_EQ(gone.Field("Type"), "(cannot be read: it may have been moved or deleted)");
 }
 
 } // namespace

@@ -2,11 +2,15 @@
 
 #include "TestTree.h"
 
+#include <algorithm>
 #include <fcntl.h>
+#include <functional>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -46,6 +50,13 @@ INSTANTIATE_TEST_SUITE_P(
         ReadCase{"missing section", "[o]\r\nk=1\r\n", "p", "k", "<default>"},
         ReadCase{"blanks around", "  [ o ]  \r\n  k  =  a b  \r\n", "o", "k", "a b"},
         ReadCase{"LF only", "[o]\nk=lf\n", "o", "k", "lf"},
+        ReadCase{"a lone CR ends a line", "[o]\rk=cr\rj=2\r", "o", "k", "cr"},
+        ReadCase{"lone CR, next key", "[o]\rk=cr\rj=2", "o", "j", "2"},
+        ReadCase{"double quotes come off", "[o]\r\nk= \"a b\" \r\n", "o", "k", "a b"},
+        ReadCase{"single quotes come off", "[o]\r\nk='a'\r\n", "o", "k", "a"},
+        ReadCase{"quotes that do not match stay", "[o]\r\nk=\"a'\r\n", "o", "k", "\"a'"},
+        ReadCase{"a quote alone stays", "[o]\r\nk=\"\r\n", "o", "k", "\""},
+        ReadCase{"inner quotes stay", "[o]\r\nk=a \"b\" c\r\n", "o", "k", "a \"b\" c"},
         ReadCase{"byte-order mark", "\xEF\xBB\xBF[o]\r\nk=bom\r\n", "o", "k", "bom"},
         ReadCase{"comment with =", "[o]\r\n;k=no\r\nk=yes\r\n", "o", "k", "yes"},
         ReadCase{"= in value", "[o]\r\nk=a=b\r\n", "o", "k", "a=b"},
@@ -170,6 +181,158 @@ TEST(IniFile, ABatchWritesOnce) {
     }
     EXPECT_EQ(renames, 1);
     EXPECT_EQ(ReadBytes(t.Path("s.ini")), "[o]\r\na=1\r\nb=2\r\n");
+}
+
+// What may stand where the settings file is named, and what a write does to it.
+struct PlaceCase {
+    const char* what;
+    std::function<std::string(const TestTree&)> setUp; // returns the settings path
+    bool inMemory;
+    std::string problem; // the words the user hears ("PATH" is the settings path)
+};
+
+TEST(IniFile, ReplacesOnlyARegularFileItReadOrCreatesOneWhereNothingIs) {
+    const PlaceCase cases[] = {
+        {"nothing there: created", [](const TestTree& t) { return t.Path("s.ini"); }, false, ""},
+        {"a dangling link: its target created",
+         [](const TestTree& t) {
+             t.Link("s.ini", "real.ini");
+             return t.Path("s.ini");
+         },
+         false, ""},
+        {"a device", [](const TestTree&) { return std::string("/dev/null"); }, true,
+         "The settings file ' PATH ' cannot be used (Not a regular file). Your settings are kept "
+         "while the program runs, but nothing is saved to that file."},
+        {"a FIFO (read without blocking)",
+         [](const TestTree& t) {
+             mkfifo(t.Path("s.ini").c_str(), 0600);
+             return t.Path("s.ini");
+         },
+         true,
+         "The settings file ' PATH ' cannot be used (Not a regular file). Your settings are kept "
+         "while the program runs, but nothing is saved to that file."},
+        {"a folder",
+         [](const TestTree& t) {
+             t.Folder("s.ini");
+             return t.Path("s.ini");
+         },
+         true,
+         "The settings file ' PATH ' cannot be used (Is a directory). Your settings are kept "
+         "while the program runs, but nothing is saved to that file."},
+        {"a link to a device",
+         [](const TestTree& t) {
+             t.Link("s.ini", "/dev/zero");
+             return t.Path("s.ini");
+         },
+         true,
+         "The settings file ' PATH ' cannot be used (Not a regular file). Your settings are kept "
+         "while the program runs, but nothing is saved to that file."},
+    };
+    for (const PlaceCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        TestTree t;
+        const std::string path = c.setUp(t);
+        struct stat before {};
+        stat(path.c_str(), &before);
+        IniFile ini(path);
+        std::vector<std::string> told;
+        ini.SetProblemHandler([&](const std::string& problem) { told.push_back(problem); });
+        ini.WriteString("o", "k", "v");
+        ini.WriteString("o", "j", "w");
+        EXPECT_EQ(ini.InMemoryOnly(), c.inMemory);
+        EXPECT_EQ(ini.GetString("o", "j", ""), "w") << "the program goes on with its settings";
+        std::string problem = c.problem;
+        if (const size_t at = problem.find("PATH"); at != std::string::npos) {
+            problem.replace(at, 4, path);
+        }
+        EXPECT_EQ(told, c.inMemory ? std::vector<std::string>{problem}
+                                   : std::vector<std::string>{})
+            << "said once";
+        struct stat after {};
+        if (c.inMemory) {
+            ASSERT_EQ(stat(path.c_str(), &after), 0);
+            EXPECT_EQ(after.st_mode, before.st_mode) << "left as it was";
+            EXPECT_EQ(after.st_ino, before.st_ino);
+        } else {
+            EXPECT_EQ(ReadBytes(path), "[o]\r\nk=v\r\nj=w\r\n");
+        }
+    }
+}
+
+TEST(IniFile, AFileThatCannotBeReadIsNeverWrittenOver) {
+    TestTree t;
+    WriteBytes(t.Path("s.ini"), "[o]\r\nmine=1\r\n");
+    IniFile ini(t.Path("s.ini"));
+    std::string told;
+    ini.SetProblemHandler([&](const std::string& problem) { told = problem; });
+    // No descriptor left: the open fails, as it would on an I/O error or without permission.
+    rlimit saved{};
+    getrlimit(RLIMIT_NOFILE, &saved);
+    rlimit none = saved;
+    none.rlim_cur = 0;
+    setrlimit(RLIMIT_NOFILE, &none);
+    const std::string value = ini.GetString("o", "mine", "<default>");
+    setrlimit(RLIMIT_NOFILE, &saved);
+    EXPECT_EQ(value, "<default>");
+    ini.WriteString("o", "other", "2");
+    EXPECT_TRUE(ini.InMemoryOnly());
+    EXPECT_EQ(ReadBytes(t.Path("s.ini")), "[o]\r\nmine=1\r\n") << "not wiped";
+    EXPECT_EQ(told, "The settings file ' " + t.Path("s.ini") +
+                        " ' cannot be read (Too many open files). Your settings are kept while "
+                        "the program runs, but nothing is saved to that file.");
+}
+
+TEST(IniFile, TwoRunningCopiesKeepEachOthersKeys) {
+    TestTree t;
+    IniFile first(t.Path("s.ini"));
+    IniFile second(t.Path("s.ini"));
+    first.WriteString("o", "a", "1");
+    {
+        IniFile::Batch batch(second);
+        second.WriteString("o", "b", "2");
+        first.WriteString("o", "c", "3"); // lands while the second copy holds its change
+    }
+    first.WriteString("o", "d", "4");
+    EXPECT_EQ(ReadBytes(t.Path("s.ini")), "[o]\r\na=1\r\nc=3\r\nb=2\r\nd=4\r\n");
+
+    // Two processes writing at the same time, each its own keys.
+    constexpr int kKeys = 40;
+    pid_t children[2];
+    for (int c = 0; c < 2; ++c) {
+        children[c] = fork();
+        if (children[c] == 0) {
+            IniFile mine(t.Path("s.ini"));
+            for (int k = 0; k < kKeys; ++k) {
+                mine.WriteString("race", "p" + std::to_string(c) + "k" + std::to_string(k), "x");
+            }
+            _exit(mine.LastWriteSucceeded() ? 0 : 1);
+        }
+    }
+    for (pid_t child : children) {
+        int status = -1;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(IniFile(t.Path("s.ini")).KeyNames("race").size(), 2u * kKeys);
+}
+
+TEST(IniFile, TemporariesThatAKilledWriteLeftAreRemovedAtTheNextStart) {
+    TestTree t;
+    WriteBytes(t.Path("tallymoor.ini"), "[o]\r\n");
+    for (const char* name : {".tallymoor.ini.tallymoor-tmp.Ab12Cd", ".tallymoor.ini.tallymoor-tmp.x",
+                             ".tallymoor.ini.tallymoor-tmp.toolong1", ".tallymoor.ini.backup",
+                             ".other.ini.tallymoor-tmp.Ab12Cd"}) {
+        t.File(name);
+    }
+    IniFile ini(t.Path("tallymoor.ini"));
+    ini.WriteString("o", "k", "v");
+    std::vector<std::string> left = ReaddirOrder(t.Root());
+    std::sort(left.begin(), left.end());
+    EXPECT_EQ(left, (std::vector<std::string>{
+                        t.Path(".other.ini.tallymoor-tmp.Ab12Cd"), t.Path(".tallymoor.ini.backup"),
+                        t.Path(".tallymoor.ini.tallymoor-tmp.toolong1"),
+                        t.Path(".tallymoor.ini.tallymoor-tmp.x"), t.Path("tallymoor.ini")}))
+        << "only the program's own, by their name";
 }
 
 } // namespace

@@ -252,8 +252,9 @@ TEST_F(MainWindowTest, TypeViewsGetTheirOwnTabs) {
     EXPECT_EQ(window->ViewTag(1), ".txt");
     EXPECT_EQ(window->FindViewByTag(" .log "), 2);
     EXPECT_EQ(window->FindViewByTag(".doc"), -1);
-    EXPECT_EQ(dlgProgress::Shared().Message(), "Processing... .txt");
-    EXPECT_FALSE(dlgProgress::Shared().isVisible());
+    auto* progress = Find<dlgProgress>("dlgProgress");
+    EXPECT_EQ(progress->Message(), "Processing... .txt");
+    EXPECT_FALSE(progress->isVisible());
     EXPECT_EQ(Find<QTabBar>("tsResults")->currentIndex(), 2);
     EXPECT_EQ(Text("lblResultType"), ".log files:");
     EXPECT_EQ(Rows("List2"), QStringList{QString::fromStdString(tree.Path("b.log"))});

@@ -86,7 +86,7 @@ TEST_F(OutputCommandsTest, SaveWritesTheWholeListOrItsSelection) {
     prompts.saves.push_back({"/dev/full", true});
     window->SaveResultList();
     ASSERT_EQ(prompts.asked.size(), 1u);
-    EXPECT_EQ(prompts.asked[0].text, "Cannot write /dev/full: No space left on device");
+    EXPECT_EQ(prompts.asked[0].text, "Cannot replace /dev/full: Not a regular file");
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Critical);
 }
 

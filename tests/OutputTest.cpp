@@ -2,9 +2,14 @@
 #include "TestTree.h"
 #include "output/ClipboardExport.h"
 #include "output/ListSaving.h"
+#include "output/TextFile.h"
 #include "search/FileDataArray.h"
 
+#include <csignal>
+#include <functional>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -77,8 +82,6 @@ TEST(ListSaving, SortedWritesByBytes) {
     EXPECT_EQ(ReadBytes(t.Path("l.txt")), "A\r\nb\r\n\xff\r\n");
     EXPECT_EQ(WriteLines(t.Path("l.txt"), {"b", "A"}, false), "");
     EXPECT_EQ(ReadBytes(t.Path("l.txt")), "b\r\nA\r\n");
-    EXPECT_EQ(WriteLines("/dev/full", {"x"}, false),
-              "Cannot write /dev/full: No space left on device");
 }
 
 TEST(ClipboardExport, TextAndTheDotsOnTheStatusLine) {
@@ -104,3 +107,111 @@ TEST(ClipboardExport, TextAndTheDotsOnTheStatusLine) {
 }
 
 } // namespace
+
+// Every way a written file can fail, or could destroy what is not its own.
+struct TextFileCase {
+    const char* what;
+    std::function<std::string(const TestTree&)> setUp; // returns the path to write
+    TextFile::Mode mode;
+    bool tooLarge;            // the write runs into the file-size limit
+    std::string error;        // "" on success; "PATH" stands for the path written
+    std::string afterwards;   // bytes of "t/target" (or of the path) afterwards; "-" for none
+};
+
+TEST(TextFile, WritesOnlyWhatItMayAndLeavesNothingHalfWritten) {
+    using Mode = TextFile::Mode;
+    const std::string lines = [] {
+        std::string all;
+        for (int i = 0; i < 2000; ++i) {
+            all += std::string(58, 'n') + "\r\n";
+        }
+        return all;
+    }();
+    const auto old = [](const TestTree& t) {
+        WriteBytes(t.Path("target"), "old");
+        return t.Path("target");
+    };
+    const TextFileCase cases[] = {
+        {"new file", [](const TestTree& t) { return t.Path("target"); }, Mode::CreateNew, false,
+         "", lines},
+        {"existing file, new wanted", old, Mode::CreateNew, false, "Cannot create PATH: File exists",
+         "old"},
+        {"dangling link, new wanted",
+         [](const TestTree& t) {
+             t.Link("link", "target");
+             return t.Path("link");
+         },
+         Mode::CreateNew, false, "Cannot create PATH: File exists", "-"},
+        {"existing file replaced", old, Mode::Replace, false, "", lines},
+        {"link to a file: the file replaced, the link kept",
+         [&](const TestTree& t) {
+             old(t);
+             t.Link("link", "target");
+             return t.Path("link");
+         },
+         Mode::Replace, false, "", lines},
+        {"dangling link: its target created",
+         [](const TestTree& t) {
+             t.Link("link", "target");
+             return t.Path("link");
+         },
+         Mode::Replace, false, "", lines},
+        {"a device is never replaced", [](const TestTree&) { return std::string("/dev/null"); },
+         Mode::Replace, false, "Cannot replace PATH: Not a regular file", "-"},
+        {"a folder is never replaced",
+         [](const TestTree& t) {
+             t.Folder("target");
+             return t.Path("target");
+         },
+         Mode::Replace, false, "Cannot replace PATH: Is a directory", "-"},
+        {"missing folder", [](const TestTree& t) { return t.Path("nowhere/target"); },
+         Mode::Replace, false, "Cannot create PATH: No such file or directory", "-"},
+        {"short write: the old file stays whole", old, Mode::Replace, true,
+         "Cannot write PATH: File too large", "old"},
+        {"short write: the new file is taken back",
+         [](const TestTree& t) { return t.Path("target"); }, Mode::CreateNew, true,
+         "Cannot write PATH: File too large", "-"},
+    };
+    for (const TextFileCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        TestTree t;
+        const std::string path = c.setUp(t);
+        rlimit saved{};
+        getrlimit(RLIMIT_FSIZE, &saved);
+        if (c.tooLarge) {
+            std::signal(SIGXFSZ, SIG_IGN);
+            rlimit small = saved;
+            small.rlim_cur = 4096;
+            setrlimit(RLIMIT_FSIZE, &small);
+        }
+        TextFile file;
+        if (file.Open(path, c.mode)) {
+            for (int i = 0; i < 2000; ++i) {
+                file.WriteLine(std::string(58, 'n'));
+            }
+            file.Close();
+        }
+        setrlimit(RLIMIT_FSIZE, &saved);
+        std::string error = c.error;
+        if (const size_t at = error.find("PATH"); at != std::string::npos) {
+            error.replace(at, 4, path);
+        }
+        EXPECT_EQ(file.Error(), error);
+        struct stat st {};
+        if (c.afterwards == "-") {
+            EXPECT_TRUE(lstat(t.Path("target").c_str(), &st) != 0 || !S_ISREG(st.st_mode));
+        } else {
+            EXPECT_EQ(ReadBytes(t.Path("target")), c.afterwards);
+        }
+        if (path == t.Path("link")) {
+            EXPECT_EQ(lstat(path.c_str(), &st), 0);
+            EXPECT_TRUE(S_ISLNK(st.st_mode)) << "the link stays a link";
+        }
+        for (const std::string& entry : ReaddirOrder(t.Root())) {
+            EXPECT_EQ(entry.find("tallymoor-tmp"), std::string::npos) << entry;
+        }
+    }
+    struct stat null {};
+    EXPECT_EQ(stat("/dev/null", &null), 0);
+    EXPECT_TRUE(S_ISCHR(null.st_mode));
+}

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-MessageAnswer ScriptedPrompts::Message(QWidget*, const QString& text, MessageIcon icon,
+MessageAnswer ScriptedPrompts::Message(const QString& text, MessageIcon icon,
                                        MessageButtons buttons, const QString& title) {
     asked.push_back({text, icon, buttons, title});
     if (answers.empty()) {
@@ -17,7 +17,7 @@ MessageAnswer ScriptedPrompts::Message(QWidget*, const QString& text, MessageIco
     return answer;
 }
 
-std::string ScriptedPrompts::PickFolder(QWidget*, const FolderRequest& request) {
+std::string ScriptedPrompts::PickFolder(const FolderRequest& request) {
     folderRequests.push_back(request);
     if (folders.empty()) {
         return {};
@@ -27,7 +27,7 @@ std::string ScriptedPrompts::PickFolder(QWidget*, const FolderRequest& request) 
     return folder;
 }
 
-SaveAnswer ScriptedPrompts::SaveFile(QWidget*, const SaveRequest& request) {
+SaveAnswer ScriptedPrompts::SaveFile(const SaveRequest& request) {
     saveRequests.push_back(request);
     if (saves.empty()) {
         return {};
@@ -35,6 +35,21 @@ SaveAnswer ScriptedPrompts::SaveFile(QWidget*, const SaveRequest& request) {
     SaveAnswer answer = saves.front();
     saves.pop_front();
     return answer;
+}
+
+OpenWithAnswer ScriptedPrompts::ChooseApplication(const OpenWithRequest& request) {
+    openWithRequests.push_back(request);
+    if (applications.empty()) {
+        ADD_FAILURE() << "unscripted Open With dialog";
+        return {};
+    }
+    OpenWithAnswer answer = applications.front();
+    applications.pop_front();
+    return answer;
+}
+
+void ScriptedPrompts::ShowFileProperties(const std::string& path) {
+    propertiesShown.push_back(path);
 }
 
 int ScriptedPrompts::ShowModal(QDialog* dialog) {

@@ -20,10 +20,12 @@ public:
         QString title;
     };
 
-    MessageAnswer Message(QWidget* owner, const QString& text, MessageIcon icon,
-                          MessageButtons buttons, const QString& title = {}) override;
-    std::string PickFolder(QWidget* owner, const FolderRequest& request) override;
-    SaveAnswer SaveFile(QWidget* owner, const SaveRequest& request) override;
+    MessageAnswer Message(const QString& text, MessageIcon icon, MessageButtons buttons,
+                          const QString& title = {}) override;
+    std::string PickFolder(const FolderRequest& request) override;
+    SaveAnswer SaveFile(const SaveRequest& request) override;
+    OpenWithAnswer ChooseApplication(const OpenWithRequest& request) override;
+    void ShowFileProperties(const std::string& path) override;
     int ShowModal(QDialog* dialog) override;
 
     QStringList Texts() const;
@@ -36,22 +38,21 @@ public:
     std::deque<SaveAnswer> saves; // an empty path cancels
     std::deque<std::function<int(QDialog*)>> modals;
     int modalsShown = 0;
+    std::vector<OpenWithRequest> openWithRequests;
+    std::deque<OpenWithAnswer> applications; // an empty answer cancels
+    std::vector<std::string> propertiesShown;
 };
 
 // Records what would be launched, as "verb path" lines; paths keep their bytes.
 class RecordingDesktop : public Desktop {
 public:
-    bool OpenUrl(const QUrl& url) override {
-        opened.push_back(url);
-        return Record("url", url.toString().toStdString());
-    }
+    bool OpenUrl(const std::string& url) override { return Record("url", url); }
     bool Open(const std::string& path) override { return Record("open", path); }
     bool Explore(const std::string& path) override { return Record("explore", path); }
     bool ShowProperties(const std::string& path) override { return Record("properties", path); }
     bool OpenInTextEditor(const std::string& path) override { return Record("editor", path); }
     bool OpenWith(const std::string& path) override { return Record("openwith", path); }
 
-    std::vector<QUrl> opened;
     std::vector<std::string> calls;
 
 private:

@@ -1,7 +1,5 @@
 #include "ScriptedPrompts.h"
 #include "TestTree.h"
-#include "fileops/dlgOpenWith.h"
-#include "fileops/dlgProperties.h"
 #include "fileops/modShell.h"
 #include "settings/AppSettings.h"
 
@@ -31,12 +29,12 @@ const std::vector<std::string> kThree = {"/a/-one", "/a/two \"2\"",
                                          "ee"};
 
 TEST_F(ShellVerbsTest, NothingSelectedDoesNothingSilently) {
-    ShellOpenSelected(kNone, false, settings, prompts, desktop, nullptr);
-    ShellOpenWithNotepad(kNone, settings, prompts, desktop, nullptr);
-    ShellShowProperties(kNone, prompts, desktop, nullptr);
+    ShellOpenSelected(kNone, false, settings, prompts, desktop);
+    ShellOpenWithNotepad(kNone, settings, prompts, desktop);
+    ShellShowProperties(kNone, prompts, desktop);
     EXPECT_TRUE(prompts.asked.empty());
     EXPECT_TRUE(desktop.calls.empty());
-    ShellOpenWithDialog(kNone, settings, prompts, desktop, nullptr);
+    ShellOpenWithDialog(kNone, settings, prompts, desktop);
     ASSERT_EQ(prompts.asked.size(), 1u);
     EXPECT_EQ(prompts.asked[0].text,
               "Sorry. The 'Open With' dialog may only be invoked when one file is selected.");
@@ -45,8 +43,8 @@ TEST_F(ShellVerbsTest, NothingSelectedDoesNothingSilently) {
 
 TEST_F(ShellVerbsTest, OneItemIsConfirmedByItselfOnly) {
     prompts.answers = {MessageAnswer::Yes, MessageAnswer::No};
-    ShellOpenSelected(kOne, false, settings, prompts, desktop, nullptr);
-    ShellOpenSelected(kOne, false, settings, prompts, desktop, nullptr);
+    ShellOpenSelected(kOne, false, settings, prompts, desktop);
+    ShellOpenSelected(kOne, false, settings, prompts, desktop);
     EXPECT_EQ(Questions(), (QStringList{"Confirm opening of /home/ann/my file.txt",
                                         "Confirm opening of /home/ann/my file.txt"}));
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Question);
@@ -54,8 +52,8 @@ TEST_F(ShellVerbsTest, OneItemIsConfirmedByItselfOnly) {
     EXPECT_EQ(desktop.calls, std::vector<std::string>{"open /home/ann/my file.txt"});
 
     settings.ConfirmOnOpen = false;
-    ShellOpenSelected(kOne, false, settings, prompts, desktop, nullptr);
-    ShellOpenWithNotepad(kOne, settings, prompts, desktop, nullptr);
+    ShellOpenSelected(kOne, false, settings, prompts, desktop);
+    ShellOpenWithNotepad(kOne, settings, prompts, desktop);
     EXPECT_EQ(prompts.asked.size(), 2u) << "nothing asked with ConfirmOnOpen off";
     EXPECT_EQ(desktop.calls.back(), "editor /home/ann/my file.txt");
 }
@@ -63,7 +61,7 @@ TEST_F(ShellVerbsTest, OneItemIsConfirmedByItselfOnly) {
 TEST_F(ShellVerbsTest, ManyItemsAskOnceThenEachAndARefusalSkipsOne) {
     prompts.answers = {MessageAnswer::Yes, MessageAnswer::Yes, MessageAnswer::No,
                        MessageAnswer::Yes};
-    ShellOpenWithNotepad(kThree, settings, prompts, desktop, nullptr);
+    ShellOpenWithNotepad(kThree, settings, prompts, desktop);
     EXPECT_EQ(Questions(),
               (QStringList{"More than one file is selected. Are you sure you want to open all "
                            "selected files in the current window?",
@@ -80,15 +78,15 @@ TEST_F(ShellVerbsTest, ManyItemsAskOnceThenEachAndARefusalSkipsOne) {
     prompts.asked.clear();
     desktop.calls.clear();
     prompts.answers = {MessageAnswer::No};
-    ShellOpenSelected(kThree, false, settings, prompts, desktop, nullptr);
+    ShellOpenSelected(kThree, false, settings, prompts, desktop);
     EXPECT_EQ(prompts.asked.size(), 1u);
     EXPECT_TRUE(desktop.calls.empty()) << "No to the first question ends the command";
 }
 
 TEST_F(ShellVerbsTest, PropertiesAskOnlyForManyItems) {
-    ShellShowProperties(kOne, prompts, desktop, nullptr);
+    ShellShowProperties(kOne, prompts, desktop);
     prompts.answers = {MessageAnswer::Yes};
-    ShellShowProperties(kThree, prompts, desktop, nullptr);
+    ShellShowProperties(kThree, prompts, desktop);
     EXPECT_EQ(Questions(), QStringList{"More than one file is selected. Are you sure you want to "
                                        "open property pages for all selected files?"});
     EXPECT_EQ(desktop.calls.size(), 4u);
@@ -97,27 +95,27 @@ TEST_F(ShellVerbsTest, PropertiesAskOnlyForManyItems) {
 
 TEST_F(ShellVerbsTest, FoldersAreExploredOnlyWhenAskedTo) {
     settings.ConfirmOnOpen = false;
-    ShellOpenSelected({"/srv/data"}, true, settings, prompts, desktop, nullptr);
+    ShellOpenSelected({"/srv/data"}, true, settings, prompts, desktop);
     settings.OpenFoldersWithExplore = true;
-    ShellOpenSelected({"/srv/data"}, true, settings, prompts, desktop, nullptr);
-    ShellOpenSelected({"/srv/file"}, false, settings, prompts, desktop, nullptr);
+    ShellOpenSelected({"/srv/data"}, true, settings, prompts, desktop);
+    ShellOpenSelected({"/srv/file"}, false, settings, prompts, desktop);
     EXPECT_EQ(desktop.calls,
               (std::vector<std::string>{"open /srv/data", "explore /srv/data", "open /srv/file"}));
 }
 
 TEST_F(ShellVerbsTest, OpenWithIsForOneFile) {
-    ShellOpenWithDialog(kThree, settings, prompts, desktop, nullptr);
+    ShellOpenWithDialog(kThree, settings, prompts, desktop);
     EXPECT_TRUE(prompts.asked.empty());
     EXPECT_TRUE(desktop.calls.empty());
     prompts.answers = {MessageAnswer::No, MessageAnswer::Yes};
-    ShellOpenWithDialog(kOne, settings, prompts, desktop, nullptr);
-    ShellOpenWithDialog(kOne, settings, prompts, desktop, nullptr);
+    ShellOpenWithDialog(kOne, settings, prompts, desktop);
+    ShellOpenWithDialog(kOne, settings, prompts, desktop);
     EXPECT_EQ(Questions(),
               (QStringList{"Show the 'Open With...' dialog for file: \r\n/home/ann/my file.txt",
                            "Show the 'Open With...' dialog for file: \r\n/home/ann/my file.txt"}));
     EXPECT_EQ(desktop.calls, std::vector<std::string>{"openwith /home/ann/my file.txt"});
     settings.AskToOpenWith = false;
-    ShellOpenWithDialog(kOne, settings, prompts, desktop, nullptr);
+    ShellOpenWithDialog(kOne, settings, prompts, desktop);
     EXPECT_EQ(prompts.asked.size(), 2u);
     EXPECT_EQ(desktop.calls.size(), 2u);
 }
@@ -129,25 +127,6 @@ TEST_F(ShellVerbsTest, DocumentsAndLinks) {
     EXPECT_EQ(desktop.calls, (std::vector<std::string>{"url https://tallymoor.example/",
                                                        "url mailto:support@tallymoor.example",
                                                        "open /usr/share/doc/README"}));
-}
-
-TEST(dlgProperties, ShowsWhatTheFileSystemSays) {
-    TestTree t;
-    WriteBytes(t.Path("notes.txt"), "hello");
-    chmod(t.Path("notes.txt").c_str(), 0640);
-    t.SetTime("notes.txt", 1700000000, 0);
-    dlgProperties properties(t.Path("notes.txt"));
-    EXPECT_EQ(properties.Field("Name"), "notes.txt");
-    EXPECT_EQ(properties.Field("Folder"), QString::fromStdString(t.Root()));
-    EXPECT_EQ(properties.Field("Size"), "5 bytes");
-    EXPECT_EQ(properties.Field("Permissions"), "-rw-r----- (640)");
-    EXPECT_TRUE(properties.Field("Owner").startsWith("root:") ||
-                !properties.Field("Owner").isEmpty());
-    EXPECT_FALSE(properties.Field("Modified").isEmpty());
-    EXPECT_EQ(dlgProperties::PermissionsText(S_IFDIR | 0755), "drwxr-xr-x (755)");
-    EXPECT_EQ(dlgProperties::PermissionsText(S_IFLNK | 0777), "lrwxrwxrwx (777)");
-    dlgProperties gone(t.Path("vanished.txt"));
-    EXPECT_EQ(gone.Field("Type"), "(cannot be read: it may have been moved or deleted)");
 }
 
 } // namespace

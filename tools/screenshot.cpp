@@ -22,16 +22,29 @@ namespace {
 // Answers every question with its first button, so nothing waits on a person.
 class SilentPrompts : public Prompts {
 public:
-    MessageAnswer Message(QWidget*, const QString& text, MessageIcon, MessageButtons buttons,
+    MessageAnswer Message(const QString& text, MessageIcon, MessageButtons buttons,
                           const QString&) override {
         std::fprintf(stderr, "message: %s\n", text.toUtf8().constData());
         return buttons == MessageButtons::Ok || buttons == MessageButtons::OkCancel
                    ? MessageAnswer::Ok
                    : MessageAnswer::Yes;
     }
-    std::string PickFolder(QWidget*, const FolderRequest&) override { return {}; }
-    SaveAnswer SaveFile(QWidget*, const SaveRequest&) override { return {}; }
+    std::string PickFolder(const FolderRequest&) override { return {}; }
+    SaveAnswer SaveFile(const SaveRequest&) override { return {}; }
+    OpenWithAnswer ChooseApplication(const OpenWithRequest&) override { return {}; }
+    void ShowFileProperties(const std::string&) override {}
     int ShowModal(QDialog*) override { return 0; }
+};
+
+// Launches nothing.
+class NoDesktop : public Desktop {
+public:
+    bool OpenUrl(const std::string&) override { return false; }
+    bool Open(const std::string&) override { return false; }
+    bool Explore(const std::string&) override { return false; }
+    bool ShowProperties(const std::string&) override { return false; }
+    bool OpenInTextEditor(const std::string&) override { return false; }
+    bool OpenWith(const std::string&) override { return false; }
 };
 } // namespace
 
@@ -42,11 +55,12 @@ int main(int argc, char** argv) {
     }
     QApplication app(argc, argv);
     SilentPrompts prompts;
-    const auto desktop = LinuxDesktop::ForThisSession(prompts);
+    NoDesktop desktop;
+    CancelFlag cancel;
     const std::string settings = argc > 4 ? argv[4] : "/tmp/tallymoor-screenshot.ini";
     modPProfile profile(settings, HomeFolder());
     profile.Start();
-    frmMain window(profile, prompts, *desktop, CancelFlag::Program());
+    frmMain window(profile, prompts, desktop, cancel);
     PlaceMainWindow(window, profile);
     int width = 900, height = 620;
     if (argc > 5) {

@@ -40,10 +40,11 @@ std::string CensusReportText(const std::vector<CensusType>& shown, std::string_v
     return text;
 }
 
-std::string WriteCensusReport(const std::string& path, const std::vector<CensusType>& shown,
-                              std::string_view rootPath, std::string_view maskText) {
+std::string WriteCensusReport(const std::string& path, TextFile::Mode mode,
+                              const std::vector<CensusType>& shown, std::string_view rootPath,
+                              std::string_view maskText) {
     TextFile file;
-    if (!file.Open(path)) {
+    if (!file.Open(path, mode)) {
         return file.Error();
     }
     std::string text = CensusReportText(shown, rootPath, maskText, QDateTime::currentDateTime());
@@ -59,7 +60,7 @@ std::string WriteCensusReport(const std::string& path, const std::vector<CensusT
 std::string WriteTypeExport(const std::string& path, const FileDataArray& store,
                             std::string_view extension) {
     TextFile file;
-    if (!file.Open(path)) {
+    if (!file.Open(path, TextFile::Mode::Replace)) {
         return file.Error();
     }
     for (int32_t i = 0; i <= store.UBound(); ++i) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analysis/Census.h"
+#include "output/TextFile.h"
 
 #include <QDateTime>
 #include <string>
@@ -16,9 +17,11 @@ std::string CensusReportText(const std::vector<CensusType>& shown, std::string_v
 QString ReportDateText(const QDateTime& when);
 
 // Writes the report; empty on success, else the reason, naming the file.
-std::string WriteCensusReport(const std::string& path, const std::vector<CensusType>& shown,
-                              std::string_view rootPath, std::string_view maskText);
+std::string WriteCensusReport(const std::string& path, TextFile::Mode mode,
+                              const std::vector<CensusType>& shown, std::string_view rootPath,
+                              std::string_view maskText);
 
-// Writes the full path of every record whose extension is exactly `extension`, in store order.
+// Writes the full path of every record whose extension is exactly `extension`, in store order
+// (replacing the file, which the user agreed to).
 std::string WriteTypeExport(const std::string& path, const FileDataArray& store,
                             std::string_view extension);

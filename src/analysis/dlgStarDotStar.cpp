@@ -1,7 +1,7 @@
 #include "analysis/dlgStarDotStar.h"
 
 #include "analysis/CensusReport.h"
-#include "fileops/dlgProgress.h"
+#include "platform/Progress.h"
 #include "output/modFileDialog.h"
 #include "platform/EventYield.h"
 #include "platform/Prompts.h"
@@ -18,10 +18,23 @@
 
 namespace {
 constexpr int CountRole = Qt::UserRole;
+// The extension's bytes: a type that is not UTF-8 cannot be recovered from the line shown.
+constexpr int ExtensionRole = Qt::UserRole + 1;
+
+QListWidgetItem* TypeItem(const CensusType& type) {
+    auto* item = new QListWidgetItem(QString::fromStdString(CensusDisplayLine(type)));
+    item->setData(CountRole, type.Count);
+    item->setData(ExtensionRole, QByteArray::fromStdString(type.Extension));
+    return item;
 }
 
+std::string ExtensionOf(const QListWidgetItem* item) {
+    return item->data(ExtensionRole).toByteArray().toStdString();
+}
+} // namespace
+
 dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Prompts& prompts,
-                               dlgProgress& progress, QWidget* parent)
+                               Progress& progress, QWidget* parent)
     : QDialog(parent), store_(store), profile_(profile), prompts_(prompts), progress_(progress) {
     setObjectName("dlgStarDotStar");
     auto* layout = new QVBoxLayout(this);
@@ -130,9 +143,7 @@ void dlgStarDotStar::CreateMaskArrayCountSR(int filterIndex) {
     }
     lstHidden->clear();
     for (const CensusType& type : census_.Hidden()) {
-        auto* item = new QListWidgetItem(QString::fromStdString(CensusDisplayLine(type)));
-        item->setData(CountRole, type.Count);
-        lstHidden->addItem(item);
+        lstHidden->addItem(TypeItem(type));
     }
     FillList();
     for (int i = 0; i < kCountRanges; ++i) {
@@ -149,9 +160,7 @@ void dlgStarDotStar::CreateMaskArrayCountSR(int filterIndex) {
 void dlgStarDotStar::FillList() {
     lstExtensions->clear();
     for (const CensusType& type : census_.Shown()) {
-        auto* item = new QListWidgetItem(QString::fromStdString(CensusDisplayLine(type)));
-        item->setData(CountRole, type.Count);
-        lstExtensions->addItem(item);
+        lstExtensions->addItem(TypeItem(type));
     }
     const auto letters = census_.EnabledLetters();
     for (int i = 0; i < 26; ++i) {
@@ -239,9 +248,7 @@ const SelectedTypeArray& dlgStarDotStar::GetSelectedItemArray() {
     for (int row = 0; row < lstExtensions->count(); ++row) {
         const QListWidgetItem* item = lstExtensions->item(row);
         if (item->isSelected()) {
-            const std::string line = item->text().toStdString();
-            selected_.push_back(
-                {item->data(CountRole).toInt(), std::string(FirstToken(line, '\t').first)});
+            selected_.push_back({item->data(CountRole).toInt(), ExtensionOf(item)});
         }
     }
     return selected_;
@@ -271,26 +278,27 @@ void dlgStarDotStar::CommandAction(int index) {
 
 std::string dlgStarDotStar::AskForFile(const std::string& defaultName) {
     bool entireList = false;
-    return modFileDialog::AskForOutputFile(prompts_, this, profile_, entireList, defaultName,
+    return modFileDialog::AskForOutputFile(prompts_, profile_, false, entireList, defaultName,
                                            false);
 }
 
 void dlgStarDotStar::ReportError(const std::string& error) {
     if (!error.empty()) {
-        prompts_.Message(this, QString::fromStdString(error), MessageIcon::Critical,
+        prompts_.Message(QString::fromStdString(error), MessageIcon::Critical,
                          MessageButtons::Ok);
     }
 }
 
 void dlgStarDotStar::SaveCensusReport() {
     if (lstExtensions->count() == 0) {
-        prompts_.Message(this, tr("There is nothing in the current list to save"),
+        prompts_.Message(tr("There is nothing in the current list to save"),
                          MessageIcon::Warning, MessageButtons::Ok);
         return;
     }
     const std::string path = AskForFile(CensusReportFileName(census_.FilterIndex()));
     if (!path.empty()) {
-        ReportError(WriteCensusReport(path, census_.Shown(), rootPath_, maskText_));
+        ReportError(WriteCensusReport(path, TextFile::Mode::Replace, census_.Shown(), rootPath_,
+                                      maskText_));
     }
 }
 
@@ -299,8 +307,7 @@ void dlgStarDotStar::ExportSelectedType() {
     if (selected.size() != 1) {
         return;
     }
-    const std::string line = selected.front()->text().toStdString();
-    const std::string extension(FirstToken(line, '\t').first);
+    const std::string extension = ExtensionOf(selected.front());
     const std::string path = AskForFile(TypeExportFileName(extension));
     if (!path.empty()) {
         ReportError(WriteTypeExport(path, store_, extension));

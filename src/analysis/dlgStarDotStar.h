@@ -8,7 +8,7 @@
 
 class FileDataArray;
 class Prompts;
-class dlgProgress;
+class Progress;
 class modPProfile;
 class QAction;
 class QLabel;
@@ -26,7 +26,7 @@ public:
     static constexpr int kMaxViews = 30;
 
     dlgStarDotStar(FileDataArray& store, modPProfile& profile, Prompts& prompts,
-                   dlgProgress& progress, QWidget* parent = nullptr);
+                   Progress& progress, QWidget* parent = nullptr);
 
     // Counts the store (once per dialog) and fills the list for a filter index.
     void CreateMaskArrayCountSR(int filterIndex);
@@ -66,7 +66,7 @@ private:
     FileDataArray& store_;
     modPProfile& profile_;
     Prompts& prompts_;
-    dlgProgress& progress_;
+    Progress& progress_;
     Census census_;
     bool counted_ = false;
     std::string rootPath_;

@@ -8,7 +8,10 @@
 #include "search/SearchSession.h"
 #include "search/SearchStatus.h"
 
+#include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <cstdlib>
 #include <string_view>
 
@@ -18,6 +21,7 @@ constexpr int kExitFound = 0;
 constexpr int kExitNothingFound = 1;
 constexpr int kExitUsage = 2;
 constexpr int kExitReportFailed = 3;
+constexpr int kExitOutputFailed = 5;
 constexpr int kExitInterrupted = 130;
 
 constexpr const char* kUsage =
@@ -45,11 +49,13 @@ constexpr const char* kUsage =
     "  --filter N       show only the types of count range N, as the dialog's Filter menu:\n"
     "                   2 under 5 files, 3 5-10, 4 10-20, 5 20-50, 6 50-100, 7 100-500,\n"
     "                   8 500-1000, 9 1000-5000, 10 5000 and over (0: all)\n"
-    "  --report FILE    also write the census report to FILE\n"
+    "  --report FILE    also write the census report to FILE (a new file: an existing one\n"
+    "                   is never replaced)\n"
     "  --               end of options (for a ROOT or MASK that begins with \"-\")\n"
     "\n"
     "Exit status: 0 something found, 1 nothing found (or ROOT is not a folder),\n"
     "2 bad usage or a refused mask, 3 the report could not be written,\n"
+    "5 standard output could not be written (the reason goes to standard error),\n"
     "130 interrupted by Ctrl-C (what was found is printed).\n";
 
 void PrintLine(std::FILE* stream, const QString& text) {
@@ -58,21 +64,63 @@ void PrintLine(std::FILE* stream, const QString& text) {
     std::fputc('\n', stream);
 }
 
+// Standard output with every write checked: the first failure is kept with its reason, and
+// nothing more is attempted after it.
+class CheckedOutput {
+public:
+    explicit CheckedOutput(std::FILE* stream) : stream_(stream) {}
+
+    void Write(std::string_view bytes) {
+        errno = 0;
+        if (error_ == 0 && std::fwrite(bytes.data(), 1, bytes.size(), stream_) != bytes.size()) {
+            error_ = errno != 0 ? errno : EIO;
+        }
+    }
+    void Put(char c) { Write(std::string_view(&c, 1)); }
+    // Flushes; true when everything went out.
+    bool Finish() {
+        errno = 0;
+        if (error_ == 0 && (std::fflush(stream_) != 0 || std::ferror(stream_))) {
+            error_ = errno != 0 ? errno : EIO;
+        }
+        return error_ == 0;
+    }
+    int Error() const { return error_; }
+
+private:
+    std::FILE* stream_;
+    int error_ = 0;
+};
+
+// Says why standard output failed; the status of its own.
+int OutputFailed(const CheckedOutput& out, std::FILE* err) {
+    std::fprintf(err, "tallymoor: standard output: %s\n", std::strerror(out.Error()));
+    return kExitOutputFailed;
+}
+
+std::atomic<CancelFlag*> interruptTarget{nullptr};
+
 extern "C" void RaiseCancelOnSignal(int) {
-    CancelFlag::Program().Raise();
+    if (CancelFlag* cancel = interruptTarget.load()) {
+        cancel->Raise();
+    }
 }
 
 // Ctrl-C during the walk raises the cancel flag once; a second Ctrl-C ends the program.
 class InterruptCancels {
 public:
-    InterruptCancels() {
+    explicit InterruptCancels(CancelFlag& cancel) {
+        interruptTarget.store(&cancel);
         struct sigaction action {};
         action.sa_handler = RaiseCancelOnSignal;
         action.sa_flags = SA_RESETHAND;
         sigemptyset(&action.sa_mask);
         sigaction(SIGINT, &action, &previous_);
     }
-    ~InterruptCancels() { sigaction(SIGINT, &previous_, nullptr); }
+    ~InterruptCancels() {
+        sigaction(SIGINT, &previous_, nullptr);
+        interruptTarget.store(nullptr);
+    }
     InterruptCancels(const InterruptCancels&) = delete;
     InterruptCancels& operator=(const InterruptCancels&) = delete;
 
@@ -139,18 +187,17 @@ bool ParseRequest(const std::vector<std::string>& args, bool census, Request& re
 
 // Checks the mask and walks the root, as the window does. Returns an exit status when the
 // command ends here (a refused mask, no folder, nothing found); -1 when there are results.
-int RunSearch(const Request& request, SearchSession& session, std::FILE* err,
-              WalkListener* walkObserver) {
+int RunSearch(const Request& request, SearchSession& session, CancelFlag& cancel,
+              std::FILE* err, WalkListener* walkObserver) {
     if (const MaskVerdict verdict = ValidateMask(request.options.MaskText);
         verdict != MaskVerdict::Accepted) {
         std::fprintf(err, "%s\n", MaskRefusalText(verdict).c_str());
         return kExitUsage;
     }
-    CancelFlag& cancel = CancelFlag::Program();
     cancel.Lower();
     session.Prepare(request.root, request.options);
     {
-        InterruptCancels interrupts;
+        InterruptCancels interrupts(cancel);
         session.Run(cancel, walkObserver);
     }
     if (!session.RootWasFolder() || !session.ResultsAvailable()) {
@@ -173,52 +220,56 @@ void PrintCounts(const SearchSession& session, std::FILE* err) {
     PrintLine(err, ElapsedText(session.ElapsedSeconds()));
 }
 
-int ExitStatus(const SearchSession& session) {
-    if (CancelFlag::Program().IsRaised()) {
+int ExitStatus(const SearchSession& session, const CancelFlag& cancel) {
+    if (cancel.IsRaised()) {
         return kExitInterrupted;
     }
     return session.ResultsAvailable() ? kExitFound : kExitNothingFound;
 }
 
-int Search(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
+int Search(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
            WalkListener* walkObserver) {
     Request request;
     if (!ParseRequest(args, false, request, err)) {
         return kExitUsage;
     }
     SearchSession session;
-    if (const int status = RunSearch(request, session, err, walkObserver); status >= 0) {
+    CancelFlag cancel;
+    if (const int status = RunSearch(request, session, cancel, err, walkObserver); status >= 0) {
         return status;
     }
+    CheckedOutput out(stdOut);
     if (session.ResultsAvailable()) {
         const FileDataArray& store = session.Store();
         const char end = request.print0 ? '\0' : '\n';
-        for (int32_t i = 0; i <= store.UBound(); ++i) {
-            const std::string_view path = store[i].FullPath();
-            std::fwrite(path.data(), 1, path.size(), out);
-            std::fputc(end, out);
+        for (int32_t i = 0; i <= store.UBound() && out.Error() == 0; ++i) {
+            out.Write(store[i].FullPath());
+            out.Put(end);
         }
-        std::fflush(out);
+    }
+    if (!out.Finish()) {
+        return OutputFailed(out, err);
     }
     PrintCounts(session, err);
-    return ExitStatus(session);
+    return ExitStatus(session, cancel);
 }
 
 // The census as the window's dialog shows it: built over every record, then narrowed by the
 // Filter menu's range when one is asked for.
-int CensusCommand(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
+int CensusCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
                   WalkListener* walkObserver) {
     Request request;
     if (!ParseRequest(args, true, request, err)) {
         return kExitUsage;
     }
     SearchSession session;
-    if (const int status = RunSearch(request, session, err, walkObserver); status >= 0) {
+    CancelFlag cancel;
+    if (const int status = RunSearch(request, session, cancel, err, walkObserver); status >= 0) {
         return status;
     }
     if (!session.ResultsAvailable()) {
         PrintCounts(session, err);
-        return ExitStatus(session);
+        return ExitStatus(session, cancel);
     }
     Census census;
     census.Build(
@@ -226,22 +277,25 @@ int CensusCommand(const std::vector<std::string>& args, std::FILE* out, std::FIL
     if (request.filter != 0) {
         census.ApplyFilter(request.filter);
     }
+    CheckedOutput out(stdOut);
     for (const CensusType& type : census.Shown()) {
-        const std::string line = CensusDisplayLine(type);
-        std::fwrite(line.data(), 1, line.size(), out);
-        std::fputc('\n', out);
+        out.Write(CensusDisplayLine(type));
+        out.Put('\n');
     }
-    std::fflush(out);
+    if (!out.Finish()) {
+        return OutputFailed(out, err);
+    }
     PrintCounts(session, err);
     if (!request.report.empty()) {
-        const std::string error = WriteCensusReport(request.report, census.Shown(), request.root,
+        const std::string error = WriteCensusReport(request.report, TextFile::Mode::CreateNew,
+                                                    census.Shown(), session.RootPath(),
                                                     request.options.MaskText);
         if (!error.empty()) {
             std::fprintf(err, "tallymoor: %s\n", error.c_str());
             return kExitReportFailed;
         }
     }
-    return ExitStatus(session);
+    return ExitStatus(session, cancel);
 }
 
 } // namespace
@@ -276,13 +330,10 @@ int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FI
         std::fputs(kUsage, err);
         return kExitUsage;
     }
-    if (args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
-        std::fputs(kUsage, out);
-        return kExitFound;
-    }
-    if (args[0] == "--version") {
-        std::fprintf(out, "tallymoor %s\n", TALLYMOOR_VERSION);
-        return kExitFound;
+    if (args[0] == "--help" || args[0] == "-h" || args[0] == "help" || args[0] == "--version") {
+        CheckedOutput checked(out);
+        checked.Write(args[0] == "--version" ? "tallymoor " TALLYMOOR_VERSION "\n" : kUsage);
+        return checked.Finish() ? kExitFound : OutputFailed(checked, err);
     }
     if (args[0] == "search") {
         return Search(args, out, err, walkObserver);

@@ -5,7 +5,7 @@
 #include "platform/CancelFlag.h"
 #include "platform/Desktop.h"
 #include "platform/EventYield.h"
-#include "platform/Prompts.h"
+#include "platform/QtPrompts.h"
 #include "settings/SettingsLocation.h"
 #include "settings/modPProfile.h"
 
@@ -49,11 +49,13 @@ void PlaceMainWindow(frmMain& window, modPProfile& profile) {
                           scale.ToTwips(window.height()));
 }
 
-int RunWindow(int& argc, char** argv, const std::string& settingsOverride) {
+int RunWindow(int& argc, char** argv, const std::string& settingsOverride,
+              const DesktopFactory& makeDesktop) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tallymoor"));
     QtPrompts prompts;
-    const auto desktop = LinuxDesktop::ForThisSession(prompts);
+    const std::unique_ptr<Desktop> desktop = makeDesktop(prompts);
+    CancelFlag cancel;
 
     dlgAbout splash(*desktop);
     splash.ShowAsSplash();
@@ -67,8 +69,8 @@ int RunWindow(int& argc, char** argv, const std::string& settingsOverride) {
         home);
     profile.Start();
 
-    frmMain window(profile, prompts, *desktop, CancelFlag::Program());
-    desktop->SetOwner(&window);
+    frmMain window(profile, prompts, *desktop, cancel);
+    prompts.SetOwner(&window);
     QObject::connect(&window, &frmMain::AboutRequested, &window, [&] {
         dlgAbout about(*desktop, &window);
         prompts.ShowModal(&about);

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <string>
 
+class Desktop;
+class Prompts;
 class frmMain;
 class modPProfile;
 
@@ -9,6 +13,11 @@ class modPProfile;
 // placement for a minimised exit and writes the start-up [windows] values.
 void PlaceMainWindow(frmMain& window, modPProfile& profile);
 
+// Makes the desktop the window's commands reach (launching, file manager), asking through
+// `prompts` when it needs the user.
+using DesktopFactory = std::function<std::unique_ptr<Desktop>(Prompts& prompts)>;
+
 // `Main` for the window: the splash, the settings (a default file on first start), the
 // placement, the main window; returns the exit status of the event loop.
-int RunWindow(int& argc, char** argv, const std::string& settingsOverride);
+int RunWindow(int& argc, char** argv, const std::string& settingsOverride,
+              const DesktopFactory& makeDesktop);

@@ -3,6 +3,7 @@
 #include "analysis/dlgStarDotStar.h"
 #include "app/ProjectLinks.h"
 #include "app/ResultListModel.h"
+#include "fileops/dlgProgress.h"
 #include "fileops/modShell.h"
 #include "platform/CancelFlag.h"
 #include "platform/EventYield.h"
@@ -25,6 +26,7 @@
 #include <QScreen>
 #include <QStatusBar>
 #include <QTabBar>
+#include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -34,17 +36,27 @@ frmMain::frmMain(modPProfile& profile, Prompts& prompts, Desktop& desktop, Cance
       cancel_(cancel) {
     setObjectName("frmMain");
     setWindowTitle(kApplicationTitle);
+    progress_ = new dlgProgress(cancel_, profile_.Settings(), this);
     BuildControls();
     BuildMenus();
     favorites_.Load(profile_);
     RebuildMasksMenu();
     const AppSettings& s = profile_.Settings();
-    txtStartPath->setText(QFile::decodeName(QByteArray::fromStdString(s.LastSourceFolder)));
+    SetStartPath(s.LastSourceFolder);
+    // A settings file that cannot be used or written is told once, when the window can say it
+    // rather than in the middle of whatever wrote the setting.
+    profile_.File().SetProblemHandler([this](const std::string& problem) {
+        QTimer::singleShot(0, this, [this, text = QString::fromStdString(problem)] {
+            prompts_.Message(text, MessageIcon::Warning, MessageButtons::Ok);
+        });
+    });
     txtObjMask->setText(QString::fromStdString(s.LastFileMask));
     StatusState("clear");
 }
 
-frmMain::~frmMain() = default;
+frmMain::~frmMain() {
+    profile_.File().SetProblemHandler({});
+}
 
 void frmMain::BuildControls() {
     auto* central = new QWidget(this);

@@ -28,6 +28,7 @@ class QRadioButton;
 class QTabBar;
 class QToolButton;
 class ResultListModel;
+class dlgProgress;
 class dlgStarDotStar;
 
 // `frmMain`: the search request, the result views, the status line and the menus. Long work runs
@@ -56,6 +57,11 @@ public:
     void PathBackClicked();
     // Puts a folder picked for purpose 6, 7 or 8 into the root path field.
     void SelectSearchRoot(int purpose);
+    // The root path field: a folder's bytes shown as text. While the text is unchanged the
+    // bytes stand (a name that is not UTF-8 survives); typed text is taken as typed, with "~"
+    // for the home folder.
+    void SetStartPath(const std::string& bytes);
+    std::string StartPath() const;
     // Runs whenever the walk yields (tests cancel or close from here).
     void SetWalkObserver(std::function<void()> observer) { walkObserver_ = std::move(observer); }
 
@@ -159,6 +165,8 @@ private:
     MaskFavorites favorites_;
     Placement startupPlacement_;
     std::function<void()> walkObserver_;
+    std::string startPathBytes_;
+    QString startPathShown_;
     bool busy_ = false;
     bool searching_ = false;
     bool folderResults_ = false;
@@ -183,6 +191,7 @@ private:
     ResultListModel* model2_;
     std::vector<ResultView> views_;
     std::unique_ptr<dlgStarDotStar> census_;
+    dlgProgress* progress_; // the window's own, transient for it
 
     QMenu* masksMenu_;
     QAction* appendMaskAction_;

@@ -54,16 +54,15 @@ void frmMain::SaveResultList() {
         return;
     }
     SetBusy(true);
-    modFileDialog::EntireListSwitch() = true;
     QListView* list = VisibleList();
     bool entireList = true;
     const std::string path =
-        modFileDialog::AskForOutputFile(prompts_, this, profile_, entireList, "", true);
+        modFileDialog::AskForOutputFile(prompts_, profile_, true, entireList, "", true);
     if (!path.empty()) {
         const std::string error =
             WriteLines(path, RowTexts(list, !entireList), profile_.Settings().QSSortResultsOnSave);
         if (!error.empty()) {
-            prompts_.Message(this, QString::fromStdString(error), MessageIcon::Critical,
+            prompts_.Message(QString::fromStdString(error), MessageIcon::Critical,
                              MessageButtons::Ok);
         }
     }
@@ -75,16 +74,14 @@ void frmMain::SaveAllResults() {
         return;
     }
     SetBusy(true);
-    modFileDialog::EntireListSwitch() = false;
     bool entireList = true;
     const std::string path =
-        modFileDialog::AskForOutputFile(prompts_, this, profile_, entireList, "", true);
+        modFileDialog::AskForOutputFile(prompts_, profile_, false, entireList, "", true);
     YieldNow();
     if (!path.empty()) {
-        dlgProgress& progress = dlgProgress::Shared();
+        Progress& progress = *progress_;
         const WriteProgress hooks{[&](int maximum) {
-                                      progress.Create(this, 20, maximum, false,
-                                                      profile_.Settings().PBScrollStyle);
+                                      progress.Create(20, maximum, false);
                                   },
                                   [&](const QString& message) { progress.SetMessage(message); },
                                   [&] {
@@ -96,7 +93,7 @@ void frmMain::SaveAllResults() {
                                       ? WriteResultsSorted(session_.Store(), path, hooks)
                                       : WriteResultsUnsorted(session_.Store(), path, hooks);
         if (!error.empty()) {
-            prompts_.Message(this, QString::fromStdString(error), MessageIcon::Critical,
+            prompts_.Message(QString::fromStdString(error), MessageIcon::Critical,
                              MessageButtons::Ok);
         }
     }
@@ -110,7 +107,7 @@ void frmMain::CopySelectionToClipboard() {
     QListView* list = VisibleList();
     const int selected = SelectedCount(list);
     if (selected > kClipboardLimit) {
-        prompts_.Message(this, kTooManyForClipboard, MessageIcon::Critical, MessageButtons::Ok);
+        prompts_.Message(kTooManyForClipboard, MessageIcon::Critical, MessageButtons::Ok);
         return;
     }
     if (selected > 0) {

@@ -10,6 +10,7 @@
 #include "search/MaskRules.h"
 #include "search/PathText.h"
 #include "search/SearchStatus.h"
+#include "settings/SettingsLocation.h"
 #include "settings/modPProfile.h"
 
 #include <QCheckBox>
@@ -77,7 +78,7 @@ private:
 bool frmMain::ValidateMask() {
     const MaskVerdict verdict = ::ValidateMask(txtObjMask->text().toStdString());
     if (verdict != MaskVerdict::Accepted) {
-        prompts_.Message(this, QString::fromStdString(MaskRefusalText(verdict)),
+        prompts_.Message(QString::fromStdString(MaskRefusalText(verdict)),
                          MessageIcon::Warning, MessageButtons::Ok);
         if (verdict != MaskVerdict::Empty) {
             txtObjMask->setFocus();
@@ -118,7 +119,7 @@ void frmMain::SearchButtonClicked() {
     UnloadCensus();
     model1_->Clear();
     model2_->Clear();
-    session_.Prepare(QFile::encodeName(txtStartPath->text()).toStdString(), options);
+    session_.Prepare(StartPath(), options);
     folderResults_ = false;
     cancel_.Lower();
     cmdSearch->setText(tr("Cancel"));
@@ -133,7 +134,7 @@ void frmMain::SearchButtonClicked() {
     if (!session_.ResultsAvailable()) {
         ShowList(List1);
         prompts_.Message(
-            this, NoMatchesMessage(options.FoldersOnly, mask, DisplayPath(session_.RootPath())),
+            NoMatchesMessage(options.FoldersOnly, mask, DisplayPath(session_.RootPath())),
             MessageIcon::Information, MessageButtons::Ok);
         SetStatus(0, tr("Ready!"));
     } else {
@@ -171,12 +172,30 @@ void frmMain::SearchButtonClicked() {
     lstDummy->addItem(tr("searching..."));
 }
 
+void frmMain::SetStartPath(const std::string& bytes) {
+    startPathBytes_ = bytes;
+    startPathShown_ = QFile::decodeName(QByteArray::fromStdString(bytes));
+    txtStartPath->setText(startPathShown_);
+}
+
+std::string frmMain::StartPath() const {
+    const QString text = txtStartPath->text();
+    if (text == startPathShown_) {
+        return startPathBytes_;
+    }
+    std::string typed = QFile::encodeName(text).toStdString();
+    if (typed == "~" || typed.rfind("~/", 0) == 0) {
+        typed = HomeFolder() + typed.substr(1);
+    }
+    return typed;
+}
+
 void frmMain::PathBackClicked() {
     if (busy_) {
         return;
     }
-    const std::string parent = ParentFolder(QFile::encodeName(txtStartPath->text()).toStdString());
-    txtStartPath->setText(QFile::decodeName(QByteArray::fromStdString(parent)));
+    const std::string parent = ParentFolder(StartPath());
+    SetStartPath(parent);
     modBrowse::RememberPickedFolder(6, parent, profile_);
 }
 
@@ -185,12 +204,12 @@ void frmMain::SelectSearchRoot(int purpose) {
         return;
     }
     const std::string picked =
-        modBrowse::PickFolder(purpose, true, QFile::encodeName(txtStartPath->text()).toStdString(),
-                              profile_, prompts_, this);
+        modBrowse::PickFolder(purpose, true, StartPath(),
+                              profile_, prompts_);
     if (picked.empty()) {
         return;
     }
-    txtStartPath->setText(QFile::decodeName(QByteArray::fromStdString(picked)));
+    SetStartPath(picked);
     if (profile_.Settings().AutoSDSOnNewSelection) {
         txtObjMask->setText(QStringLiteral("*.*"));
     }

@@ -116,27 +116,25 @@ std::vector<std::string> frmMain::SelectedPaths() const {
 void frmMain::OpenSelected() {
     if (!busy_) {
         modShell::ShellOpenSelected(SelectedPaths(), folderResults_, profile_.Settings(), prompts_,
-                                    desktop_, this);
+                                    desktop_);
     }
 }
 
 void frmMain::OpenSelectedWithNotepad() {
     if (!busy_) {
-        modShell::ShellOpenWithNotepad(SelectedPaths(), profile_.Settings(), prompts_, desktop_,
-                                       this);
+        modShell::ShellOpenWithNotepad(SelectedPaths(), profile_.Settings(), prompts_, desktop_);
     }
 }
 
 void frmMain::OpenSelectedWithDialog() {
     if (!busy_) {
-        modShell::ShellOpenWithDialog(SelectedPaths(), profile_.Settings(), prompts_, desktop_,
-                                      this);
+        modShell::ShellOpenWithDialog(SelectedPaths(), profile_.Settings(), prompts_, desktop_);
     }
 }
 
 void frmMain::ShowSelectedProperties() {
     if (!busy_) {
-        modShell::ShellShowProperties(SelectedPaths(), prompts_, desktop_, this);
+        modShell::ShellShowProperties(SelectedPaths(), prompts_, desktop_);
     }
 }
 
@@ -145,7 +143,7 @@ void frmMain::SetAsNewStartPath() {
     if (busy_ || paths.empty()) {
         return;
     }
-    txtStartPath->setText(QFile::decodeName(QByteArray::fromStdString(paths.front())));
+    SetStartPath(paths.front());
     if (chkOpts[1]->isChecked()) {
         chkOpts[1]->setChecked(false);
         OptionClicked(1);

@@ -151,9 +151,8 @@ void frmMain::CreateTypeViews(const SelectedTypeArray& types) {
         return;
     }
     SetBusy(true);
-    dlgProgress& progress = dlgProgress::Shared();
-    progress.Create(this, 1, static_cast<int>(types.size()), false,
-                    profile_.Settings().PBScrollStyle);
+    Progress& progress = *progress_;
+    progress.Create(1, static_cast<int>(types.size()), false);
     int lastNew = -1;
     for (const SelectedTypeEntry& type : types) {
         const QString extension = QString::fromStdString(type.Extension);
@@ -311,23 +310,22 @@ void frmMain::ShowFileTypes() {
         census_->DeselectAll();
     } else {
         if (session_.Store().UBound() < 0) {
-            prompts_.Message(this,
-                             tr("Critical Error - the file data array is empty; this function is "
+            prompts_.Message(tr("Critical Error - the file data array is empty; this function is "
                                 "unavailable. Please restart the application to avoid corrupted "
                                 "reports."),
                              MessageIcon::Critical, MessageButtons::Ok);
             return;
         }
         QApplication::setOverrideCursor(Qt::WaitCursor);
-        dlgProgress& progress = dlgProgress::Shared();
+        Progress& progress = *progress_;
         // Two passes over the store, each stepped about twenty times.
-        progress.Create(this, 1, 42, false, profile_.Settings().PBScrollStyle);
+        progress.Create(1, 42, false);
         census_ =
             std::make_unique<dlgStarDotStar>(session_.Store(), profile_, prompts_, progress, this);
         census_->CreateMaskArrayCountSR(0);
         census_->SetupControls(tr("File Types in ") + views_[0].caption,
                                static_cast<int>(census_->CensusData().Hidden().size()));
-        census_->SetSearchData(QFile::encodeName(txtStartPath->text()).toStdString(),
+        census_->SetSearchData(StartPath(),
                                txtObjMask->text().toStdString());
         QApplication::restoreOverrideCursor();
     }
@@ -338,5 +336,5 @@ void frmMain::ShowFileTypes() {
             CreateTypeViews(types);
         }
     }
-    dlgProgress::Shared().Destroy();
+    progress_->Destroy();
 }

@@ -1,14 +1,39 @@
 #include "app/Cli.h"
 #include "app/MainStartup.h"
+#include "platform/GioDesktop.h"
 
 #include <QCoreApplication>
+#include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
+
+namespace {
+
+// A closed standard stream would hand its number to the next file opened, and results meant
+// for standard output would land in it. Such a slot gets /dev/null opened for reading, so that
+// writing to it fails, as it should, and says so.
+void OccupyClosedStandardStreams() {
+    for (int fd = 0; fd <= 2; ++fd) {
+        if (fcntl(fd, F_GETFD) == -1 && errno == EBADF) {
+            const int null = open("/dev/null", O_RDONLY);
+            if (null >= 0 && null != fd) {
+                dup2(null, fd);
+                close(null);
+            }
+        }
+    }
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
+    OccupyClosedStandardStreams();
     std::vector<std::string> args(argv + 1, argv + argc);
     const std::string settingsFile = ExtractSettingsOption(args);
     if (!IsCommandLineInvocation(args)) {
-        return RunWindow(argc, argv, settingsFile);
+        return RunWindow(argc, argv, settingsFile, [](Prompts& prompts) {
+            return std::make_unique<GioDesktop>(prompts, AskFileManager);
+        });
     }
     // Headless: Qt Core only, no display needed. Large result lists go out in big writes.
     static char outBuffer[1 << 16];

@@ -1,22 +1,20 @@
 #include "fileops/dlgOpenWith.h"
 
-#include "platform/Prompts.h"
-
 #include <QDialogButtonBox>
 #include <QFile>
+#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QVBoxLayout>
-#include <algorithm>
 
-dlgOpenWith::dlgOpenWith(const std::vector<DesktopEntry>& entries, const QStringList& mimeTypes,
-                         const std::string& path, QWidget* parent)
+dlgOpenWith::dlgOpenWith(const OpenWithRequest& request, QWidget* parent)
     : QDialog(parent), lstApplications(new QListWidget(this)), txtCommand(new QLineEdit(this)) {
     setObjectName("dlgOpenWith");
     setWindowTitle(tr("Open With"));
-    const QString name = QFile::decodeName(QByteArray::fromStdString(path)).section('/', -1);
+    const QString name =
+        QFile::decodeName(QByteArray::fromStdString(request.path)).section('/', -1);
     auto* prompt = new QLabel(tr("Choose the application to open \"%1\" with:").arg(name), this);
     prompt->setWordWrap(true);
     lstApplications->setObjectName("lstApplications");
@@ -31,37 +29,20 @@ dlgOpenWith::dlgOpenWith(const std::vector<DesktopEntry>& entries, const QString
         item->setFlags(Qt::NoItemFlags);
         entryOfRow_.push_back(-1);
     };
-    const auto addEntry = [this](const DesktopEntry& entry) {
-        new QListWidgetItem(entry.name, lstApplications);
-        entryOfRow_.push_back(static_cast<int>(shown_.size()));
-        shown_.push_back(entry);
-    };
-    std::vector<const DesktopEntry*> others;
-    bool headed = false;
-    const QString mimeType = mimeTypes.value(0);
-    const auto handles = [&mimeTypes](const DesktopEntry& entry) {
-        return std::any_of(mimeTypes.begin(), mimeTypes.end(), [&](const QString& type) {
-            return type != QLatin1String("application/octet-stream") &&
-                   entry.mimeTypes.contains(type);
-        });
-    };
-    for (const DesktopEntry& entry : entries) {
-        if (handles(entry)) {
-            if (!headed) {
-                addHeading(tr("Applications for %1").arg(mimeType));
-                headed = true;
-            }
-            addEntry(entry);
-        } else if (!entry.noDisplay) {
-            others.push_back(&entry);
+    const auto addEntries = [&](const QString& heading,
+                                const std::vector<ApplicationChoice>& choices) {
+        if (choices.empty()) {
+            return;
         }
-    }
-    if (!others.empty()) {
-        addHeading(tr("Other applications"));
-        for (const DesktopEntry* entry : others) {
-            addEntry(*entry);
+        addHeading(heading);
+        for (const ApplicationChoice& choice : choices) {
+            new QListWidgetItem(QIcon::fromTheme(choice.iconName), choice.name, lstApplications);
+            entryOfRow_.push_back(static_cast<int>(shown_.size()));
+            shown_.push_back(choice);
         }
-    }
+    };
+    addEntries(tr("Applications for %1").arg(request.contentType), request.forType);
+    addEntries(tr("Other applications"), request.others);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     ok_ = buttons->button(QDialogButtonBox::Ok);
@@ -86,24 +67,24 @@ dlgOpenWith::dlgOpenWith(const std::vector<DesktopEntry>& entries, const QString
     UpdateOk();
 }
 
-void dlgOpenWith::UpdateOk() {
-    const int row = lstApplications->currentRow();
-    const bool entry = row >= 0 && row < static_cast<int>(entryOfRow_.size()) &&
-                       entryOfRow_[static_cast<size_t>(row)] >= 0;
-    ok_->setEnabled(entry || !txtCommand->text().trimmed().isEmpty());
-}
-
-std::optional<DesktopEntry> dlgOpenWith::ChosenApplication() const {
+const ApplicationChoice* dlgOpenWith::ChosenApplication() const {
     const int row = lstApplications->currentRow();
     if (row < 0 || row >= static_cast<int>(entryOfRow_.size()) ||
         entryOfRow_[static_cast<size_t>(row)] < 0) {
-        return std::nullopt;
+        return nullptr;
     }
-    return shown_[static_cast<size_t>(entryOfRow_[static_cast<size_t>(row)])];
+    return &shown_[static_cast<size_t>(entryOfRow_[static_cast<size_t>(row)])];
 }
 
-QString dlgOpenWith::CustomCommand() const {
-    return txtCommand->text();
+void dlgOpenWith::UpdateOk() {
+    ok_->setEnabled(ChosenApplication() != nullptr || !txtCommand->text().trimmed().isEmpty());
+}
+
+OpenWithAnswer dlgOpenWith::Answer() const {
+    if (const ApplicationChoice* chosen = ChosenApplication()) {
+        return {chosen->id, {}};
+    }
+    return {{}, txtCommand->text().trimmed()};
 }
 
 QStringList dlgOpenWith::Rows() const {

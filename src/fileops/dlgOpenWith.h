@@ -1,36 +1,32 @@
 #pragma once
 
-#include "platform/DesktopEntries.h"
+#include "platform/Prompts.h"
 
 #include <QDialog>
-#include <optional>
 
 class QLineEdit;
 class QListWidget;
 class QPushButton;
 
-// The Open With dialog: the applications that declare the file's type (or one it derives from)
-// first, then all others,
-// and a command line of the user's own (with %f for the file, else it is added at the end).
+// The Open With dialog: the applications for the file's type first, then all the others, and a
+// command line of the user's own (%f stands for the file; without it the file goes at the end).
 class dlgOpenWith : public QDialog {
     Q_OBJECT
 public:
-    // `mimeTypes`: the file's type first, then the types it derives from.
-    dlgOpenWith(const std::vector<DesktopEntry>& entries, const QStringList& mimeTypes,
-                const std::string& path, QWidget* parent = nullptr);
+    explicit dlgOpenWith(const OpenWithRequest& request, QWidget* parent = nullptr);
 
-    // The application chosen; nothing when a custom command was typed instead.
-    std::optional<DesktopEntry> ChosenApplication() const;
-    QString CustomCommand() const;
+    // The chosen application, or the command typed; empty when neither.
+    OpenWithAnswer Answer() const;
     // The list as shown: application names, with the heading rows.
     QStringList Rows() const;
     void ChooseRow(int row);
     void SetCustomCommand(const QString& command);
 
 private:
+    const ApplicationChoice* ChosenApplication() const;
     void UpdateOk();
 
-    std::vector<DesktopEntry> shown_; // in row order; rows without an entry are headings
+    std::vector<ApplicationChoice> shown_; // in row order; rows without an entry are headings
     std::vector<int> entryOfRow_;
     QListWidget* lstApplications;
     QLineEdit* txtCommand;

@@ -3,6 +3,7 @@
 #include "platform/CancelFlag.h"
 #include "platform/EventYield.h"
 #include "platform/Prompts.h"
+#include "settings/AppSettings.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -10,8 +11,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-dlgProgress::dlgProgress(CancelFlag& cancel, QWidget* parent)
-    : QDialog(parent), cancel_(cancel), Label1(new QLabel(this)),
+dlgProgress::dlgProgress(CancelFlag& cancel, const AppSettings& settings, QWidget* owner)
+    : QDialog(owner), cancel_(cancel), settings_(settings), Label1(new QLabel(this)),
       ProgressBar1(new QProgressBar(this)), cmdCancel(new QPushButton(tr("Cancel"), this)) {
     setObjectName("dlgProgress");
     setWindowTitle(kApplicationTitle);
@@ -32,24 +33,13 @@ dlgProgress::dlgProgress(CancelFlag& cancel, QWidget* parent)
     setMinimumWidth(360);
 }
 
-dlgProgress& dlgProgress::Shared() {
-    static dlgProgress* shared = new dlgProgress(CancelFlag::Program());
-    return *shared;
-}
-
-void dlgProgress::Create(QWidget* owner, int stepSize, int maximum, bool cancelAllowed,
-                         int scrollStyle) {
+void dlgProgress::Create(int stepSize, int maximum, bool cancelAllowed) {
     // Style 1 asks for a smooth bar; the text-less bar is the closest a Qt style offers.
-    ProgressBar1->setProperty("smooth", scrollStyle == 1);
+    ProgressBar1->setProperty("smooth", settings_.PBScrollStyle == 1);
     Setup(stepSize, maximum, 0);
     cmdCancel->setVisible(cancelAllowed);
     cmdCancel->setEnabled(cancelAllowed);
     adjustSize();
-    // The shared window belongs to no window (a closing owner must not take it along); it is
-    // only placed over its owner.
-    if (owner != nullptr) {
-        move(owner->frameGeometry().center() - rect().center());
-    }
     show();
     raise();
 }

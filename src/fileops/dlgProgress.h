@@ -1,33 +1,29 @@
 #pragma once
 
+#include "platform/Progress.h"
+
 #include <QDialog>
 
 class QLabel;
 class QProgressBar;
 class QPushButton;
 class CancelFlag;
+struct AppSettings;
 
-// `dlgProgress`: the shared modeless progress window of long tasks: a message line, a bar and
-// an optional Cancel that raises the program-wide cancel flag (the task notices and stops).
-class dlgProgress : public QDialog {
+// `dlgProgress`: the modeless progress window of the window that owns it, transient for it, so
+// that it stays above it. Its bar follows the PBScrollStyle setting (0 blocks, 1 smooth).
+class dlgProgress : public QDialog, public Progress {
     Q_OBJECT
 public:
-    explicit dlgProgress(CancelFlag& cancel, QWidget* parent = nullptr);
+    dlgProgress(CancelFlag& cancel, const AppSettings& settings, QWidget* owner);
 
-    // The one instance the program shares.
-    static dlgProgress& Shared();
-
-    // Shows the window over `owner` with the bar at 0 of `maximum`.
-    void Create(QWidget* owner, int stepSize, int maximum, bool cancelAllowed, int scrollStyle = 0);
-    void Destroy();
-    void Reset();
-    // "Processing..." when `text` is empty.
-    void SetMessage(const QString& text);
-    void Setup(int stepSize, int maximum, int value);
-    // Advances one call: the bar moves to calls x `units`, never past its maximum.
-    void Update(int units);
-    // Sets the bar directly (when within its maximum) and lets the window repaint.
-    void UpdateDirect(int value);
+    void Create(int stepSize, int maximum, bool cancelAllowed) override;
+    void Destroy() override;
+    void Reset() override;
+    void SetMessage(const QString& text) override;
+    void Setup(int stepSize, int maximum, int value) override;
+    void Update(int units) override;
+    void UpdateDirect(int value) override;
 
     QString Message() const;
     int Value() const;
@@ -38,6 +34,7 @@ private:
     void CancelClicked();
 
     CancelFlag& cancel_;
+    const AppSettings& settings_;
     QLabel* Label1;
     QProgressBar* ProgressBar1;
     QPushButton* cmdCancel;

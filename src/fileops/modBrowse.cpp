@@ -102,7 +102,7 @@ std::string RootFolderOf(BrowseRoot root, const std::string& home) {
 }
 
 std::string PickFolder(int purpose, bool remember, const std::string& rootFieldText,
-                       modPProfile& profile, Prompts& prompts, QWidget* owner) {
+                       modPProfile& profile, Prompts& prompts) {
     const AppSettings& s = profile.Settings();
     std::string start;
     switch (purpose) {
@@ -128,7 +128,7 @@ std::string PickFolder(int purpose, bool remember, const std::string& rootFieldT
     case 4:
         break;
     default:
-        prompts.Message(owner, "oops!", MessageIcon::None, MessageButtons::Ok);
+        prompts.Message("oops!", MessageIcon::None, MessageButtons::Ok);
         break;
     }
     if (!IsFolder(start)) {
@@ -136,7 +136,7 @@ std::string PickFolder(int purpose, bool remember, const std::string& rootFieldT
     }
     const Purpose p = PurposeOf(purpose);
     FolderRequest request{p.caption, p.prompt, RootFolderOf(p.root, profile.RootFolder()), start};
-    const std::string picked = prompts.PickFolder(owner, request);
+    const std::string picked = prompts.PickFolder(request);
     if (!picked.empty() && remember) {
         RememberPickedFolder(purpose, picked, profile);
     }

@@ -5,7 +5,6 @@
 
 class modPProfile;
 class Prompts;
-class QWidget;
 
 // Folder picking with remembered locations. Purposes: 1 copy files, 2 copy folder, 3 copy folder
 // contents, 4 move files, 5 move folder, 6 search root (local), 7 search root (network share),
@@ -33,7 +32,7 @@ std::string RootFolderOf(BrowseRoot root, const std::string& home);
 // (the start for purpose 6). Returns the path picked, empty on cancel; remembers a pick when
 // `remember` is set. A purpose outside 1 to 8 first says "oops!".
 std::string PickFolder(int purpose, bool remember, const std::string& rootFieldText,
-                       modPProfile& profile, Prompts& prompts, QWidget* owner);
+                       modPProfile& profile, Prompts& prompts);
 
 // `RememberPickedFolder`: stores a non-empty path under its purpose's key (purposes 2 and 3
 // share one), and the purpose under LastCfmBrowseID, whatever its number.

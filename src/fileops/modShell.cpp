@@ -5,38 +5,38 @@
 #include "search/SearchStatus.h"
 #include "settings/AppSettings.h"
 
+#include <QUrl>
+
 namespace modShell {
 
 namespace {
 
 // The question asked once for several items; true when the command may go on.
 bool ConfirmMany(const std::vector<std::string>& selected, const QString& question,
-                 Prompts& prompts, QWidget* owner) {
+                 Prompts& prompts) {
     if (selected.empty()) {
         return false;
     }
-    return selected.size() == 1 || prompts.Message(owner, question, MessageIcon::Warning,
+    return selected.size() == 1 || prompts.Message(question, MessageIcon::Warning,
                                                    MessageButtons::YesNo) == MessageAnswer::Yes;
 }
 
-bool ConfirmItem(const QString& question, Prompts& prompts, QWidget* owner) {
-    return prompts.Message(owner, question, MessageIcon::Question, MessageButtons::YesNo) ==
+bool ConfirmItem(const QString& question, Prompts& prompts) {
+    return prompts.Message(question, MessageIcon::Question, MessageButtons::YesNo) ==
            MessageAnswer::Yes;
 }
 
 } // namespace
 
 void ShellOpenSelected(const std::vector<std::string>& selected, bool folderView,
-                       const AppSettings& settings, Prompts& prompts, Desktop& desktop,
-                       QWidget* owner) {
-    if (!ConfirmMany(selected, kConfirmOpenMany, prompts, owner)) {
+                       const AppSettings& settings, Prompts& prompts, Desktop& desktop) {
+    if (!ConfirmMany(selected, kConfirmOpenMany, prompts)) {
         return;
     }
     const bool explore = folderView && settings.OpenFoldersWithExplore;
     for (const std::string& path : selected) {
         if (settings.ConfirmOnOpen &&
-            !ConfirmItem(QStringLiteral("Confirm opening of ") + DisplayPath(path), prompts,
-                         owner)) {
+            !ConfirmItem(QStringLiteral("Confirm opening of ") + DisplayPath(path), prompts)) {
             continue;
         }
         if (explore) {
@@ -48,14 +48,14 @@ void ShellOpenSelected(const std::vector<std::string>& selected, bool folderView
 }
 
 void ShellOpenWithNotepad(const std::vector<std::string>& selected, const AppSettings& settings,
-                          Prompts& prompts, Desktop& desktop, QWidget* owner) {
-    if (!ConfirmMany(selected, kConfirmOpenMany, prompts, owner)) {
+                          Prompts& prompts, Desktop& desktop) {
+    if (!ConfirmMany(selected, kConfirmOpenMany, prompts)) {
         return;
     }
     for (const std::string& path : selected) {
         if (settings.ConfirmOnOpen &&
             !ConfirmItem(QStringLiteral("Confirm using Notepad to open: \r\n") + DisplayPath(path),
-                         prompts, owner)) {
+                         prompts)) {
             continue;
         }
         desktop.OpenInTextEditor(path);
@@ -63,8 +63,8 @@ void ShellOpenWithNotepad(const std::vector<std::string>& selected, const AppSet
 }
 
 void ShellShowProperties(const std::vector<std::string>& selected, Prompts& prompts,
-                         Desktop& desktop, QWidget* owner) {
-    if (!ConfirmMany(selected, kConfirmPropertiesMany, prompts, owner)) {
+                         Desktop& desktop) {
+    if (!ConfirmMany(selected, kConfirmPropertiesMany, prompts)) {
         return;
     }
     for (const std::string& path : selected) {
@@ -73,9 +73,9 @@ void ShellShowProperties(const std::vector<std::string>& selected, Prompts& prom
 }
 
 void ShellOpenWithDialog(const std::vector<std::string>& selected, const AppSettings& settings,
-                         Prompts& prompts, Desktop& desktop, QWidget* owner) {
+                         Prompts& prompts, Desktop& desktop) {
     if (selected.empty()) {
-        prompts.Message(owner, kOpenWithNeedsOne, MessageIcon::Information, MessageButtons::Ok);
+        prompts.Message(kOpenWithNeedsOne, MessageIcon::Information, MessageButtons::Ok);
         return;
     }
     if (selected.size() > 1) {
@@ -85,7 +85,7 @@ void ShellOpenWithDialog(const std::vector<std::string>& selected, const AppSett
     if (settings.AskToOpenWith &&
         !ConfirmItem(QStringLiteral("Show the 'Open With...' dialog for file: \r\n") +
                          DisplayPath(path),
-                     prompts, owner)) {
+                     prompts)) {
         return;
     }
     if (!path.empty()) {
@@ -96,7 +96,7 @@ void ShellOpenWithDialog(const std::vector<std::string>& selected, const AppSett
 void ShellOpenDocument(const std::string& target, Desktop& desktop) {
     const QUrl url(QString::fromStdString(target));
     if (!url.scheme().isEmpty() && !url.isLocalFile()) {
-        desktop.OpenUrl(url);
+        desktop.OpenUrl(target);
         return;
     }
     // Open offers the Open With dialog itself when nothing is associated with the type.

@@ -6,7 +6,6 @@
 
 class Desktop;
 class Prompts;
-class QWidget;
 struct AppSettings;
 
 // The shell verbs on the selected items of a list: open (or explore a folder), open in the text
@@ -25,14 +24,13 @@ inline const QString kOpenWithNeedsOne =
 
 // `selected`: the full paths of the selected items, in list order.
 void ShellOpenSelected(const std::vector<std::string>& selected, bool folderView,
-                       const AppSettings& settings, Prompts& prompts, Desktop& desktop,
-                       QWidget* owner);
+                       const AppSettings& settings, Prompts& prompts, Desktop& desktop);
 void ShellOpenWithNotepad(const std::vector<std::string>& selected, const AppSettings& settings,
-                          Prompts& prompts, Desktop& desktop, QWidget* owner);
+                          Prompts& prompts, Desktop& desktop);
 void ShellShowProperties(const std::vector<std::string>& selected, Prompts& prompts,
-                         Desktop& desktop, QWidget* owner);
+                         Desktop& desktop);
 void ShellOpenWithDialog(const std::vector<std::string>& selected, const AppSettings& settings,
-                         Prompts& prompts, Desktop& desktop, QWidget* owner);
+                         Prompts& prompts, Desktop& desktop);
 // A document or a link ("https:", "mailto:") with what the desktop associates with it; the
 // Open With dialog when nothing is.
 void ShellOpenDocument(const std::string& target, Desktop& desktop);

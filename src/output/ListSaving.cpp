@@ -13,7 +13,7 @@ template <class Text>
 std::string Write(const std::string& path, const std::vector<Text>& lines,
                   const WriteProgress* progress) {
     TextFile file;
-    if (!file.Open(path)) {
+    if (!file.Open(path, TextFile::Mode::Replace)) {
         return file.Error();
     }
     for (size_t i = 0; i < lines.size(); ++i) {

@@ -1,41 +1,56 @@
 #include "output/TextFile.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 namespace {
 constexpr size_t kBufferSize = 1 << 16;
 }
 
 TextFile::~TextFile() {
-    if (fd_ >= 0) {
-        close(fd_);
+    if (open_) {
+        Abandon();
     }
 }
 
-bool TextFile::Open(const std::string& path) {
+bool TextFile::Open(const std::string& path, Mode mode) {
+    mode_ = mode;
     path_ = path;
     error_.clear();
     buffer_.clear();
     buffer_.reserve(kBufferSize + 4096);
-    fd_ = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (fd_ < 0) {
-        Fail("Cannot create");
-        return false;
+    if (mode == Mode::CreateNew) {
+        const int fd =
+            open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        if (fd < 0) {
+            Fail("Cannot create", errno);
+            return false;
+        }
+        created_.Reset(fd);
+    } else {
+        target_ = ResolveReplaceTarget(path);
+        if (!target_.error.empty()) {
+            error_ = "Cannot replace " + path + ": " + target_.error;
+            return false;
+        }
+        if (!replacement_.Create(target_.path)) {
+            Fail("Cannot create", errno);
+            return false;
+        }
     }
+    open_ = true;
     return true;
 }
 
-void TextFile::Fail(const char* what) {
+void TextFile::Fail(const char* what, int error) {
     if (error_.empty()) {
-        error_ = std::string(what) + " " + path_ + ": " + std::strerror(errno);
+        error_ = std::string(what) + " " + path_ + ": " + SystemReason(error);
     }
 }
 
 void TextFile::WriteLine(std::string_view text) {
-    if (fd_ < 0 || !error_.empty()) {
+    if (!open_ || !error_.empty()) {
         return;
     }
     buffer_.append(text);
@@ -46,31 +61,66 @@ void TextFile::WriteLine(std::string_view text) {
 }
 
 void TextFile::Flush() {
-    size_t done = 0;
-    while (done < buffer_.size() && error_.empty()) {
-        const ssize_t n = write(fd_, buffer_.data() + done, buffer_.size() - done);
-        if (n < 0 && errno == EINTR) {
-            continue;
+    if (!error_.empty() || buffer_.empty()) {
+        buffer_.clear();
+        return;
+    }
+    if (mode_ == Mode::Replace) {
+        if (!replacement_.WriteAll(buffer_.data(), buffer_.size())) {
+            Fail("Cannot write", errno);
         }
-        if (n <= 0) {
-            Fail("Cannot write");
-            break;
+    } else {
+        size_t done = 0;
+        while (done < buffer_.size()) {
+            const ssize_t n = write(created_.Get(), buffer_.data() + done, buffer_.size() - done);
+            if (n < 0 && errno == EINTR) {
+                continue;
+            }
+            if (n <= 0) {
+                Fail("Cannot write", n == 0 ? ENOSPC : errno);
+                break;
+            }
+            done += static_cast<size_t>(n);
         }
-        done += static_cast<size_t>(n);
     }
     buffer_.clear();
 }
 
+// Takes back a file this writer created, never one somebody put there since.
+void TextFile::Abandon() {
+    open_ = false;
+    if (mode_ == Mode::Replace) {
+        replacement_.Discard();
+        return;
+    }
+    struct stat ours {};
+    struct stat there {};
+    const bool known = fstat(created_.Get(), &ours) == 0;
+    created_.Close();
+    if (known && lstat(path_.c_str(), &there) == 0 && there.st_dev == ours.st_dev &&
+        there.st_ino == ours.st_ino) {
+        unlink(path_.c_str());
+    }
+}
+
 bool TextFile::Close() {
-    if (fd_ < 0) {
+    if (!open_) {
         return false;
     }
+    Flush();
     if (error_.empty()) {
-        Flush();
+        if (mode_ == Mode::Replace) {
+            if (!replacement_.Commit(target_.mode)) {
+                Fail("Cannot write", errno);
+            }
+        } else if (fsync(created_.Get()) != 0 || !created_.Close()) {
+            Fail("Cannot write", errno);
+        }
     }
-    if (close(fd_) != 0) {
-        Fail("Cannot write");
+    if (!error_.empty()) {
+        Abandon();
+        return false;
     }
-    fd_ = -1;
-    return error_.empty();
+    open_ = false;
+    return true;
 }

@@ -1,21 +1,30 @@
 #pragma once
 
+#include "platform/FileReplacement.h"
+
 #include <string>
 #include <string_view>
 
-// A text file written from scratch (created, or truncated when it exists), with CR LF line
-// ends. Every failure keeps the system's reason, so the user hears which file failed and why.
+// A text file written from scratch, with CR LF line ends. Every failure keeps the system's
+// reason, so the user hears which file failed and why; a file that failed is never left behind
+// half written.
 class TextFile {
 public:
+    enum class Mode {
+        CreateNew, // the file must not exist yet (created exclusively)
+        Replace,   // the user agreed to replace it: written beside it, then renamed over it
+    };
+
     TextFile() = default;
     ~TextFile();
     TextFile(const TextFile&) = delete;
     TextFile& operator=(const TextFile&) = delete;
 
-    bool Open(const std::string& path);
+    bool Open(const std::string& path, Mode mode);
     // Writes `text` and CR LF.
     void WriteLine(std::string_view text);
-    // Flushes and closes; false when anything failed since Open.
+    // Writes out and closes (replacing the old file now); false when anything failed since
+    // Open, and then nothing of it is left.
     bool Close();
 
     // "Cannot write /x/y.txt: No space left on device" after a failure.
@@ -23,10 +32,15 @@ public:
 
 private:
     void Flush();
-    void Fail(const char* what);
+    void Fail(const char* what, int error);
+    void Abandon();
 
-    int fd_ = -1;
+    Mode mode_ = Mode::CreateNew;
+    UniqueFd created_; // CreateNew
+    TemporaryBeside replacement_;
+    ReplaceTarget target_;
     std::string path_;
     std::string buffer_;
     std::string error_;
+    bool open_ = false;
 };

@@ -6,12 +6,7 @@
 
 namespace modFileDialog {
 
-bool& EntireListSwitch() {
-    static bool entireList = false;
-    return entireList;
-}
-
-std::string SaveReportDialog(Prompts& prompts, QWidget* owner, bool& entireList,
+std::string SaveReportDialog(Prompts& prompts, bool entireListEnabled, bool& entireList,
                              std::string& initialFolder, const std::string& initialName) {
     SaveRequest request;
     request.title = QStringLiteral("Save Report As");
@@ -19,9 +14,9 @@ std::string SaveReportDialog(Prompts& prompts, QWidget* owner, bool& entireList,
     request.defaultSuffix = QStringLiteral("txt");
     request.folder = initialFolder;
     request.name = initialName;
-    request.entireListEnabled = EntireListSwitch();
+    request.entireListEnabled = entireListEnabled;
     request.entireListChecked = entireList;
-    const SaveAnswer answer = prompts.SaveFile(owner, request);
+    const SaveAnswer answer = prompts.SaveFile(request);
     if (answer.path.empty()) {
         return {};
     }
@@ -30,11 +25,11 @@ std::string SaveReportDialog(Prompts& prompts, QWidget* owner, bool& entireList,
     return answer.path;
 }
 
-std::string AskForOutputFile(Prompts& prompts, QWidget* owner, modPProfile& profile,
+std::string AskForOutputFile(Prompts& prompts, modPProfile& profile, bool entireListEnabled,
                              bool& entireList, const std::string& initialName,
                              bool writeBackOnCancel) {
     std::string& folder = profile.Settings().LastOutputSaveDirectory;
-    const std::string path = SaveReportDialog(prompts, owner, entireList, folder, initialName);
+    const std::string path = SaveReportDialog(prompts, entireListEnabled, entireList, folder, initialName);
     if (!folder.empty() && (!path.empty() || writeBackOnCancel)) {
         profile.ProfileSetPathsKey("LastOutputSaveDirectory", folder);
     }

@@ -3,9 +3,9 @@
 #include <QString>
 #include <QStringList>
 #include <string>
+#include <vector>
 
 class QDialog;
-class QWidget;
 
 enum class MessageIcon { None, Information, Warning, Critical, Question };
 enum class MessageButtons { Ok, OkCancel, YesNo, YesNoCancel };
@@ -35,31 +35,46 @@ struct SaveAnswer {
     bool entireList = false;
 };
 
-// Every modal interaction of the program goes through here: the program uses real dialogs,
-// tests a scripted double that records each question and answers from a queue.
+// One application the Open With dialog offers.
+struct ApplicationChoice {
+    std::string id; // the desktop entry's id ("org.gnome.TextEditor.desktop")
+    QString name;
+    QString iconName; // a theme icon name; empty when the application names none
+};
+
+// The Open With dialog: the file, its type, the applications for that type and all the others.
+struct OpenWithRequest {
+    std::string path;
+    QString contentType; // "text/plain"
+    std::vector<ApplicationChoice> forType;
+    std::vector<ApplicationChoice> others;
+};
+// The chosen application's id, or a command line of the user's own; both empty on cancel.
+struct OpenWithAnswer {
+    std::string applicationId;
+    QString commandLine;
+};
+
+// Every modal interaction of the program goes through here: the program uses real dialogs, tests
+// a scripted double that records each question and answers from a queue. Boxes are owned by the
+// window the user is working in.
 class Prompts {
 public:
     virtual ~Prompts() = default;
 
     // A message box titled `title` (the application title when empty).
-    virtual MessageAnswer Message(QWidget* owner, const QString& text, MessageIcon icon,
-                                  MessageButtons buttons, const QString& title = {}) = 0;
+    virtual MessageAnswer Message(const QString& text, MessageIcon icon, MessageButtons buttons,
+                                  const QString& title = {}) = 0;
     // The folder picker; an empty path when the user cancels.
-    virtual std::string PickFolder(QWidget* owner, const FolderRequest& request) = 0;
+    virtual std::string PickFolder(const FolderRequest& request) = 0;
     // The save dialog; asks before replacing a file.
-    virtual SaveAnswer SaveFile(QWidget* owner, const SaveRequest& request) = 0;
+    virtual SaveAnswer SaveFile(const SaveRequest& request) = 0;
+    // The Open With dialog.
+    virtual OpenWithAnswer ChooseApplication(const OpenWithRequest& request) = 0;
+    // The program's own properties of a file or folder, for desktops whose file manager shows none.
+    virtual void ShowFileProperties(const std::string& path) = 0;
     // Shows a dialog modally and returns its result code.
     virtual int ShowModal(QDialog* dialog) = 0;
-};
-
-// Real dialogs.
-class QtPrompts : public Prompts {
-public:
-    MessageAnswer Message(QWidget* owner, const QString& text, MessageIcon icon,
-                          MessageButtons buttons, const QString& title = {}) override;
-    std::string PickFolder(QWidget* owner, const FolderRequest& request) override;
-    SaveAnswer SaveFile(QWidget* owner, const SaveRequest& request) override;
-    int ShowModal(QDialog* dialog) override;
 };
 
 // The application title, also the main window's caption: " Tallymoor", leading blank included.

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 namespace {
@@ -75,125 +76,221 @@ std::string OneLine(std::string_view value) {
     return out;
 }
 
-std::string FolderOf(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    if (slash == std::string::npos) {
-        return ".";
-    }
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
+// Folders the settings file needs, made as the XDG base-directory rules ask (0700).
 void MakeFolders(const std::string& folder) {
     for (size_t slash = folder.find('/', 1); slash != std::string::npos;
          slash = folder.find('/', slash + 1)) {
-        mkdir(folder.substr(0, slash).c_str(), 0755);
+        mkdir(folder.substr(0, slash).c_str(), 0700);
     }
-    mkdir(folder.c_str(), 0755);
+    mkdir(folder.c_str(), 0700);
 }
 
-bool WriteAll(int fd, const std::string& bytes) {
-    size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = write(fd, bytes.data() + done, bytes.size() - done);
-        if (n < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            return false;
-        }
-        done += static_cast<size_t>(n);
-    }
-    return true;
-}
-
-} // namespace
-
-IniFile::IniFile(std::string path) : path_(std::move(path)), rename_(::rename) {
-}
-
-bool IniFile::Exists() const {
-    struct stat st {};
-    return stat(path_.c_str(), &st) == 0 && S_ISREG(st.st_mode);
-}
-
-void IniFile::LoadIfChanged() const {
-    Signature now;
-    struct stat st {};
-    const int fd = open(path_.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd >= 0 && fstat(fd, &st) == 0 && S_ISREG(st.st_mode)) {
-        now = {st.st_ino, st.st_size, st.st_mtim.tv_sec * 1000000000LL + st.st_mtim.tv_nsec};
-    }
-    if (loaded_ && *loaded_ == now) {
-        if (fd >= 0) {
-            close(fd);
-        }
-        return;
-    }
-    std::string bytes;
-    if (now.size >= 0) {
-        bytes.resize(static_cast<size_t>(now.size));
-        size_t done = 0;
-        while (done < bytes.size()) {
-            const ssize_t n = read(fd, bytes.data() + done, bytes.size() - done);
-            if (n <= 0) {
-                break;
-            }
-            done += static_cast<size_t>(n);
-        }
-        bytes.resize(done);
-    }
-    if (fd >= 0) {
-        close(fd);
-    }
-    std::string_view text = bytes;
+// Lines end at CR LF, LF or a lone CR.
+std::vector<std::string> SplitLines(std::string_view text) {
     if (text.substr(0, 3) == "\xEF\xBB\xBF") {
         text.remove_prefix(3);
     }
-    lines_.clear();
+    std::vector<std::string> lines;
     while (!text.empty()) {
-        const size_t end = text.find('\n');
-        std::string_view line = text.substr(0, end);
-        if (!line.empty() && line.back() == '\r') {
-            line.remove_suffix(1);
-        }
-        lines_.emplace_back(line);
+        const size_t end = text.find_first_of("\r\n");
+        lines.emplace_back(text.substr(0, end));
         if (end == std::string_view::npos) {
             break;
         }
-        text.remove_prefix(end + 1);
+        text.remove_prefix(end + (text.substr(end, 2) == "\r\n" ? 2 : 1));
     }
-    loaded_ = now;
+    return lines;
 }
 
-std::optional<size_t> IniFile::FindSection(std::string_view section) const {
-    for (size_t i = 0; i < lines_.size(); ++i) {
-        if (const auto name = SectionName(lines_[i]); name && SameName(*name, section)) {
+std::string_view Unquoted(std::string_view value) {
+    if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
+        value.back() == value.front()) {
+        return value.substr(1, value.size() - 2);
+    }
+    return value;
+}
+
+std::optional<size_t> FindSection(const std::vector<std::string>& lines,
+                                  std::string_view section) {
+    for (size_t i = 0; i < lines.size(); ++i) {
+        if (const auto name = SectionName(lines[i]); name && SameName(*name, section)) {
             return i;
         }
     }
     return std::nullopt;
 }
 
-size_t IniFile::SectionEnd(size_t headerLine) const {
+size_t SectionEnd(const std::vector<std::string>& lines, size_t headerLine) {
     size_t i = headerLine + 1;
-    while (i < lines_.size() && !SectionName(lines_[i])) {
+    while (i < lines.size() && !SectionName(lines[i])) {
         ++i;
     }
     return i;
 }
 
+void SetKey(std::vector<std::string>& lines, const std::string& section, const std::string& key,
+            const std::string& value) {
+    const auto header = FindSection(lines, section);
+    if (!header) {
+        if (!lines.empty() && !TrimSpacesAndTabs(lines.back()).empty()) {
+            lines.emplace_back();
+        }
+        lines.push_back("[" + section + "]");
+        lines.push_back(key + "=" + value);
+        return;
+    }
+    const size_t end = SectionEnd(lines, *header);
+    size_t lastContent = *header;
+    for (size_t i = *header + 1; i < end; ++i) {
+        if (const auto name = KeyName(lines[i]); name && SameName(*name, key)) {
+            lines[i] = std::string(*name) + "=" + value;
+            return;
+        }
+        if (!TrimSpacesAndTabs(lines[i]).empty()) {
+            lastContent = i;
+        }
+    }
+    lines.insert(lines.begin() + static_cast<ptrdiff_t>(lastContent + 1), key + "=" + value);
+}
+
+void RemoveSection(std::vector<std::string>& lines, const std::string& section) {
+    if (const auto header = FindSection(lines, section)) {
+        lines.erase(lines.begin() + static_cast<ptrdiff_t>(*header),
+                    lines.begin() + static_cast<ptrdiff_t>(SectionEnd(lines, *header)));
+    }
+}
+
+// An advisory lock on the settings file's folder, held while the file is read again, changed
+// and replaced (the file itself is replaced, so it cannot carry the lock). A copy that holds it
+// for long (a hung network share) is not waited for beyond two seconds.
+class FolderLock {
+public:
+    explicit FolderLock(const std::string& folder)
+        : fd_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        for (int attempt = 0; fd_ && attempt < 100; ++attempt) {
+            if (flock(fd_.Get(), LOCK_EX | LOCK_NB) == 0) {
+                return;
+            }
+            if (errno != EWOULDBLOCK && errno != EINTR) {
+                break; // a file system without locks
+            }
+            usleep(20000);
+        }
+        fd_.Close();
+    }
+
+private:
+    UniqueFd fd_; // closing it releases the lock
+};
+
+constexpr const char* kKeptInMemory =
+    " Your settings are kept while the program runs, but nothing is saved to that file.";
+
+} // namespace
+
+IniFile::IniFile(std::string path) : path_(std::move(path)) {
+}
+
+void IniFile::Problem(const std::string& text) const {
+    if (problem_.empty()) {
+        problem_ = text;
+    }
+    if (!problemTold_ && problemHandler_) {
+        problemTold_ = true;
+        problemHandler_(problem_);
+    }
+}
+
+void IniFile::SetProblemHandler(std::function<void(const std::string&)> handler) {
+    problemHandler_ = std::move(handler);
+    if (!problem_.empty()) {
+        Problem(problem_);
+    }
+}
+
+bool IniFile::Exists() const {
+    LoadIfChanged();
+    return !memoryOnly_ && loaded_ && loaded_->size >= 0;
+}
+
+bool IniFile::InMemoryOnly() const {
+    LoadIfChanged();
+    return memoryOnly_;
+}
+
+// Reads the file again when it is not the one the lines came from, and replays the edits not yet
+// written over it. The type is checked before anything is opened, and the open never blocks.
+void IniFile::LoadIfChanged() const {
+    if (memoryOnly_) {
+        return;
+    }
+    const auto giveUp = [this](const char* what, const std::string& reason) {
+        memoryOnly_ = true;
+        Problem("The settings file ' " + path_ + " ' " + what + " (" + reason + ")." +
+                kKeptInMemory);
+    };
+    const ReplaceTarget target = ResolveReplaceTarget(path_);
+    if (!target.error.empty()) {
+        giveUp("cannot be used", target.error);
+        return;
+    }
+    Signature now;
+    std::string bytes;
+    if (target.exists) {
+        const UniqueFd fd(
+            open(target.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
+        struct stat st {};
+        if (!fd || fstat(fd.Get(), &st) != 0) {
+            giveUp("cannot be read", SystemReason(errno));
+            return;
+        }
+        if (!S_ISREG(st.st_mode)) {
+            giveUp("cannot be used", "Not a regular file");
+            return;
+        }
+        now = {st.st_dev, st.st_ino, st.st_size,
+               st.st_mtim.tv_sec * 1000000000LL + st.st_mtim.tv_nsec};
+        if (loaded_ && *loaded_ == now) {
+            return;
+        }
+        char chunk[65536];
+        for (;;) {
+            const ssize_t n = read(fd.Get(), chunk, sizeof chunk);
+            if (n == 0) {
+                break;
+            }
+            if (n < 0) {
+                if (errno == EINTR) {
+                    continue;
+                }
+                giveUp("cannot be read", SystemReason(errno));
+                return;
+            }
+            bytes.append(chunk, static_cast<size_t>(n));
+        }
+    } else if (loaded_ && *loaded_ == now) {
+        return; // still no file: the lines in memory stand
+    }
+    lines_ = SplitLines(bytes);
+    loaded_ = now;
+    for (const Edit& edit : pending_) {
+        edit(lines_);
+    }
+}
+
 std::string IniFile::GetString(std::string_view section, std::string_view key,
                                std::string_view fallback) const {
     LoadIfChanged();
-    const auto header = FindSection(section);
+    const auto header = FindSection(lines_, section);
     if (!header) {
         return std::string(fallback);
     }
-    const size_t end = SectionEnd(*header);
+    const size_t end = SectionEnd(lines_, *header);
     for (size_t i = *header + 1; i < end; ++i) {
         if (const auto name = KeyName(lines_[i]); name && SameName(*name, key)) {
             const std::string_view line = lines_[i];
-            return CutToCharacters(TrimSpacesAndTabs(line.substr(line.find('=') + 1)), kValueLimit);
+            const std::string_view value = TrimSpacesAndTabs(line.substr(line.find('=') + 1));
+            return CutToCharacters(Unquoted(value), kValueLimit);
         }
     }
     return std::string(fallback);
@@ -202,8 +299,8 @@ std::string IniFile::GetString(std::string_view section, std::string_view key,
 std::vector<std::string> IniFile::KeyNames(std::string_view section) const {
     LoadIfChanged();
     std::vector<std::string> names;
-    if (const auto header = FindSection(section)) {
-        const size_t end = SectionEnd(*header);
+    if (const auto header = FindSection(lines_, section)) {
+        const size_t end = SectionEnd(lines_, *header);
         for (size_t i = *header + 1; i < end; ++i) {
             if (const auto name = KeyName(lines_[i])) {
                 names.emplace_back(*name);
@@ -214,54 +311,30 @@ std::vector<std::string> IniFile::KeyNames(std::string_view section) const {
 }
 
 void IniFile::WriteString(std::string_view section, std::string_view key, std::string_view value) {
-    LoadIfChanged();
-    const std::string cleanValue = OneLine(value);
-    const auto header = FindSection(section);
-    if (!header) {
-        if (!lines_.empty() && !TrimSpacesAndTabs(lines_.back()).empty()) {
-            lines_.emplace_back();
-        }
-        lines_.push_back("[" + std::string(section) + "]");
-        lines_.push_back(std::string(key) + "=" + cleanValue);
-        Changed();
-        return;
-    }
-    const size_t end = SectionEnd(*header);
-    size_t lastContent = *header;
-    for (size_t i = *header + 1; i < end; ++i) {
-        if (const auto name = KeyName(lines_[i]); name && SameName(*name, key)) {
-            lines_[i] = std::string(*name) + "=" + cleanValue;
-            Changed();
-            return;
-        }
-        if (!TrimSpacesAndTabs(lines_[i]).empty()) {
-            lastContent = i;
-        }
-    }
-    lines_.insert(lines_.begin() + static_cast<ptrdiff_t>(lastContent + 1),
-                  std::string(key) + "=" + cleanValue);
-    Changed();
+    Apply([section = std::string(section), key = std::string(key),
+           value = OneLine(value)](std::vector<std::string>& lines) {
+        SetKey(lines, section, key, value);
+    });
 }
 
 void IniFile::DeleteSection(std::string_view section) {
-    LoadIfChanged();
-    if (const auto header = FindSection(section)) {
-        lines_.erase(lines_.begin() + static_cast<ptrdiff_t>(*header),
-                     lines_.begin() + static_cast<ptrdiff_t>(SectionEnd(*header)));
-        Changed();
-    }
+    Apply([section = std::string(section)](std::vector<std::string>& lines) {
+        RemoveSection(lines, section);
+    });
 }
 
 void IniFile::WriteLines(std::vector<std::string> lines) {
-    LoadIfChanged();
-    lines_ = std::move(lines);
-    Changed();
+    Apply([lines = std::move(lines)](std::vector<std::string>& into) { into = lines; });
 }
 
-void IniFile::Changed() {
-    if (batchDepth_ > 0) {
-        dirty_ = true;
-    } else {
+void IniFile::Apply(Edit edit) {
+    LoadIfChanged();
+    edit(lines_);
+    if (memoryOnly_) {
+        return;
+    }
+    pending_.push_back(std::move(edit));
+    if (batchDepth_ == 0) {
         Flush();
     }
 }
@@ -276,35 +349,36 @@ std::string IniFile::Serialize() const {
 }
 
 void IniFile::Flush() {
-    dirty_ = false;
-    // Write where a link points, so that the link itself survives.
-    std::string target = path_;
-    if (char* real = realpath(path_.c_str(), nullptr)) {
-        target = real;
-        std::free(real);
-    }
-    const std::string folder = FolderOf(target);
+    const ReplaceTarget target = ResolveReplaceTarget(path_);
+    const std::string folder = FolderOfPath(target.path);
     MakeFolders(folder);
-    std::string temporary = folder + "/.tallymoor.ini.XXXXXX";
-    const int fd = mkstemp(temporary.data());
-    if (fd < 0) {
-        lastWriteOk_ = false;
+    const FolderLock lock(folder);
+    if (!leftoversChecked_) {
+        // Only now, under the lock: another copy's write in progress is not a leftover.
+        RemoveLeftoverTemporaries(target.path);
+        leftoversChecked_ = true;
+    }
+    LoadIfChanged();
+    if (memoryOnly_) {
+        pending_.clear();
         return;
     }
-    struct stat old {};
-    const mode_t mode = stat(target.c_str(), &old) == 0 ? (old.st_mode & 07777) : 0644;
-    fchmod(fd, mode);
-    const bool written = WriteAll(fd, Serialize()) && fdatasync(fd) == 0;
-    const bool closed = close(fd) == 0;
-    if (!written || !closed || rename_(temporary.c_str(), target.c_str()) != 0) {
-        unlink(temporary.c_str());
+    TemporaryBeside temporary;
+    const std::string bytes = Serialize();
+    if (!temporary.Create(target.path) || !temporary.WriteAll(bytes.data(), bytes.size()) ||
+        !temporary.Commit(target.mode, rename_)) {
         lastWriteOk_ = false;
+        Problem("The settings file ' " + path_ + " ' could not be saved (" +
+                SystemReason(errno) +
+                "). Changed settings are kept while the program runs and saved with the next "
+                "change that can be.");
         return;
     }
     lastWriteOk_ = true;
+    pending_.clear();
     struct stat st {};
-    if (stat(target.c_str(), &st) == 0) {
-        loaded_ =
-            Signature{st.st_ino, st.st_size, st.st_mtim.tv_sec * 1000000000LL + st.st_mtim.tv_nsec};
+    if (stat(target.path.c_str(), &st) == 0) {
+        loaded_ = Signature{st.st_dev, st.st_ino, st.st_size,
+                            st.st_mtim.tv_sec * 1000000000LL + st.st_mtim.tv_nsec};
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileReplacement.h"
+
 #include <functional>
 #include <optional>
 #include <string>
@@ -10,18 +12,29 @@
 // An INI file with the semantics of the classic private-profile calls: section and key names
 // match without regard to case, the first matching section and key win, a new key goes at the
 // end of its section and a new section at the end of the file, and every other line (comments,
-// blank lines, lines before the first section, garbage) is kept as it is. Reading accepts CR LF,
-// LF and a UTF-8 byte-order mark; writing uses CR LF.
+// blank lines, lines before the first section, garbage) is kept as it is. Reading takes CR LF,
+// LF or a lone CR as a line end, skips a UTF-8 byte-order mark, and a value wholly enclosed in
+// matching single or double quotes loses them; writing uses CR LF.
 //
-// Every write replaces the file atomically (a temporary file in the same folder, then rename),
-// so a crash, a kill or a full disk leaves either the old file or the new one, never a torn one.
-// A failed write is ignored: the values stay in memory and the old file stays whole.
+// It replaces only a regular file it has read whole, or creates one where nothing is: a link
+// to a regular file has its target written (the link stays), a dangling link has its target
+// created. Anything else at the path (a device, a FIFO, a folder), or a file that cannot be
+// read, leaves the settings in memory: nothing is written then, and the problem is told once.
+//
+// Every write replaces the file atomically (a temporary file beside it, then rename), under an
+// advisory lock on its folder, after reading the file again when another program changed it:
+// two running copies keep each other's keys, and a crash or a full disk leaves the old file or
+// the new one, never a torn one. A failed write keeps the values in memory and is told once.
 class IniFile {
 public:
+    // Touches nothing until first used.
     explicit IniFile(std::string path);
 
     const std::string& Path() const { return path_; }
+    // Whether a settings file is there and was read.
     bool Exists() const;
+    // True when the settings can only be kept in memory.
+    bool InMemoryOnly() const;
 
     // The value of `key` in `section`, cut at 2047 characters; `fallback` when either is missing.
     // A key present with an empty value reads "".
@@ -34,7 +47,7 @@ public:
     void WriteString(std::string_view section, std::string_view key, std::string_view value);
     // Removes the first section of that name with everything in it.
     void DeleteSection(std::string_view section);
-    // Replaces the whole file with `lines` (a new file's skeleton).
+    // Replaces the whole content with `lines` (a new file's skeleton).
     void WriteLines(std::vector<std::string> lines);
 
     // Holds writes in memory until the last Batch ends, then writes once.
@@ -42,7 +55,7 @@ public:
     public:
         explicit Batch(IniFile& file) : file_(file) { ++file_.batchDepth_; }
         ~Batch() {
-            if (--file_.batchDepth_ == 0 && file_.dirty_) {
+            if (--file_.batchDepth_ == 0 && !file_.pending_.empty()) {
                 file_.Flush();
             }
         }
@@ -56,17 +69,22 @@ public:
     // The file's bytes as they would be written now.
     std::string Serialize() const;
 
-    // Whether the last write reached the disk.
-    bool LastWriteSucceeded() const { return lastWriteOk_; }
+    // Whether the last write reached the disk (never, while the settings are in memory only).
+    bool LastWriteSucceeded() const { return lastWriteOk_ && !memoryOnly_; }
+
+    // Hears the first problem (the file cannot be used, read or written), once, in words for
+    // the user; at once when one is already known.
+    void SetProblemHandler(std::function<void(const std::string&)> handler);
 
     // Replaces rename(2) for the final step of a write; tests make it fail.
-    using RenameFunction = std::function<int(const char* from, const char* to)>;
-    void SetRenameForTesting(RenameFunction rename) { rename_ = std::move(rename); }
+    void SetRenameForTesting(TemporaryBeside::RenameFunction rename) { rename_ = std::move(rename); }
 
     static constexpr size_t kValueLimit = 2047;
 
 private:
+    using Edit = std::function<void(std::vector<std::string>&)>;
     struct Signature {
+        dev_t device = 0;
         ino_t inode = 0;
         off_t size = -1;
         long long modifiedNs = 0;
@@ -74,16 +92,20 @@ private:
     };
 
     void LoadIfChanged() const;
-    void Changed();
+    void Apply(Edit edit);
     void Flush();
-    std::optional<size_t> FindSection(std::string_view section) const;
-    size_t SectionEnd(size_t headerLine) const;
+    void Problem(const std::string& text) const;
 
     std::string path_;
     mutable std::vector<std::string> lines_;
-    mutable std::optional<Signature> loaded_;
+    mutable std::optional<Signature> loaded_; // the file the lines were read from (size -1: none)
+    mutable bool memoryOnly_ = false;
+    mutable bool leftoversChecked_ = false;
+    std::vector<Edit> pending_; // edits not yet written, replayed over a newer file
     int batchDepth_ = 0;
-    bool dirty_ = false;
     bool lastWriteOk_ = true;
-    RenameFunction rename_;
+    TemporaryBeside::RenameFunction rename_;
+    mutable std::string problem_;
+    mutable bool problemTold_ = false;
+    std::function<void(const std::string&)> problemHandler_;
 };

@@ -1,49 +1,38 @@
-#include "platform/Prompts.h"
+#include "platform/QtPrompts.h"
 
 #include "fileops/FolderPickerDialog.h"
+#include "fileops/dlgOpenWith.h"
+#include "fileops/dlgProperties.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QFile>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QMessageBox>
 
-MessageAnswer QtPrompts::Message(QWidget* owner, const QString& text, MessageIcon icon,
-                                 MessageButtons buttons, const QString& title) {
-    QMessageBox box(owner);
+QWidget* QtPrompts::Owner() const {
+    if (QWidget* modal = QApplication::activeModalWidget()) {
+        return modal;
+    }
+    return owner_;
+}
+
+MessageAnswer QtPrompts::Message(const QString& text, MessageIcon icon, MessageButtons buttons,
+                                 const QString& title) {
+    QMessageBox box(Owner());
     box.setWindowTitle(title.isEmpty() ? kApplicationTitle : title);
+    box.setTextFormat(Qt::PlainText);
     box.setText(text);
-    switch (icon) {
-    case MessageIcon::None:
-        box.setIcon(QMessageBox::NoIcon);
-        break;
-    case MessageIcon::Information:
-        box.setIcon(QMessageBox::Information);
-        break;
-    case MessageIcon::Warning:
-        box.setIcon(QMessageBox::Warning);
-        break;
-    case MessageIcon::Critical:
-        box.setIcon(QMessageBox::Critical);
-        break;
-    case MessageIcon::Question:
-        box.setIcon(QMessageBox::Question);
-        break;
-    }
-    switch (buttons) {
-    case MessageButtons::Ok:
-        box.setStandardButtons(QMessageBox::Ok);
-        break;
-    case MessageButtons::OkCancel:
-        box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel);
-        break;
-    case MessageButtons::YesNo:
-        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
-        break;
-    case MessageButtons::YesNoCancel:
-        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-        break;
-    }
+    static constexpr QMessageBox::Icon kIcons[] = {QMessageBox::NoIcon, QMessageBox::Information,
+                                                   QMessageBox::Warning, QMessageBox::Critical,
+                                                   QMessageBox::Question};
+    box.setIcon(kIcons[static_cast<int>(icon)]);
+    static constexpr QMessageBox::StandardButtons kButtons[] = {
+        QMessageBox::Ok, QMessageBox::Ok | QMessageBox::Cancel,
+        QMessageBox::Yes | QMessageBox::No,
+        QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel};
+    box.setStandardButtons(kButtons[static_cast<int>(buttons)]);
     switch (box.exec()) {
     case QMessageBox::Yes:
         return MessageAnswer::Yes;
@@ -56,17 +45,17 @@ MessageAnswer QtPrompts::Message(QWidget* owner, const QString& text, MessageIco
     }
 }
 
-std::string QtPrompts::PickFolder(QWidget* owner, const FolderRequest& request) {
-    FolderPickerDialog dialog(request, owner);
+std::string QtPrompts::PickFolder(const FolderRequest& request) {
+    FolderPickerDialog dialog(request, Owner());
     if (dialog.exec() != QDialog::Accepted) {
         return {};
     }
     return dialog.SelectedFolder();
 }
 
-SaveAnswer QtPrompts::SaveFile(QWidget* owner, const SaveRequest& request) {
+SaveAnswer QtPrompts::SaveFile(const SaveRequest& request) {
     // Qt's own dialog, so that the check box can join it.
-    QFileDialog dialog(owner, request.title);
+    QFileDialog dialog(Owner(), request.title);
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
@@ -86,6 +75,19 @@ SaveAnswer QtPrompts::SaveFile(QWidget* owner, const SaveRequest& request) {
     }
     return {QFile::encodeName(dialog.selectedFiles().first()).toStdString(),
             entireList->isChecked()};
+}
+
+OpenWithAnswer QtPrompts::ChooseApplication(const OpenWithRequest& request) {
+    dlgOpenWith dialog(request, Owner());
+    if (dialog.exec() != QDialog::Accepted) {
+        return {};
+    }
+    return dialog.Answer();
+}
+
+void QtPrompts::ShowFileProperties(const std::string& path) {
+    dlgProperties dialog(path, Owner());
+    dialog.exec();
 }
 
 int QtPrompts::ShowModal(QDialog* dialog) {

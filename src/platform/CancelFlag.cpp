@@ -1,6 +1,0 @@
-#include "platform/CancelFlag.h"
-
-CancelFlag& CancelFlag::Program() {
-    static CancelFlag flag;
-    return flag;
-}

@@ -1,0 +1,182 @@
+#include "platform/FileReplacement.h"
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <fstream>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr int kMaxLinkHops = 40;
+constexpr const char* kTemporaryMark = ".tallymoor-tmp.";
+constexpr size_t kNameMax = 255;
+constexpr size_t kRandomPart = 6; // mkstemp's XXXXXX
+
+mode_t NewFileMode() {
+    // The umask without changing it (umask(2) would, for every thread): /proc tells it.
+    static const mode_t mask = [] {
+        std::ifstream status("/proc/self/status");
+        std::string line;
+        while (std::getline(status, line)) {
+            if (line.rfind("Umask:", 0) == 0) {
+                return static_cast<mode_t>(std::strtoul(line.c_str() + 6, nullptr, 8));
+            }
+        }
+        return static_cast<mode_t>(022);
+    }();
+    return 0666 & ~mask;
+}
+
+std::string BaseName(const std::string& path) {
+    const size_t slash = path.rfind('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+} // namespace
+
+std::string SystemReason(int error) {
+    return std::strerror(error);
+}
+
+std::string FolderOfPath(const std::string& path) {
+    const size_t slash = path.rfind('/');
+    if (slash == std::string::npos) {
+        return ".";
+    }
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+ReplaceTarget ResolveReplaceTarget(const std::string& path) {
+    ReplaceTarget target;
+    target.path = path;
+    for (int hops = 0;; ++hops) {
+        struct stat st {};
+        if (lstat(target.path.c_str(), &st) != 0) {
+            if (errno != ENOENT) {
+                target.error = SystemReason(errno);
+            }
+            target.mode = NewFileMode();
+            return target;
+        }
+        if (!S_ISLNK(st.st_mode)) {
+            target.exists = true;
+            if (S_ISDIR(st.st_mode)) {
+                target.error = SystemReason(EISDIR);
+            } else if (!S_ISREG(st.st_mode)) {
+                target.error = "Not a regular file";
+            }
+            target.mode = st.st_mode & 07777;
+            return target;
+        }
+        if (hops == kMaxLinkHops) {
+            target.error = SystemReason(ELOOP);
+            return target;
+        }
+        std::string link(static_cast<size_t>(st.st_size > 0 ? st.st_size : PATH_MAX) + 1, '\0');
+        const ssize_t n = readlink(target.path.c_str(), link.data(), link.size());
+        if (n < 0 || static_cast<size_t>(n) >= link.size()) {
+            target.error = SystemReason(n < 0 ? errno : ENAMETOOLONG);
+            return target;
+        }
+        link.resize(static_cast<size_t>(n));
+        target.path = link.front() == '/' ? link : FolderOfPath(target.path) + "/" + link;
+    }
+}
+
+std::string TemporaryBeside::NamePrefix(const std::string& target) {
+    // Short enough that the random part still fits in a name.
+    const size_t room = kNameMax - 1 - std::strlen(kTemporaryMark) - kRandomPart;
+    return "." + BaseName(target).substr(0, room) + kTemporaryMark;
+}
+
+TemporaryBeside::~TemporaryBeside() {
+    Discard();
+}
+
+void TemporaryBeside::Discard() {
+    fd_.Close();
+    if (!temporary_.empty()) {
+        unlink(temporary_.c_str());
+        temporary_.clear();
+    }
+}
+
+bool TemporaryBeside::Create(const std::string& target) {
+    Discard();
+    target_ = target;
+    std::string name = FolderOfPath(target) + "/" + NamePrefix(target) + "XXXXXX";
+    const int fd = mkostemp(name.data(), O_CLOEXEC);
+    if (fd < 0) {
+        return false;
+    }
+    fd_.Reset(fd);
+    temporary_ = name;
+    return true;
+}
+
+bool TemporaryBeside::WriteAll(const char* data, size_t size) {
+    while (size > 0) {
+        const ssize_t n = write(fd_.Get(), data, size);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return false;
+        }
+        if (n == 0) {
+            errno = ENOSPC;
+            return false;
+        }
+        data += n;
+        size -= static_cast<size_t>(n);
+    }
+    return true;
+}
+
+bool TemporaryBeside::Commit(mode_t mode, const RenameFunction& rename) {
+    bool done = fd_.Valid() && fdatasync(fd_.Get()) == 0 && fchmod(fd_.Get(), mode) == 0;
+    int error = errno;
+    if (!fd_.Close() && done) {
+        done = false;
+        error = errno;
+    }
+    if (done && (rename ? rename : ::rename)(temporary_.c_str(), target_.c_str()) != 0) {
+        done = false;
+        error = errno;
+    }
+    if (done) {
+        temporary_.clear();
+    } else {
+        Discard();
+        errno = error;
+    }
+    return done;
+}
+
+int RemoveLeftoverTemporaries(const std::string& target) {
+    const std::string prefix = TemporaryBeside::NamePrefix(target);
+    UniqueFd folder(open(FolderOfPath(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder) {
+        return 0;
+    }
+    DIR* dir = fdopendir(dup(folder.Get()));
+    if (dir == nullptr) {
+        return 0;
+    }
+    int removed = 0;
+    while (const dirent* entry = readdir(dir)) {
+        const std::string name = entry->d_name;
+        struct stat st {};
+        if (name.size() == prefix.size() + kRandomPart && name.compare(0, prefix.size(), prefix) == 0 &&
+            fstatat(folder.Get(), entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 &&
+            S_ISREG(st.st_mode) && unlinkat(folder.Get(), entry->d_name, 0) == 0) {
+            ++removed;
+        }
+    }
+    closedir(dir);
+    return removed;
+}

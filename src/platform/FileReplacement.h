@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/UniqueFd.h"
+
+#include <functional>
+#include <string>
+#include <sys/types.h>
+
+// Replacing a file without ever destroying what is not one: a write lands in a temporary file
+// beside the target and is renamed over it only when complete, so a crash, a full disk or a
+// cancel leaves the old file whole; and only a regular file (or nothing) is ever replaced.
+
+// Where a write to `path` lands: `path` itself, or the file its symbolic links lead to (the
+// link stays a link; a dangling link has its target created).
+struct ReplaceTarget {
+    std::string path;   // the final target
+    bool exists = false;
+    mode_t mode = 0644; // the existing file's permissions, else what a new file gets
+    std::string error;  // why it cannot be replaced ("Is a directory"); empty when it can
+};
+ReplaceTarget ResolveReplaceTarget(const std::string& path);
+
+// A new temporary file beside a target, created exclusively, that becomes the target on Commit
+// and is removed otherwise.
+class TemporaryBeside {
+public:
+    TemporaryBeside() = default;
+    ~TemporaryBeside();
+    TemporaryBeside(const TemporaryBeside&) = delete;
+    TemporaryBeside& operator=(const TemporaryBeside&) = delete;
+
+    // False (with errno set) when it cannot be created.
+    bool Create(const std::string& target);
+    int Fd() const { return fd_.Get(); }
+    // Writes everything, retrying short writes; false (errno set) on failure.
+    bool WriteAll(const char* data, size_t size);
+    // Syncs, gives it `mode`, closes it and renames it over the target with `rename` (tests
+    // pass one that fails); false (errno set) when any step fails, and the temporary is gone
+    // either way.
+    using RenameFunction = std::function<int(const char* from, const char* to)>;
+    bool Commit(mode_t mode, const RenameFunction& rename = {});
+
+    // The name every temporary beside `target` begins with (".name.tallymoor-tmp.").
+    static std::string NamePrefix(const std::string& target);
+
+    // Removes the temporary (nothing happens to the target).
+    void Discard();
+
+private:
+
+    UniqueFd fd_;
+    std::string temporary_;
+    std::string target_;
+};
+
+// Removes the temporaries that writes killed before their rename left beside `target`: only
+// regular files whose name is NamePrefix and six characters. Returns how many it removed.
+int RemoveLeftoverTemporaries(const std::string& target);
+
+// The folder of a path ("." for a bare name, "/" for a name in the root).
+std::string FolderOfPath(const std::string& path);
+
+// "No such file or directory": the system's words for an error number.
+std::string SystemReason(int error);

@@ -1,0 +1,255 @@
+// GIO first: Qt's keyword macros would clash with its headers.
+#include <gio/gdesktopappinfo.h>
+#include <gio/gio.h>
+
+#include "platform/GioDesktop.h"
+
+#include "platform/Prompts.h"
+#include "search/SearchStatus.h"
+
+#include <QString>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <set>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+struct ObjectUnref {
+    void operator()(gpointer object) const {
+        if (object != nullptr) {
+            g_object_unref(object);
+        }
+    }
+};
+template <class T> using GObjectPtr = std::unique_ptr<T, ObjectUnref>;
+
+struct Free {
+    void operator()(gpointer memory) const { g_free(memory); }
+};
+using GText = std::unique_ptr<char, Free>;
+
+struct ErrorFree {
+    void operator()(GError* error) const { g_error_free(error); }
+};
+using GErrorPtr = std::unique_ptr<GError, ErrorFree>;
+
+// A list of GAppInfo the caller owns.
+struct AppList {
+    GList* list;
+    ~AppList() { g_list_free_full(list, g_object_unref); }
+};
+
+QString Utf8(const char* text) {
+    return QString::fromUtf8(text != nullptr ? text : "");
+}
+
+// The content type of a file as the desktop sees it: by its name and, when that leaves doubt,
+// by its first bytes; "inode/directory" for a folder. A vanished file or a dangling link is
+// typed by its name alone.
+std::string ContentTypeOf(const std::string& path) {
+    GObjectPtr<GFile> file(g_file_new_for_path(path.c_str()));
+    GObjectPtr<GFileInfo> info(g_file_query_info(file.get(),
+                                                 G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
+                                                 G_FILE_QUERY_INFO_NONE, nullptr, nullptr));
+    if (info && g_file_info_get_content_type(info.get()) != nullptr) {
+        return g_file_info_get_content_type(info.get());
+    }
+    GText guess(g_content_type_guess(path.c_str(), nullptr, 0, nullptr));
+    return guess ? guess.get() : "application/octet-stream";
+}
+
+std::string FolderOf(const std::string& path) {
+    const size_t slash = path.rfind('/');
+    if (slash == std::string::npos) {
+        return {};
+    }
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// Runs in the launched program's process between fork and exec: only async-signal-safe calls.
+void EnterFolder(gpointer folder) {
+    if (chdir(static_cast<const char*>(folder)) != 0) {
+        // it starts where we are
+    }
+}
+
+void RememberPid(GDesktopAppInfo*, GPid pid, gpointer into) {
+    *static_cast<GPid*>(into) = pid;
+}
+
+ApplicationChoice ChoiceOf(GAppInfo* app) {
+    ApplicationChoice choice{g_app_info_get_id(app), Utf8(g_app_info_get_display_name(app)), {}};
+    GIcon* icon = g_app_info_get_icon(app);
+    if (icon != nullptr && G_IS_THEMED_ICON(icon)) {
+        const gchar* const* names = g_themed_icon_get_names(G_THEMED_ICON(icon));
+        if (names != nullptr && names[0] != nullptr) {
+            choice.iconName = Utf8(names[0]);
+        }
+    }
+    return choice;
+}
+
+} // namespace
+
+GioDesktop::GioDesktop(Prompts& prompts, FileManager fileManager)
+    : prompts_(prompts), fileManager_(std::move(fileManager)) {
+}
+
+bool GioDesktop::Launch(GAppInfo* app, const std::string& target, bool isUri) {
+    const auto fail = [&](const QString& reason) {
+        const QString what = isUri ? Utf8(target.c_str()) : DisplayPath(target);
+        prompts_.Message(QStringLiteral("Could not open ' %1 ' with %2: %3")
+                             .arg(what, Utf8(g_app_info_get_display_name(app)), reason),
+                         MessageIcon::Critical, MessageButtons::Ok);
+        return false;
+    };
+    // GIO starts programs through a helper of its own, so one that is missing would "start"
+    // without a word: look for it first.
+    const char* program = g_app_info_get_executable(app);
+    if (GText found(program != nullptr ? g_find_program_in_path(program) : nullptr); !found) {
+        return fail(QStringLiteral("Failed to execute child process \u201c%1\u201d (%2)")
+                        .arg(Utf8(program), QString::fromLocal8Bit(std::strerror(ENOENT))));
+    }
+    GText uri(isUri ? g_strdup(target.c_str()) : nullptr);
+    if (!isUri) {
+        GObjectPtr<GFile> file(g_file_new_for_path(target.c_str()));
+        uri.reset(g_file_get_uri(file.get()));
+    }
+    GList uris{uri.get(), nullptr, nullptr};
+    const std::string folder = isUri ? std::string() : FolderOf(target);
+    GObjectPtr<GAppLaunchContext> context(g_app_launch_context_new());
+    GError* failure = nullptr;
+    bool launched = false;
+    if (G_IS_DESKTOP_APP_INFO(app)) {
+        const auto flags = static_cast<GSpawnFlags>(
+            G_SPAWN_SEARCH_PATH | (waitForLaunches_ ? G_SPAWN_DO_NOT_REAP_CHILD : 0));
+        GPid pid = 0;
+        launched = g_desktop_app_info_launch_uris_as_manager(
+            G_DESKTOP_APP_INFO(app), &uris, context.get(), flags,
+            folder.empty() ? nullptr : EnterFolder, const_cast<char*>(folder.c_str()),
+            RememberPid, &pid, &failure);
+        if (launched && waitForLaunches_ && pid > 0) {
+            waitpid(pid, nullptr, 0);
+        }
+    } else {
+        launched = g_app_info_launch_uris(app, &uris, context.get(), &failure);
+    }
+    if (!launched) {
+        const GErrorPtr error(failure);
+        return fail(Utf8(error ? error->message : nullptr));
+    }
+    return true;
+}
+
+bool GioDesktop::OpenWithDefaultFor(const std::string& contentType, const std::string& path) {
+    GObjectPtr<GAppInfo> app(g_app_info_get_default_for_type(contentType.c_str(), FALSE));
+    if (!app) {
+        // Nothing is associated with the type: let the user choose.
+        return OpenWith(path);
+    }
+    return Launch(app.get(), path);
+}
+
+bool GioDesktop::Open(const std::string& path) {
+    return OpenWithDefaultFor(ContentTypeOf(path), path);
+}
+
+bool GioDesktop::OpenInTextEditor(const std::string& path) {
+    return OpenWithDefaultFor("text/plain", path);
+}
+
+bool GioDesktop::OpenUrl(const std::string& url) {
+    GText scheme(g_uri_parse_scheme(url.c_str()));
+    if (scheme) {
+        GObjectPtr<GAppInfo> app(g_app_info_get_default_for_uri_scheme(scheme.get()));
+        if (app) {
+            return Launch(app.get(), url, true);
+        }
+    }
+    // No application claims the scheme; GIO may still know a handler (file: URIs).
+    GObjectPtr<GAppLaunchContext> context(g_app_launch_context_new());
+    GError* failure = nullptr;
+    if (g_app_info_launch_default_for_uri(url.c_str(), context.get(), &failure)) {
+        return true;
+    }
+    const GErrorPtr error(failure);
+    prompts_.Message(QStringLiteral("Could not open %1: %2")
+                         .arg(Utf8(url.c_str()), Utf8(error ? error->message : nullptr)),
+                     MessageIcon::Critical, MessageButtons::Ok);
+    return false;
+}
+
+bool GioDesktop::Explore(const std::string& path) {
+    GText uri(g_filename_to_uri(path.c_str(), nullptr, nullptr));
+    return (uri && fileManager_("ShowFolders", uri.get())) || Open(path);
+}
+
+bool GioDesktop::ShowProperties(const std::string& path) {
+    GText uri(g_filename_to_uri(path.c_str(), nullptr, nullptr));
+    if (!uri || !fileManager_("ShowItemProperties", uri.get())) {
+        prompts_.ShowFileProperties(path);
+    }
+    return true;
+}
+
+bool GioDesktop::OpenWith(const std::string& path) {
+    const std::string contentType = ContentTypeOf(path);
+    OpenWithRequest request;
+    request.path = path;
+    GText mimeType(g_content_type_get_mime_type(contentType.c_str()));
+    request.contentType = Utf8(mimeType ? mimeType.get() : contentType.c_str());
+    std::set<std::string> listed;
+    const auto offer = [&](GList* apps, std::vector<ApplicationChoice>& into) {
+        for (GList* a = apps; a != nullptr; a = a->next) {
+            auto* app = static_cast<GAppInfo*>(a->data);
+            const char* id = g_app_info_get_id(app);
+            if (id != nullptr && g_app_info_should_show(app) && listed.insert(id).second) {
+                into.push_back(ChoiceOf(app));
+            }
+        }
+    };
+    {
+        const AppList recommended{g_app_info_get_recommended_for_type(contentType.c_str())};
+        const AppList fallback{g_app_info_get_fallback_for_type(contentType.c_str())};
+        const AppList all{g_app_info_get_all()};
+        offer(recommended.list, request.forType);
+        offer(fallback.list, request.forType);
+        offer(all.list, request.others);
+    }
+    std::sort(request.others.begin(), request.others.end(),
+              [](const ApplicationChoice& a, const ApplicationChoice& b) {
+                  return a.name.localeAwareCompare(b.name) < 0;
+              });
+
+    const OpenWithAnswer answer = prompts_.ChooseApplication(request);
+    GObjectPtr<GAppInfo> app;
+    if (!answer.applicationId.empty()) {
+        app.reset(G_APP_INFO(g_desktop_app_info_new(answer.applicationId.c_str())));
+    } else if (!answer.commandLine.isEmpty()) {
+        GError* failure = nullptr;
+        // GIO reads the line as a desktop entry's Exec value and adds the file when it names
+        // none; it quotes the file wherever it goes.
+        app.reset(g_app_info_create_from_commandline(answer.commandLine.toUtf8().constData(),
+                                                     nullptr, G_APP_INFO_CREATE_NONE, &failure));
+        if (!app) {
+            const GErrorPtr error(failure);
+            prompts_.Message(QStringLiteral("Could not run ' %1 ': %2")
+                                 .arg(answer.commandLine, Utf8(error ? error->message : nullptr)),
+                             MessageIcon::Critical, MessageButtons::Ok);
+            return false;
+        }
+    } else {
+        return false;
+    }
+    if (!app) {
+        prompts_.Message(QStringLiteral("The application %1 is no longer installed.")
+                             .arg(Utf8(answer.applicationId.c_str())),
+                         MessageIcon::Critical, MessageButtons::Ok);
+        return false;
+    }
+    return Launch(app.get(), path);
+}

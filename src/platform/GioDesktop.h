@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/Desktop.h"
+
+#include <functional>
+
+class Prompts;
+typedef struct _GAppInfo GAppInfo; // as GIO declares it
+
+// The Linux desktop through GIO: the application of a content type, the Open With lists, the
+// launching (GIO expands the Exec line and quotes the file itself: no shell of ours, no command
+// line built by hand), and the file manager over D-Bus. Launched programs start in the file's
+// folder.
+class GioDesktop : public Desktop {
+public:
+    // Asks the file manager ("ShowFolders", "ShowItemProperties") about a file URI; false when
+    // no file manager answers.
+    using FileManager = std::function<bool(const char* method, const std::string& uri)>;
+
+    GioDesktop(Prompts& prompts, FileManager fileManager);
+
+    // Tests wait for each launched program to end, so that they can read what it received.
+    void SetWaitForLaunches(bool wait) { waitForLaunches_ = wait; }
+
+    bool OpenUrl(const std::string& url) override;
+    bool Open(const std::string& path) override;
+    bool Explore(const std::string& path) override;
+    bool ShowProperties(const std::string& path) override;
+    bool OpenInTextEditor(const std::string& path) override;
+    bool OpenWith(const std::string& path) override;
+
+private:
+    bool OpenWithDefaultFor(const std::string& contentType, const std::string& path);
+    // Starts `app` on `target` (a path, or a URI when `isUri`); says why when it cannot.
+    bool Launch(GAppInfo* app, const std::string& target, bool isUri = false);
+
+    Prompts& prompts_;
+    FileManager fileManager_;
+    bool waitForLaunches_ = false;
+};
+
+// Asks the session's file manager over D-Bus (org.freedesktop.FileManager1).
+bool AskFileManager(const char* method, const std::string& uri);

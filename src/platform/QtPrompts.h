@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/Prompts.h"
+
+#include <QPointer>
+#include <QWidget>
+
+// The real dialogs. Each box belongs to the modal dialog the user is working in, else to the
+// window given by SetOwner, so that it stays above it and is placed over it.
+class QtPrompts : public Prompts {
+public:
+    void SetOwner(QWidget* owner) { owner_ = owner; }
+
+    MessageAnswer Message(const QString& text, MessageIcon icon, MessageButtons buttons,
+                          const QString& title = {}) override;
+    std::string PickFolder(const FolderRequest& request) override;
+    SaveAnswer SaveFile(const SaveRequest& request) override;
+    OpenWithAnswer ChooseApplication(const OpenWithRequest& request) override;
+    void ShowFileProperties(const std::string& path) override;
+    int ShowModal(QDialog* dialog) override;
+
+private:
+    QWidget* Owner() const;
+
+    QPointer<QWidget> owner_;
+};

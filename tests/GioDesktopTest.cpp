@@ -1,0 +1,200 @@
+#include "platform/GioDesktop.h"
+
+#include "ScriptedPrompts.h"
+#include "TestTree.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace {
+
+// XDG folders of the suite's own, in place before GIO first reads them: applications of the
+// suite's making, the system's MIME database, and nothing of this machine's applications.
+class XdgFolders : public testing::Environment {
+public:
+    static const TestTree& Tree() {
+        static TestTree tree;
+        return tree;
+    }
+    static std::string Bin(const char* name) { return Tree().Path("bin/") + name; }
+
+    void SetUp() override {
+        const TestTree& t = Tree();
+        t.Folder("share");
+        t.Link("share/mime", "/usr/share/mime");
+        for (const char* folder : {"config-system", "config", "bin", "data/applications"}) {
+            t.Folder(folder);
+        }
+        // Writes the folder it started in and each argument, every one ended by a NUL.
+        WriteBytes(Bin("record"), "#!/bin/sh\n"
+                                  "{ printf '%s\\0' \"$(pwd -P)\"; printf '%s\\0' \"$@\"; } "
+                                  "> \"$(dirname \"$0\")/received\"\n");
+        chmod(Bin("record").c_str(), 0755);
+        const auto app = [&t](const std::string& file, const std::string& body) {
+            WriteBytes(t.Path("data/applications/" + file),
+                       "[Desktop Entry]\nType=Application\n" + body);
+        };
+        app("recorder.desktop", "Name=Recorder\nIcon=text-editor\nExec=" + Bin("record") +
+                                    " %f\nMimeType=text/plain;inode/directory;\n");
+        app("mailer.desktop",
+            "Name=Mail Recorder\nExec=" + Bin("record") + " %u\nMimeType=x-scheme-handler/mailto;\n");
+        app("counter.desktop", "Name=Counter\nExec=sh -c \"wc -c %f > wc.out\"\n");
+        app("helper.desktop", "Name=Helper\nExec=" + Bin("record") +
+                                  " %f\nNoDisplay=true\nMimeType=text/plain;\n");
+        app("other.desktop", "Name=Other Tool\nExec=" + Bin("record") + " %f\n");
+        // What update-desktop-database makes of the entries' MimeType keys; GIO reads this.
+        WriteBytes(t.Path("data/applications/mimeinfo.cache"),
+                   "[MIME Cache]\ntext/plain=recorder.desktop;helper.desktop;\n"
+                   "inode/directory=recorder.desktop;\n"
+                   "x-scheme-handler/mailto=mailer.desktop;\n");
+        WriteBytes(t.Path("config/mimeapps.list"),
+                   "[Default Applications]\ntext/plain=recorder.desktop\n"
+                   "inode/directory=recorder.desktop\n");
+        setenv("XDG_DATA_HOME", t.Path("data").c_str(), 1);
+        setenv("XDG_DATA_DIRS", t.Path("share").c_str(), 1);
+        setenv("XDG_CONFIG_HOME", t.Path("config").c_str(), 1);
+        setenv("XDG_CONFIG_DIRS", t.Path("config-system").c_str(), 1);
+        unsetenv("XDG_CURRENT_DESKTOP");
+    }
+};
+const auto* const kXdg = testing::AddGlobalTestEnvironment(new XdgFolders);
+
+// What the recorder received: the folder it started in, then its arguments.
+std::vector<std::string> Received() {
+    const std::string path = XdgFolders::Bin("received");
+    std::string bytes = ReadBytes(path);
+    unlink(path.c_str());
+    std::vector<std::string> parts;
+    size_t start = 0;
+    for (size_t end; (end = bytes.find('\0', start)) != std::string::npos; start = end + 1) {
+        parts.push_back(bytes.substr(start, end - start));
+    }
+    return parts;
+}
+
+class GioDesktopTest : public testing::Test {
+protected:
+    GioDesktopTest()
+        : desktop(prompts, [this](const char* method, const std::string& uri) {
+              asked.push_back(std::string(method) + " " + uri);
+              return fileManagerAnswers;
+          }) {
+        desktop.SetWaitForLaunches(true);
+    }
+
+    TestTree t;
+    ScriptedPrompts prompts;
+    GioDesktop desktop;
+    std::vector<std::string> asked;
+    bool fileManagerAnswers = false;
+};
+
+TEST_F(GioDesktopTest, TheApplicationGetsTheFileExactlyAndStartsInItsFolder) {
+    for (const std::string name :
+         {"a b.txt", "it's \"quoted\" $(x) `y`.txt", "-rf.txt", "\xff\xfe bytes.txt",
+          "emoji \xf0\x9f\x98\x80.txt", "x;touch PWNED;.txt", "new\nline.txt"}) {
+        SCOPED_TRACE(name);
+        t.File("docs/" + name);
+        EXPECT_TRUE(desktop.Open(t.Path("docs/" + name)));
+        EXPECT_EQ(Received(), (std::vector<std::string>{t.Path("docs"), t.Path("docs/" + name)}));
+    }
+    EXPECT_TRUE(desktop.OpenInTextEditor(t.Path("docs/a b.txt")));
+    EXPECT_EQ(Received().at(1), t.Path("docs/a b.txt"));
+    EXPECT_NE(access(t.Path("docs/PWNED").c_str(), F_OK), 0);
+    EXPECT_TRUE(prompts.asked.empty());
+}
+
+// An Exec line (or a command of the user's own) that hands the file to a shell inside quotes:
+// GIO quotes the name, so the shell sees one word and runs nothing else.
+TEST_F(GioDesktopTest, AHostileNameInsideAShellCommandRunsNothing) {
+    t.File("docs/x;touch PWNED;.txt");
+    const std::string hostile = t.Path("docs/x;touch PWNED;.txt");
+    prompts.applications.push_back({"counter.desktop", {}});
+    EXPECT_TRUE(desktop.OpenWith(hostile));
+    prompts.applications.push_back({{}, "sh -c \"wc -c %f > own.out\""});
+    EXPECT_TRUE(desktop.OpenWith(hostile));
+    EXPECT_EQ(ReadBytes(t.Path("docs/wc.out")), "0 " + hostile + "\n");
+    EXPECT_EQ(ReadBytes(t.Path("docs/own.out")), "0 " + hostile + "\n");
+    EXPECT_NE(access(t.Path("docs/PWNED").c_str(), F_OK), 0);
+    EXPECT_NE(access("PWNED", F_OK), 0);
+}
+
+TEST_F(GioDesktopTest, OpenWithOffersTheTypesApplicationsFirstThenTheOthers) {
+    WriteBytes(t.Path("notes.md"), "# Notes\n");
+    prompts.applications.push_back({});
+    EXPECT_FALSE(desktop.OpenWith(t.Path("notes.md")));
+    ASSERT_EQ(prompts.openWithRequests.size(), 1u);
+    const OpenWithRequest& request = prompts.openWithRequests[0];
+    EXPECT_EQ(request.contentType, "text/markdown");
+    const auto names = [](const std::vector<ApplicationChoice>& choices) {
+        QStringList list;
+        for (const auto& choice : choices) {
+            list << choice.name;
+        }
+        return list;
+    };
+    EXPECT_EQ(names(request.forType), QStringList{"Recorder"}) << "Markdown is plain text";
+    EXPECT_EQ(request.forType[0].iconName, "text-editor");
+    EXPECT_EQ(names(request.others), (QStringList{"Counter", "Mail Recorder", "Other Tool"}))
+        << "sorted; an application that asks not to be shown is left out";
+
+    prompts.applications.push_back({"other.desktop", {}});
+    EXPECT_TRUE(desktop.OpenWith(t.Path("notes.md")));
+    EXPECT_EQ(Received().at(1), t.Path("notes.md"));
+}
+
+TEST_F(GioDesktopTest, ATypeWithoutAnApplicationOffersOpenWith) {
+    WriteBytes(t.Path("data.zzqx"), std::string("\0\1\2\3", 4));
+    prompts.applications.push_back({});
+    EXPECT_FALSE(desktop.Open(t.Path("data.zzqx")));
+    EXPECT_EQ(prompts.openWithRequests.size(), 1u);
+}
+
+// Every launch that fails says which application and GIO's reason.
+TEST_F(GioDesktopTest, FailedLaunchesSayWhatAndWhy) {
+    t.File("a.txt");
+    prompts.applications.push_back({{}, "no-such-tool-here --x"});
+    prompts.answers.push_back(MessageAnswer::Ok);
+    EXPECT_FALSE(desktop.OpenWith(t.Path("a.txt")));
+    prompts.answers.push_back(MessageAnswer::Ok);
+    EXPECT_FALSE(desktop.OpenUrl("https://tallymoor.example/"));
+    prompts.applications.push_back({{}, "sh -c \"unterminated %f"});
+    prompts.answers.push_back(MessageAnswer::Ok);
+    EXPECT_FALSE(desktop.OpenWith(t.Path("a.txt")));
+    ASSERT_EQ(prompts.asked.size(), 3u);
+    EXPECT_EQ(prompts.asked[0].text,
+              QString::fromStdString("Could not open ' " + t.Path("a.txt") +
+                                     " ' with no-such-tool-here: Failed to execute child process "
+                                     "\u201cno-such-tool-here\u201d (No such file or directory)"));
+    EXPECT_EQ(prompts.asked[1].text,
+              "Could not open https://tallymoor.example/: Operation not supported");
+    EXPECT_TRUE(prompts.asked[2].text.startsWith(QString::fromStdString(
+        "Could not open ' " + t.Path("a.txt") + " ' with sh: Text ended before matching quote")))
+        << prompts.asked[2].text.toStdString();
+    for (const auto& asked : prompts.asked) {
+        EXPECT_EQ(asked.icon, MessageIcon::Critical);
+    }
+}
+
+TEST_F(GioDesktopTest, LinksGoToTheirSchemesApplication) {
+    EXPECT_TRUE(desktop.OpenUrl("mailto:support@tallymoor.example"));
+    EXPECT_EQ(Received().at(1), "mailto:support@tallymoor.example");
+}
+
+TEST_F(GioDesktopTest, TheFileManagerShowsFoldersAndPropertiesWhenItAnswers) {
+    t.Folder("my docs");
+    fileManagerAnswers = true;
+    EXPECT_TRUE(desktop.Explore(t.Path("my docs")));
+    EXPECT_TRUE(desktop.ShowProperties(t.Path("my docs")));
+    EXPECT_EQ(asked, (std::vector<std::string>{"ShowFolders file://" + t.Root() + "my%20docs",
+                                               "ShowItemProperties file://" + t.Root() + "my%20docs"}));
+    EXPECT_TRUE(prompts.propertiesShown.empty());
+    fileManagerAnswers = false;
+    EXPECT_TRUE(desktop.Explore(t.Path("my docs")));
+    EXPECT_EQ(Received().at(1), t.Path("my docs")) << "opened as a folder instead";
+    desktop.ShowProperties(t.Path("my docs"));
+    EXPECT_EQ(prompts.propertiesShown, std::vector<std::string>{t.Path("my docs")});
+}
+
+} // namespace
