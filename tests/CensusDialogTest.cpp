@@ -298,4 +298,22 @@ TEST_F(CensusDialogTest, AFileThatCannotBeWrittenIsReportedAndTheDialogStays) {
                                      ": No such file or directory"));
 }
 
+// A type whose bytes are not UTF-8 is shown with a replacement character, but views and exports
+// use its bytes.
+TEST_F(CensusDialogTest, ATypeThatIsNotUtf8KeepsItsBytes) {
+    tree.File("a.\xff");
+    tree.File("b.txt");
+    Search("*.*");
+    prompts.saves.push_back({tree.Path("export.txt"), false});
+    OpenCensus([&](dlgStarDotStar& d) {
+        Select(d, QString::fromUtf8(".\xef\xbf\xbd"));
+        d.CommandAction(dlgStarDotStar::Export);
+        d.CommandAction(dlgStarDotStar::View);
+        return static_cast<int>(dlgStarDotStar::View);
+    });
+    EXPECT_EQ(ReadBytes(tree.Path("export.txt")), tree.Path("a.\xff") + "\r\n");
+    ASSERT_EQ(window->ViewCount(), 2);
+    EXPECT_EQ(window->ViewCaption(1), QString::fromUtf8("*.\xef\xbf\xbd (1)"));
+}
+
 } // namespace

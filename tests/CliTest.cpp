@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <unistd.h>
 #include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -160,6 +163,53 @@ TEST(Cli, UsageErrorsHelpAndVersion) {
     EXPECT_EQ(version.out.rfind("tallymoor ", 0), 0u);
     // "--" lets a root begin with "-"
     EXPECT_EQ(RunCli({"search", "--", "-no-such-root", "*"}).status, 1);
+}
+
+// Results that cannot be written are not "found": every command says why and exits 5.
+TEST(Cli, OutputThatFailsSaysSoAndExits5) {
+    TestTree t;
+    for (int i = 0; i < 300; ++i) { // more than a stream's buffer holds
+        t.File("f" + std::to_string(i) + ".txt");
+    }
+    struct Sink {
+        const char* what;
+        std::function<std::FILE*()> open;
+        const char* reason;
+    };
+    int pipeEnds[2] = {-1, -1};
+    const Sink sinks[] = {
+        {"a full disk", [] { return std::fopen("/dev/full", "w"); }, "No space left on device"},
+        {"a closed descriptor", [] { return std::fopen("/dev/null", "r"); },
+         "Bad file descriptor"},
+        {"a pipe nobody reads",
+         [&] {
+             EXPECT_EQ(pipe(pipeEnds), 0);
+             close(pipeEnds[0]);
+             return fdopen(pipeEnds[1], "w");
+         },
+         "Broken pipe"},
+    };
+    const auto ignored = std::signal(SIGPIPE, SIG_IGN);
+    for (const Sink& sink : sinks) {
+        for (const std::vector<std::string>& args :
+             {std::vector<std::string>{"search", t.Root(), "*.txt"},
+              std::vector<std::string>{"census", t.Root(), "*.*"},
+              std::vector<std::string>{"--help"}}) {
+            SCOPED_TRACE(std::string(sink.what) + ", " + args[0]);
+            std::FILE* out = sink.open();
+            ASSERT_NE(out, nullptr);
+            char* errData = nullptr;
+            size_t errSize = 0;
+            std::FILE* err = open_memstream(&errData, &errSize);
+            EXPECT_EQ(RunCommandLine(args, out, err), 5);
+            std::fclose(err);
+            std::fclose(out);
+            EXPECT_EQ(std::string(errData, errSize),
+                      std::string("tallymoor: standard output: ") + sink.reason + "\n");
+            std::free(errData);
+        }
+    }
+    std::signal(SIGPIPE, ignored);
 }
 
 // Sends the process a real SIGINT from inside the walk, after a number of entries.

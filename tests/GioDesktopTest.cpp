@@ -168,7 +168,8 @@ TEST_F(GioDesktopTest, FailedLaunchesSayWhatAndWhy) {
                                      " ' with no-such-tool-here: Failed to execute child process "
                                      "\u201cno-such-tool-here\u201d (No such file or directory)"));
     EXPECT_EQ(prompts.asked[1].text,
-              "Could not open https://tallymoor.example/: Operation not supported");
+              "Could not open https://tallymoor.example/: no application on this desktop opens "
+              "https: links (Operation not supported)");
     EXPECT_TRUE(prompts.asked[2].text.startsWith(QString::fromStdString(
         "Could not open ' " + t.Path("a.txt") + " ' with sh: Text ended before matching quote")))
         << prompts.asked[2].text.toStdString();

@@ -6,6 +6,7 @@
 #include "settings/modPProfile.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -19,6 +20,7 @@
 #include <QToolButton>
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <memory>
 
 namespace {
@@ -422,6 +424,30 @@ TEST_F(MainWindowTest, PathBackGoesToTheParentFolder) {
         EXPECT_EQ(root->text(), to) << from.toStdString();
     }
     EXPECT_EQ(profile->Settings().LastSourceFolder, "/");
+}
+
+// A settings file that cannot be used is told once, and the window works on.
+TEST(MainWindowSettings, ASettingsFileThatCannotBeUsedIsToldOnce) {
+    TestTree t;
+    ASSERT_EQ(mkfifo(t.Path("s.ini").c_str(), 0600), 0);
+    modPProfile profile(t.Path("s.ini"), "/home/ann");
+    profile.Start();
+    ScriptedPrompts prompts;
+    RecordingDesktop desktop;
+    CancelFlag cancel;
+    frmMain window(profile, prompts, desktop, cancel);
+    prompts.answers.push_back(MessageAnswer::Ok);
+    QCoreApplication::processEvents();
+    profile.ProfileSetOptionsKey("LastFileMask", "*.log");
+    QCoreApplication::processEvents();
+    ASSERT_EQ(prompts.asked.size(), 1u);
+    EXPECT_EQ(prompts.asked[0].text,
+              QString::fromStdString("The settings file ' " + t.Path("s.ini") +
+                                     " ' cannot be used (Not a regular file). Your settings are "
+                                     "kept while the program runs, but nothing is saved to that "
+                                     "file."));
+    EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Warning);
+    EXPECT_EQ(profile.ProfileGetString("options", "LastFileMask", ""), "*.log");
 }
 
 } // namespace

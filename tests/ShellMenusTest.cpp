@@ -98,23 +98,28 @@ TEST_F(ShellMenusTest, DoubleClickFollowsTheSettings) {
 }
 
 TEST_F(ShellMenusTest, TheFolderPopupExploresAndSetsTheStartPath) {
-    tree.Folder("photos");
+    const std::string photos = tree.Path("photos \xff"); // a name that is not UTF-8
+    tree.File("photos \xff/p.jpg");
     Find<QCheckBox>("chkOpts_1")->click();
     Search(tree.Root(), "*.*");
     EXPECT_EQ(window->PopupForShownList(), window->FolderPopup());
     SelectRow(0);
     profile->Settings().ConfirmOnOpen = false;
     window->findChild<QAction*>("mnuFolderPopup_8")->trigger();
-    EXPECT_EQ(desktop.calls, std::vector<std::string>{"open " + tree.Path("photos")})
+    EXPECT_EQ(desktop.calls, std::vector<std::string>{"open " + photos})
         << "with OpenFoldersWithExplore off, Explore opens";
     profile->Settings().OpenFoldersWithExplore = true;
     window->findChild<QAction*>("mnuFolderPopup_8")->trigger();
-    EXPECT_EQ(desktop.calls.back(), "explore " + tree.Path("photos"));
+    EXPECT_EQ(desktop.calls.back(), "explore " + photos);
 
     window->findChild<QAction*>("mnuFolderPopup_0")->trigger();
-    EXPECT_EQ(Find<QLineEdit>("txtStartPath")->text(), QString::fromStdString(tree.Path("photos")));
+    EXPECT_EQ(Find<QLineEdit>("txtStartPath")->text(),
+              QString::fromStdString(tree.Path("photos \uFFFD")));
     EXPECT_FALSE(Find<QCheckBox>("chkOpts_1")->isChecked());
     EXPECT_TRUE(Find<QLineEdit>("txtObjMask")->isEnabled());
+    // The field shows text, but the search gets the folder's bytes.
+    Find<QPushButton>("cmdSearch")->click();
+    EXPECT_EQ(window->Session().Store()[0].FullPath(), photos + "/p.jpg");
 }
 
 TEST_F(ShellMenusTest, HelpOpensTheProjectPageAndTheSupportAddress) {

@@ -177,8 +177,12 @@ bool GioDesktop::OpenUrl(const std::string& url) {
         return true;
     }
     const GErrorPtr error(failure);
-    prompts_.Message(QStringLiteral("Could not open %1: %2")
-                         .arg(Utf8(url.c_str()), Utf8(error ? error->message : nullptr)),
+    QString reason = Utf8(error ? error->message : nullptr);
+    if (scheme && error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_NOT_SUPPORTED)) {
+        reason = QStringLiteral("no application on this desktop opens %1: links (%2)")
+                     .arg(Utf8(scheme.get()), reason);
+    }
+    prompts_.Message(QStringLiteral("Could not open %1: %2").arg(Utf8(url.c_str()), reason),
                      MessageIcon::Critical, MessageButtons::Ok);
     return false;
 }
