@@ -1,9 +1,19 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs every test. Nothing needs a display.
+# Installs what is missing, builds, and runs every test; then builds the suites again with
+# AddressSanitizer and UndefinedBehaviorSanitizer (build-sanitize/) and runs them there too.
+# Nothing needs a display.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 "$top/scripts/deps.sh"
 "$top/scripts/build.sh"
 export QT_QPA_PLATFORM=offscreen
-cd "$top/build"
-ctest --output-on-failure --parallel "$(nproc)"
+(cd "$top/build" && ctest --output-on-failure --parallel "$(nproc)")
+
+echo "== the same suites under AddressSanitizer and UndefinedBehaviorSanitizer =="
+cmake -S "$top" -B "$top/build-sanitize" -DCMAKE_BUILD_TYPE=Debug -DTALLYMOOR_SANITIZE=ON >/dev/null
+cmake --build "$top/build-sanitize" --parallel "$(nproc)" --target \
+    tallymoor_core_tests tallymoor_desktop_tests tallymoor_ui_tests
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
+export LSAN_OPTIONS=suppressions=$top/tests/leaks.supp:print_suppressions=0
+export UBSAN_OPTIONS=print_stacktrace=1
+(cd "$top/build-sanitize" && ctest --output-on-failure --parallel "$(nproc)")

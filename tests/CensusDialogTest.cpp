@@ -78,110 +78,64 @@ TEST_F(CensusDialogTest, ShowsTheTypesOfTheSearchWithItsTexts) {
         EXPECT_EQ(Label(d, "lblTotalFiles"), "(3 files)");
         EXPECT_TRUE(Enabled(d, dlgStarDotStar::Export));
         Select(d, ".log");
-        EXPECT_FALSE(Enabled(d, dlgStarDotStar::Export));
+        EXPECT_FALSE(Enabled(d, dlgStarDotStar::Export)) << "export takes one type";
         EXPECT_TRUE(Enabled(d, dlgStarDotStar::View));
         d.CommandAction(dlgStarDotStar::View);
         return d.result();
     });
     EXPECT_TRUE(seen);
-    ASSERT_EQ(window->ViewCount(), 3);
-    EXPECT_EQ(window->ViewCaption(1), "*.txt (3)");
-    EXPECT_EQ(window->ViewCaption(2), "*.log (1)");
+    ASSERT_EQ(window->Views().Count(), 3);
+    EXPECT_EQ(window->Views()[1].caption, "*.txt (3)");
+    EXPECT_EQ(window->Views()[2].caption, "*.log (1)");
     EXPECT_EQ(window->Session().Store()[3].Extension(), ".") << "README marked in the store";
 }
 
-TEST_F(CensusDialogTest, MenusHaveTheirCaptionsAndRangesSelectAndAppend) {
+TEST_F(CensusDialogTest, SelectByRangeAppendFilterAndJumpByLetter) {
     for (int i = 0; i < 10; ++i) {
         tree.File("t" + std::to_string(i) + ".ten");
     }
-    for (int i = 0; i < 3; ++i) {
-        tree.File("t" + std::to_string(i) + ".three");
+    for (int i = 0; i < 31; ++i) {
+        tree.File("f." + std::to_string(i) + "x");
     }
     tree.File("x.one");
     Search("*.*");
     OpenCensus([&](dlgStarDotStar& d) {
-        QStringList filter, select;
-        for (QAction* a : d.findChild<QMenu*>("zmnuFilter")->actions()) {
-            filter << (a->isSeparator() ? QStringLiteral("-") : a->text());
-        }
-        for (QAction* a : d.findChild<QMenu*>("zmnuSelect")->actions()) {
-            select << (a->isSeparator() ? QStringLiteral("-") : a->text());
-        }
-        const QStringList ranges = {"All results",
-                                    "-",
-                                    "Types with less than 5 files",
-                                    "Types with 5 - 10 files",
-                                    "Types with 10 - 20 files",
-                                    "Types with 20 - 50 files",
-                                    "Types with 50 - 100 files",
-                                    "Types with 100 - 500 files",
-                                    "Types with 500 - 1000 files",
-                                    "Types with 1000 - 5000 files",
-                                    "Types with over 5000 files"};
-        EXPECT_EQ(filter, ranges);
-        const QStringList selectEnd = {"-", "Append Selection to Existing Items", "-",
-                                       "Clear Selection"};
-        EXPECT_EQ(select, ranges + selectEnd);
-        QStringList letters;
-        for (QAction* a : d.findChild<QMenu*>("zmnuAlpha")->actions()) {
-            letters << a->text();
-        }
-        EXPECT_EQ(letters.size(), 26);
-        EXPECT_EQ(letters.front(), "A");
-        EXPECT_EQ(letters.back(), "Z");
-
-        d.SelectRange(2); // less than 5: .three and .one
-        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 2");
+        d.SelectRange(2); // less than 5: every ".Nx" and .one
+        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 32");
+        EXPECT_FALSE(Enabled(d, dlgStarDotStar::View)) << "more than 30 types";
         d.SelectRange(4); // 10 - 20 replaces it
         EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 1");
-        d.findChild<QAction*>("mnuSelect_12")->trigger();
-        d.SelectRange(2);
-        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 3") << "appended";
+        EXPECT_TRUE(Enabled(d, dlgStarDotStar::View));
+        d.findChild<QAction*>("mnuSelect_12")->trigger(); // append
+        d.SelectRange(3);
+        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 1") << ".ten is 5 - 10 and 10 - 20";
         d.findChild<QAction*>("mnuSelect_14")->trigger();
         EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 0");
-
         d.findChild<QAction*>("mnuFilter_3")->trigger(); // 5 - 10
         EXPECT_EQ(Lines(d), QStringList{".ten\t\t10 files"});
-        EXPECT_EQ(Label(d, "lblResultsCount"), "1/3 masks (filter applied)");
+        EXPECT_EQ(Label(d, "lblResultsCount"), "1/33 masks (filter applied)");
         EXPECT_FALSE(d.findChild<QAction*>("mnuFilter_0")->isChecked());
         EXPECT_TRUE(d.findChild<QAction*>("mnuFilter_3")->isChecked());
-        d.findChild<QAction*>("mnuFilter_4")->trigger(); // 10 - 20 too
-        EXPECT_EQ(Lines(d), QStringList{".ten\t\t10 files"});
         d.FilterMasks(0);
-        EXPECT_EQ(Lines(d).size(), 3);
-
+        EXPECT_EQ(Lines(d).size(), 33);
         d.JumpToLetter(1); // B: nothing begins with it
         EXPECT_FALSE(d.findChild<QAction*>("mnuAlpha_1")->isEnabled());
         d.CommandAction(dlgStarDotStar::Close);
         return d.result();
     });
-    EXPECT_EQ(window->ViewCount(), 1);
-}
-
-TEST_F(CensusDialogTest, ThirtyOneTypesCannotBeViewed) {
-    for (int i = 0; i < 31; ++i) {
-        tree.File("f." + std::to_string(i) + "x");
-    }
-    Search("*.*");
-    OpenCensus([&](dlgStarDotStar& d) {
-        d.SelectRange(0);
-        EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 31");
-        EXPECT_FALSE(Enabled(d, dlgStarDotStar::View));
-        d.findChild<QListWidget*>("lstExtensions")->item(0)->setSelected(false);
-        EXPECT_TRUE(Enabled(d, dlgStarDotStar::View));
-        return 0;
-    });
+    EXPECT_EQ(window->Views().Count(), 1);
 }
 
 TEST_F(CensusDialogTest, TheCensusIsKeptUntilTheNextSearch) {
     tree.File("a.txt");
-    Search("*.*");
+    profile->Settings().AlwaysShowCountWhenSDS = true;
     dlgStarDotStar* first = nullptr;
-    OpenCensus([&](dlgStarDotStar& d) {
-        first = &d;
-        Select(d, ".txt");
+    prompts.modals.push_back([&](QDialog* d) { // after a "*.*" search, by itself
+        first = static_cast<dlgStarDotStar*>(d);
+        Select(*first, ".txt");
         return 0;
     });
+    Search("*.*");
     EXPECT_TRUE(window->CensusReady());
     tree.File("b.log");
     OpenCensus([&](dlgStarDotStar& d) {
@@ -190,6 +144,7 @@ TEST_F(CensusDialogTest, TheCensusIsKeptUntilTheNextSearch) {
         EXPECT_EQ(Lines(d).size(), 1) << "no recount";
         return 0;
     });
+    profile->Settings().AlwaysShowCountWhenSDS = false;
     Search("*.*");
     EXPECT_FALSE(window->CensusReady());
     OpenCensus([&](dlgStarDotStar& d) {
@@ -197,8 +152,7 @@ TEST_F(CensusDialogTest, TheCensusIsKeptUntilTheNextSearch) {
         return 0;
     });
     window->NewResults();
-    EXPECT_FALSE(window->CensusReady());
-    prompts.asked.clear();
+    prompts.answers.push_back(MessageAnswer::Ok);
     window->ShowFileTypes();
     ASSERT_EQ(prompts.asked.size(), 1u);
     EXPECT_EQ(prompts.asked[0].text,
@@ -207,63 +161,40 @@ TEST_F(CensusDialogTest, TheCensusIsKeptUntilTheNextSearch) {
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Critical);
 }
 
-TEST_F(CensusDialogTest, OpensByItselfAfterStarDotStarWhenAskedTo) {
-    tree.File("a.txt");
-    profile->Settings().AlwaysShowCountWhenSDS = true;
-    Search("*.txt");
-    EXPECT_EQ(prompts.modalsShown, 0);
-    Search("*.*");
-    EXPECT_EQ(prompts.modalsShown, 1);
-    profile->Settings().AlwaysShowCountWhenSDS = false;
-    Search("*.*");
-    EXPECT_EQ(prompts.modalsShown, 1);
-}
-
-TEST_F(CensusDialogTest, ReportAndExportAskForAFileAndWriteIt) {
+TEST_F(CensusDialogTest, ReportAndExportAskForAFileWriteItAndSayWhatFailed) {
     for (const char* f : {"a.txt", "b.txt", "c.log"}) {
         tree.File(f);
     }
     Search("*.*");
     profile->Settings().LastOutputSaveDirectory = tree.Root();
-    prompts.saves.push_back({tree.Path("out/report.txt"), false});
     tree.Folder("out");
+    prompts.saves = {{tree.Path("out/report.txt"), false}, {tree.Path("out/txt.txt"), false}, {},
+                     {"/dev/full", false}, {tree.Path("no/such/folder/r.txt"), false}};
+    prompts.answers = {MessageAnswer::Ok, MessageAnswer::Ok, MessageAnswer::Ok};
     OpenCensus([&](dlgStarDotStar& d) {
         d.CommandAction(dlgStarDotStar::Report);
         EXPECT_EQ(d.Result(), -1) << "the dialog stays";
+        Select(d, ".txt");
+        d.CommandAction(dlgStarDotStar::Export);
+        d.CommandAction(dlgStarDotStar::Report); // cancelled
+        d.CommandAction(dlgStarDotStar::Export); // onto a device
+        d.CommandAction(dlgStarDotStar::Report); // into a missing folder
+        d.findChild<QAction*>("mnuFilter_4")->trigger();
+        d.CommandAction(dlgStarDotStar::Report); // an empty list
         return 0;
     });
-    ASSERT_EQ(prompts.saveRequests.size(), 1u);
+    ASSERT_EQ(prompts.saveRequests.size(), 5u);
     const SaveRequest& r = prompts.saveRequests[0];
     EXPECT_EQ(r.title, "Save Report As");
     EXPECT_EQ(r.filters, (QStringList{"Text Files  (*.txt)", "All Files  (*.*)"}));
-    EXPECT_EQ(r.defaultSuffix, "txt");
-    EXPECT_EQ(r.name, "resultcount.txt");
-    EXPECT_EQ(r.folder, tree.Root());
-    const std::string report = ReadBytes(tree.Path("out/report.txt"));
-    EXPECT_NE(report.find("#     Root Path:\t" + tree.Root() + "\r\n"), std::string::npos);
-    EXPECT_NE(report.find("#     File Mask:\t*.*\r\n#     Total Types:\t2\r\n#     Total "
-                          "Files:\t3\r\n"),
-              std::string::npos);
-    EXPECT_NE(report.find(".txt\t2\r\n"), std::string::npos);
-    EXPECT_EQ(profile->ProfileGetString("paths", "LastOutputSaveDirectory", ""), tree.Path("out/"));
-
-    // export one type; a cancelled dialog writes nothing and remembers nothing new
-    prompts.saves.push_back({tree.Path("out/txt.txt"), false});
-    prompts.saves.push_back({});
-    OpenCensus([&](dlgStarDotStar& d) {
-        Select(d, ".txt");
-        d.CommandAction(dlgStarDotStar::Export);
-        d.CommandAction(dlgStarDotStar::Report);
-        d.findChild<QAction*>("mnuFilter_4")->trigger();
-        d.CommandAction(dlgStarDotStar::Report);
-        Select(d, ".txt");
-        Select(d, ".log");
-        d.CommandAction(dlgStarDotStar::Export);
-        return 0;
-    });
-    ASSERT_EQ(prompts.saveRequests.size(), 3u);
+    EXPECT_EQ(std::tie(r.defaultSuffix, r.name, r.folder),
+              std::make_tuple(QString("txt"), std::string("resultcount.txt"), tree.Root()));
     EXPECT_EQ(prompts.saveRequests[1].name, "results for txt.txt");
-    EXPECT_EQ(prompts.saveRequests[1].folder, tree.Path("out/"));
+    EXPECT_EQ(prompts.saveRequests[1].folder, tree.Path("out/")) << "the folder remembered";
+    const std::string report = ReadBytes(tree.Path("out/report.txt"));
+    EXPECT_NE(report.find("#     Root Path:\t" + tree.Root() + "\r\n#     File Mask:\t*.*\r\n#"
+                          "     Total Types:\t2\r\n#     Total Files:\t3\r\n"),
+              std::string::npos);
     std::string inStoreOrder;
     for (const auto& path : ReaddirOrder(tree.Root())) {
         if (path.size() > 4 && path.compare(path.size() - 4, 4, ".txt") == 0 &&
@@ -272,30 +203,14 @@ TEST_F(CensusDialogTest, ReportAndExportAskForAFileAndWriteIt) {
         }
     }
     EXPECT_EQ(ReadBytes(tree.Path("out/txt.txt")), inStoreOrder);
-    EXPECT_EQ(profile->ProfileGetString("paths", "LastOutputSaveDirectory", ""), tree.Path("out/"));
-    ASSERT_EQ(prompts.asked.size(), 1u);
-    EXPECT_EQ(prompts.asked[0].text, "There is nothing in the current list to save");
-    EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Warning);
-}
-
-TEST_F(CensusDialogTest, AFileThatCannotBeWrittenIsReportedAndTheDialogStays) {
-    tree.File("a.txt");
-    Search("*.*");
-    prompts.saves.push_back({"/dev/full", false});
-    prompts.saves.push_back({tree.Path("no/such/folder/r.txt"), false});
-    OpenCensus([&](dlgStarDotStar& d) {
-        Select(d, ".txt");
-        d.CommandAction(dlgStarDotStar::Export);
-        d.CommandAction(dlgStarDotStar::Report);
-        EXPECT_EQ(d.Result(), -1) << "still open";
-        return 0;
-    });
-    ASSERT_EQ(prompts.asked.size(), 2u);
-    EXPECT_EQ(prompts.asked[0].text, "Cannot replace /dev/full: Not a regular file");
+    EXPECT_EQ(prompts.Texts(),
+              (QStringList{"Cannot replace /dev/full: Not a regular file",
+                           QString::fromStdString("Cannot create " +
+                                                  tree.Path("no/such/folder/r.txt") +
+                                                  ": No such file or directory"),
+                           "There is nothing in the current list to save"}));
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Critical);
-    EXPECT_EQ(prompts.asked[1].text,
-              QString::fromStdString("Cannot create " + tree.Path("no/such/folder/r.txt") +
-                                     ": No such file or directory"));
+    EXPECT_EQ(prompts.asked[2].icon, MessageIcon::Warning);
 }
 
 // A type whose bytes are not UTF-8 is shown with a replacement character, but views and exports
@@ -312,8 +227,8 @@ TEST_F(CensusDialogTest, ATypeThatIsNotUtf8KeepsItsBytes) {
         return static_cast<int>(dlgStarDotStar::View);
     });
     EXPECT_EQ(ReadBytes(tree.Path("export.txt")), tree.Path("a.\xff") + "\r\n");
-    ASSERT_EQ(window->ViewCount(), 2);
-    EXPECT_EQ(window->ViewCaption(1), QString::fromUtf8("*.\xef\xbf\xbd (1)"));
+    ASSERT_EQ(window->Views().Count(), 2);
+    EXPECT_EQ(window->Views()[1].caption, QString::fromUtf8("*.\xef\xbf\xbd (1)"));
 }
 
 } // namespace

@@ -38,54 +38,36 @@ std::vector<std::pair<std::string, int>> Pairs(const std::vector<CensusType>& ty
 
 using P = std::vector<std::pair<std::string, int>>;
 
-TEST(Census, TypesInOrderOfFirstOccurrenceAndTheFullListReversed) {
+TEST(Census, TypesInOrderOfFirstOccurrenceTheFullListReversed) {
     FileDataArray store;
     Fill(store, {".txt", ".log", ".txt", "", ".c", ".log", ".txt"});
-    const Census census = Build(store);
+    Census census = Build(store);
     EXPECT_EQ(Pairs(census.Shown()), (P{{".txt", 3}, {".log", 2}, {".", 1}, {".c", 1}}));
     EXPECT_EQ(Pairs(census.Hidden()), (P{{".c", 1}, {".", 1}, {".log", 2}, {".txt", 3}}));
     EXPECT_EQ(store[3].Extension(), ".") << "a file without extension is marked \".\" in the store";
     EXPECT_EQ(census.ResultsCountText(), "4/4 masks");
     EXPECT_EQ(census.ShownFiles(), 7);
-}
+    census.ApplyFilter(0);
+    EXPECT_EQ(Pairs(census.Shown()), Pairs(census.Hidden())) << "re-filtering keeps the full list's order";
+    census.ApplyFilter(3);
+    EXPECT_EQ(census.ResultsCountText(), "0/4 masks (filter applied)");
 
-TEST(Census, ProgressSaysWhatEachPassDoesAndStepsAboutTwentyTimes) {
-    FileDataArray store;
+    Fill(store, {"", "", ""});
+    EXPECT_EQ(Pairs(Build(store).Shown()), (P{{".", 3}})) << "folders make one type";
+    std::vector<std::string> extensions(12, ".big");
+    extensions.push_back(".one");
+    Fill(store, extensions);
+    const Census filtered = Build(store, 4);
+    EXPECT_EQ(Pairs(filtered.Shown()), (P{{".big", 12}}));
+    EXPECT_EQ(filtered.ResultsCountText(), "1/2 masks (filter applied)");
+
     Fill(store, std::vector<std::string>(1000, ".txt"));
     std::vector<QString> messages;
     int steps = 0;
-    Census census;
     census.Build(
         store, 0, [&](const QString& m) { messages.push_back(m); }, [&] { ++steps; });
     EXPECT_EQ(messages, (std::vector<QString>{"Filtering...", "Compressing..."}));
     EXPECT_EQ(steps, 40) << "twenty steps in each of the two passes";
-}
-
-TEST(Census, FoldersMakeOneTypeAndReFilteringUsesTheFullList) {
-    FileDataArray store;
-    Fill(store, {"", "", ""});
-    EXPECT_EQ(Pairs(Build(store).Shown()), (P{{".", 3}}));
-
-    Fill(store, {".a", ".b", ".b", ".c"});
-    Census census = Build(store);
-    census.ApplyFilter(0);
-    EXPECT_EQ(Pairs(census.Shown()), (P{{".c", 1}, {".b", 2}, {".a", 1}}))
-        << "re-filtering shows the full list's order";
-    census.ApplyFilter(2);
-    EXPECT_EQ(census.ResultsCountText(), "3/3 masks (filter applied)");
-    census.ApplyFilter(3);
-    EXPECT_EQ(census.Shown().size(), 0u);
-    EXPECT_EQ(census.ResultsCountText(), "0/3 masks (filter applied)");
-}
-
-TEST(Census, BuildingWithAFilterKeepsOnlyItsTypes) {
-    FileDataArray store;
-    std::vector<std::string> extensions(12, ".big");
-    extensions.push_back(".one");
-    Fill(store, extensions);
-    const Census census = Build(store, 4);
-    EXPECT_EQ(Pairs(census.Shown()), (P{{".big", 12}}));
-    EXPECT_EQ(census.ResultsCountText(), "1/2 masks (filter applied)");
 }
 
 TEST(Census, CountRangesOverlapAtTheirBounds) {
@@ -145,15 +127,10 @@ TEST(Census, CaptionsAndFileNames) {
     EXPECT_EQ(TypeExportFileName("."), "results for .txt");
     EXPECT_EQ(TypeExportFileName(".tar.gz"), "results for targz.txt");
     EXPECT_EQ(CensusDisplayLine({".txt", 1234}), ".txt\t\t1234 files");
-}
-
-TEST(Census, FirstTokenSplitsAtTheFirstDelimiter) {
     EXPECT_EQ(FirstToken(".txt\t\t12 files", '\t'),
               (std::pair<std::string_view, std::string_view>{".txt", "\t12 files"}));
     EXPECT_EQ(FirstToken("whole", '\t'),
               (std::pair<std::string_view, std::string_view>{"whole", ""}));
-    EXPECT_EQ(FirstToken("\tlead", '\t'),
-              (std::pair<std::string_view, std::string_view>{"", "lead"}));
 }
 
 TEST(Census, LettersFollowTheFirstDotAndSkipTheNoExtensionType) {
@@ -236,10 +213,7 @@ TEST(CensusReport, HeaderAndLinesByteForByte) {
                         "\r\n"
                         ".doc\t3\r\n"
                         ".txt\t12345\r\n");
-    const QLocale locale = QLocale::system();
-    EXPECT_EQ(ReportDateText(when), locale.toString(when.date(), QLocale::ShortFormat) + " " +
-                                        locale.toString(when.time(), QLocale::LongFormat));
-    EXPECT_TRUE(ReportDateText(when).startsWith("11/15/26 2:01:23 AM"));
+    EXPECT_TRUE(ReportDateText(when).startsWith("11/15/26 2:01:23 AM")) << "the locale's date and time";
 }
 
 TEST(CensusReport, ExportWritesOneTypeInStoreOrderAndFailuresNameTheFile) {

@@ -6,11 +6,13 @@
 #include "fileops/FolderPickerDialog.h"
 #include "fileops/dlgProgress.h"
 #include "fileops/dlgProperties.h"
-#include "fileops/modBrowse.h"
 #include "platform/CancelFlag.h"
+#include "platform/EventYield.h"
 #include "settings/modPProfile.h"
 
+#include <QCoreApplication>
 #include <QDialogButtonBox>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
@@ -23,7 +25,8 @@ namespace {
 TEST(dlgProgress, MessageBarAndCancel) {
     CancelFlag cancel;
     AppSettings settings;
-    dlgProgress progress(cancel, settings, nullptr);
+    EventYield yield;
+    dlgProgress progress(cancel, settings, yield, nullptr);
     progress.SetMessage("");
     EXPECT_EQ(progress.Message(), "Processing...");
     progress.SetMessage("Copying a.txt");
@@ -62,105 +65,25 @@ TEST(dlgProgress, MessageBarAndCancel) {
     progress.Destroy();
 }
 
-struct PurposeCase {
-    int purpose;
-    const char* caption;
-    const char* prompt;
-    const char* root; // "home", "/" or "network"
-    const char* key;
-};
-
-TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
-    const PurposeCase cases[] = {
-        {1, "Select Destination Folder",
-         "Select the folder or drive into which the selected files will be copied.", "home",
-         "LastCopyFileTarget"},
-        {2, "Select Local Folder",
-         "Select the folder or drive into which the selected folder should be copied.", "/",
-         "LastCopyFolderTarget"},
-        {3, "Select Destination Folder",
-         "Choose the folder or drive into which all contents of selected folder should be copied.",
-         "/", "LastCopyFolderTarget"},
-        {4, "", "", "home", "LastMoveFileTarget"},
-        {5, "Select Destination Location",
-         "You are about to move a folder and all its contents. Choose a new location for the "
-         "selected folder.",
-         "home", "LastMoveFolderTarget"},
-        {6, "Select Local Folder", "Select the folder or drive in which to begin the search.", "/",
-         "LastSourceFolder"},
-        {7, "Select Network Share", "Select the network share in which to begin the search.",
-         "network", "LastSourceNetFolder"},
-        {8, "Select Network Administrative Share",
-         "Select the network share in which to begin the search.", "network",
-         "LastSourceNetAdminFolder"}};
-    for (const auto& c : cases) {
-        TestTree t;
-        t.Folder("home");
-        t.Folder("start");
-        t.Folder("picked");
-        modPProfile profile(t.Path("tallymoor.ini"), t.Path("home"));
-        profile.Start();
-        AppSettings& s = profile.Settings();
-        for (std::string* path :
-             {&s.LastCopyFileTarget, &s.LastCopyFolderTarget, &s.LastMoveFileTarget,
-              &s.LastMoveFolderTarget, &s.LastSourceNetFolder, &s.LastSourceNetAdminFolder}) {
-            *path = t.Path("start");
-        }
-        ScriptedPrompts prompts;
-        prompts.folders.push_back(t.Path("picked"));
-        const std::string picked =
-            modBrowse::PickFolder(c.purpose, true, t.Path("start"), profile, prompts);
-        EXPECT_EQ(picked, t.Path("picked"));
-        ASSERT_EQ(prompts.folderRequests.size(), 1u);
-        const FolderRequest& r = prompts.folderRequests[0];
-        EXPECT_EQ(r.caption, c.caption) << c.purpose;
-        EXPECT_EQ(r.prompt, c.prompt) << c.purpose;
-        const std::string root = std::string(c.root) == "home" ? t.Path("home/")
-                                 : std::string(c.root) == "/"  ? "/"
-                                                               : r.root;
-        EXPECT_EQ(r.root, root) << c.purpose;
-        // purpose 4 always starts at the home folder
-        EXPECT_EQ(r.start, c.purpose == 4 ? t.Path("home/") : t.Path("start")) << c.purpose;
-        EXPECT_EQ(profile.ProfileGetString("paths", c.key, ""), t.Path("picked")) << c.purpose;
-        EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""),
-                  std::to_string(c.purpose));
-        EXPECT_TRUE(prompts.asked.empty());
+TEST(FolderPickerDialog, ShowsCaptionPromptAndTheStartFolderInSight) {
+    TestTree t;
+    for (int i = 0; i < 200; ++i) {
+        t.Folder("a/f" + std::to_string(1000 + i)); // rows that arrive above the start folder
     }
-}
-
-TEST(modBrowse, MissingStartCancelAndUnknownPurposes) {
-    TestTree t;
-    t.Folder("home");
-    modPProfile profile(t.Path("tallymoor.ini"), t.Path("home"));
-    profile.Start();
-    profile.Settings().LastCopyFileTarget = t.Path("deleted-since");
-    ScriptedPrompts prompts;
-    EXPECT_EQ(modBrowse::PickFolder(1, true, "", profile, prompts), "");
-    EXPECT_EQ(prompts.folderRequests[0].start, t.Path("home/"));
-    EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "0")
-        << "a cancelled pick remembers nothing";
-
-    prompts.folders.push_back(t.Path("home"));
-    modBrowse::PickFolder(9, true, "", profile, prompts);
-    ASSERT_EQ(prompts.asked.size(), 1u);
-    EXPECT_EQ(prompts.asked[0].text, "oops!");
-    EXPECT_EQ(prompts.asked[0].icon, MessageIcon::None);
-    EXPECT_EQ(prompts.folderRequests[1].caption, "");
-    EXPECT_EQ(prompts.folderRequests[1].prompt, "");
-    EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "9");
-
-    modBrowse::RememberPickedFolder(6, "", profile);
-    EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "9");
-}
-
-TEST(FolderPickerDialog, ShowsCaptionPromptAndTheStartFolder) {
-    TestTree t;
-    t.Folder("a/b");
-    FolderPickerDialog dialog({"Select Local Folder", "Pick one.", t.Root(), t.Path("a/b")});
+    t.Folder("a/z-start");
+    FolderPickerDialog dialog({"Select Local Folder", "Pick one.", t.Root(), t.Path("a/z-start")});
+    dialog.show();
     EXPECT_EQ(dialog.windowTitle(), "Select Local Folder");
     EXPECT_EQ(dialog.findChild<QLabel*>("lblPrompt")->text(), "Pick one.");
-    EXPECT_EQ(dialog.SelectedFolder(), t.Path("a/b"));
+    EXPECT_EQ(dialog.SelectedFolder(), t.Path("a/z-start"));
     EXPECT_TRUE(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->isEnabled());
+    // The model reads the folder in the background: wait until it has (not a time to pass).
+    QElapsedTimer waited;
+    waited.start();
+    while (!dialog.SelectedFolderInView() && waited.elapsed() < 30000) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    }
+    EXPECT_TRUE(dialog.SelectedFolderInView());
     FolderPickerDialog none({"", "", t.Root(), ""});
     EXPECT_EQ(none.SelectedFolder(), "");
     EXPECT_FALSE(none.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->isEnabled());
@@ -169,6 +92,7 @@ TEST(FolderPickerDialog, ShowsCaptionPromptAndTheStartFolder) {
 class StartupTest : public testing::Test {
 protected:
     void Start(const std::string& windows) {
+        window.reset(); // it refers to the settings about to be replaced
         if (!windows.empty()) {
             std::ofstream(config.Path("tallymoor.ini"), std::ios::binary)
                 << "[windows]\r\n" + windows;
@@ -194,47 +118,43 @@ protected:
     QSize screenTwips;
 };
 
-TEST_F(StartupTest, FirstStartOpensCentredAtTheDefaultSize) {
-    Start("");
-    EXPECT_EQ(window->windowTitle(), " Tallymoor");
-    EXPECT_EQ(window->width(), Pixels(11970));
-    EXPECT_EQ(window->height(), Pixels(9270));
-    EXPECT_EQ(window->x(), Pixels((screenTwips.width() - 11970) / 2));
-    EXPECT_EQ(profile->ProfileGetString("windows", "Winstate", "?"), "0");
-    EXPECT_EQ(profile->ProfileGetString("windows", "Width", ""), "11970");
-    EXPECT_EQ(profile->ProfileGetString("windows", "Height", ""), "9270");
-    EXPECT_EQ(profile->ProfileGetString("windows", "Left", ""),
-              std::to_string(
-                  (screenTwips.width() - static_cast<int>(window->width() * 1440.0 / dpi)) / 2));
-}
-
-TEST_F(StartupTest, AStoredTopOfZeroReadsAsTheDefaultHeight) {
-    Start("Winstate=1\r\nLeft=300\r\nTop=0\r\nWidth=6000\r\nHeight=4500\r\n");
-    EXPECT_EQ(window->y(), Pixels(9270));
-    EXPECT_EQ(window->x(), Pixels(300));
-    EXPECT_EQ(window->width(), Pixels(6000));
-    EXPECT_FALSE(window->windowState() & Qt::WindowMinimized) << "a minimised state is ignored";
-    EXPECT_EQ(profile->ProfileGetString("windows", "Winstate", ""), "0");
-    EXPECT_EQ(profile->ProfileGetString("windows", "Width", ""), "11970")
-        << "the file holds the default placement while the program runs";
-}
-
-TEST_F(StartupTest, AStoredMaximisedStateIsRestored) {
-    Start("Winstate=2\r\nLeft=300\r\nTop=400\r\nWidth=6000\r\nHeight=4500\r\n");
-    EXPECT_TRUE(window->windowState() & Qt::WindowMaximized);
-    EXPECT_EQ(profile->ProfileGetString("windows", "Winstate", ""), "2");
-}
-
-TEST_F(StartupTest, ExitWhileMaximisedStoresACentredDefault) {
-    Start("Winstate=2\r\nLeft=300\r\nTop=400\r\nWidth=6000\r\nHeight=4500\r\n");
+// Where the window opens, by what [windows] holds, and what the file says while it runs.
+TEST_F(StartupTest, PlacementFromTheSettingsFile) {
+    struct Case {
+        const char* stored; // "" : no settings file yet
+        int left, top, width, height; // twips; -1 left or top: centred
+        bool maximised;
+    };
+    const Case cases[] = {
+        {"", -1, -1, 11970, 9270, false},
+        {"Winstate=1\r\nLeft=300\r\nTop=0\r\nWidth=6000\r\nHeight=4500\r\n", 300, 9270, 6000, 4500,
+         false}, // a stored top of 0 reads as the default height; minimised is ignored
+        {"Winstate=2\r\nLeft=300\r\nTop=400\r\nWidth=6000\r\nHeight=4500\r\n", 300, 400, 6000, 4500,
+         true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.stored);
+        Start(c.stored);
+        EXPECT_EQ(window->windowTitle(), " Tallymoor");
+        if (!c.maximised) {
+            EXPECT_EQ(window->width(), Pixels(c.width));
+            EXPECT_EQ(window->x(),
+                      Pixels(c.left >= 0 ? c.left : (screenTwips.width() - 11970) / 2));
+            if (c.top >= 0) {
+                EXPECT_EQ(window->y(), Pixels(c.top));
+            }
+        }
+        EXPECT_EQ(bool(window->windowState() & Qt::WindowMaximized), c.maximised);
+        EXPECT_EQ(profile->ProfileGetString("windows", "Winstate", ""), c.maximised ? "2" : "0");
+        EXPECT_EQ(profile->ProfileGetString("windows", "Width", ""), "11970")
+            << "the file holds the default placement while the program runs";
+    }
     window->show();
-    window->close();
-    EXPECT_EQ(profile->ProfileGetString("windows", "Winstate", ""), "2");
+    window->close(); // maximised: a centred default, 11970 for both offsets
     EXPECT_EQ(profile->ProfileGetString("windows", "Left", ""),
               std::to_string((screenTwips.width() - 11970) / 2));
     EXPECT_EQ(profile->ProfileGetString("windows", "Top", ""),
               std::to_string((screenTwips.height() - 11970) / 2));
-    EXPECT_EQ(profile->ProfileGetString("windows", "Height", ""), "9270");
 }
 
 TEST(dlgAbout, ShowsVersionMemoryAndOpensTheProjectPage) {
@@ -248,6 +168,7 @@ TEST(dlgAbout, ShowsVersionMemoryAndOpensTheProjectPage) {
     RecordingDesktop desktop;
     dlgAbout about(desktop);
     EXPECT_TRUE(about.findChild<QLabel*>("lblVersion")->text().startsWith("Version "));
+    EXPECT_FALSE(about.findChild<QLabel*>("lblIcon")->pixmap().isNull()) << "the program's icon";
     emit about.findChild<QLabel*>("lblLink")->linkActivated(kProjectPage);
     EXPECT_EQ(desktop.calls, std::vector<std::string>{std::string("url ") + kProjectPage});
 }

@@ -2,9 +2,7 @@
 
 #include <QCoreApplication>
 #include <QMetaObject>
-#include <chrono>
 #include <gtest/gtest.h>
-#include <thread>
 
 namespace {
 
@@ -13,24 +11,26 @@ TEST(EventYield, RunsTheEventLoopOnlyOnceItsIntervalHasPassed) {
     char name[] = "tallymoor_tests";
     char* argv[] = {name, nullptr};
     QCoreApplication app(argc, argv);
-    bool ran = false;
-    YieldNow();
-    QMetaObject::invokeMethod(
-        &app, [&] { ran = true; }, Qt::QueuedConnection);
+    auto now = std::chrono::steady_clock::time_point{};
+    EventYield yield([&] { return now; });
+    int runs = 0;
+    const auto post = [&] {
+        QMetaObject::invokeMethod(
+            &app, [&] { ++runs; }, Qt::QueuedConnection);
+    };
+    post();
     for (int i = 0; i < 1000; ++i) {
-        YieldToEventLoop();
+        yield.Yield();
     }
-    EXPECT_FALSE(ran) << "a tight loop must not pay for the event loop on every item";
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    for (int i = 0; i < 100 && !ran; ++i) {
-        YieldToEventLoop();
+    EXPECT_EQ(runs, 0) << "a tight loop must not pay for the event loop on every item";
+    now += EventYield::kInterval;
+    for (int i = 0; i < 16; ++i) {
+        yield.Yield();
     }
-    EXPECT_TRUE(ran);
-    ran = false;
-    QMetaObject::invokeMethod(
-        &app, [&] { ran = true; }, Qt::QueuedConnection);
-    YieldNow();
-    EXPECT_TRUE(ran);
+    EXPECT_EQ(runs, 1) << "due once the interval has passed";
+    post();
+    yield.Now();
+    EXPECT_EQ(runs, 2) << "Now does not wait";
 }
 
 } // namespace

@@ -194,6 +194,7 @@ TEST_F(GioDesktopTest, TheFileManagerShowsFoldersAndPropertiesWhenItAnswers) {
     fileManagerAnswers = false;
     EXPECT_TRUE(desktop.Explore(t.Path("my docs")));
     EXPECT_EQ(Received().at(1), t.Path("my docs")) << "opened as a folder instead";
+    prompts.propertiesToShow = 1;
     desktop.ShowProperties(t.Path("my docs"));
     EXPECT_EQ(prompts.propertiesShown, std::vector<std::string>{t.Path("my docs")});
 }

@@ -1,44 +1,23 @@
 #include "WindowFixture.h"
 #include "app/ResultListModel.h"
-#include "app/frmMain.h"
 #include "fileops/dlgProgress.h"
-#include "platform/CancelFlag.h"
-#include "settings/modPProfile.h"
 
-#include <QAction>
-#include <QCoreApplication>
+#include <QAbstractButton>
 #include <QCheckBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListView>
+#include <QCoreApplication>
 #include <QListWidget>
-#include <QMenu>
-#include <QMenuBar>
-#include <QPushButton>
 #include <QRadioButton>
 #include <QTabBar>
 #include <QToolButton>
-#include <algorithm>
-#include <gtest/gtest.h>
+#include <QWindow>
+#include <set>
 #include <sys/stat.h>
-#include <memory>
 
 namespace {
 
 class MainWindowTest : public WindowFixture {
 protected:
-    QString Text(const char* name) const { return Find<QLabel>(name)->text(); }
-
-    QStringList Rows(const char* list) const {
-        QStringList rows;
-        const QAbstractItemModel* model = Find<QListView>(list)->model();
-        for (int r = 0; r < model->rowCount(); ++r) {
-            rows << model->index(r, 0).data().toString();
-        }
-        return rows;
-    }
-
-    QStringList Expected(const std::function<bool(const std::string&)>& pick) const {
+    QStringList Paths(const std::function<bool(const std::string&)>& pick) const {
         QStringList rows;
         for (const auto& p : ReaddirOrder(tree.Root())) {
             if (pick(p)) {
@@ -46,18 +25,6 @@ protected:
             }
         }
         return rows;
-    }
-
-    QAction* Action(const QString& text) const {
-        for (QAction* menu : window->menuBar()->actions()) {
-            for (QAction* action : menu->menu()->actions()) {
-                if (action->text() == text) {
-                    return action;
-                }
-            }
-        }
-        ADD_FAILURE() << "no menu entry " << text.toStdString();
-        return nullptr;
     }
 };
 
@@ -69,301 +36,243 @@ TEST_F(MainWindowTest, ASearchShowsItsResultsCountsCaptionAndTag) {
     for (const char* f : {"a.txt", "b.log", "sub/c.TXT", "sub/d.doc"}) {
         tree.File(f);
     }
+    struct Case {
+        const char* what;
+        const char* mask;
+        bool except, folders;
+        QString caption, label;
+        std::function<bool(const std::string&)> rows;
+    };
+    const Case cases[] = {
+        {"matching", "*.txt", false, false, "All Results (*.txt) (2)", "*.txt files ",
+         [](const std::string& p) { return EndsWith(p, ".txt") || EndsWith(p, ".TXT"); }},
+        {"except", "*.txt;*.log", true, false, "All Results except (*.txt;*.log) (1)",
+         "! *.txt *.log files ", [](const std::string& p) { return EndsWith(p, ".doc"); }},
+        {"folders only", "*.txt", false, true, "All Results (folders only) (1)", "Folders (1)",
+         [&](const std::string& p) { return p == tree.Path("sub/"); }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Find<QRadioButton>(c.except ? "optListTypes_1" : "optListTypes_0")->click();
+        if (Find<QCheckBox>("chkOpts_1")->isChecked() != c.folders) {
+            Find<QCheckBox>("chkOpts_1")->click();
+            EXPECT_EQ(Status(StatusPart::Mode), c.folders ? " Folder Search" : "");
+            EXPECT_EQ(Find<QLineEdit>("txtObjMask")->isEnabled(), !c.folders);
+        }
+        Search(tree.Root(), c.mask);
+        EXPECT_EQ(Find<QTabBar>("tsResults")->tabText(0), c.caption);
+        EXPECT_EQ(Text("lblResultType"), c.label);
+        QStringList expected = Paths(c.rows);
+        if (c.folders) {
+            expected.replaceInStrings(QRegularExpression("/$"), "");
+        }
+        EXPECT_EQ(Rows("List1"), expected);
+        EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "&Begin Search");
+        EXPECT_FALSE(window->IsBusy());
+    }
+    Find<QCheckBox>("chkOpts_1")->click();
+    Find<QRadioButton>("optListTypes_0")->click();
     Search(tree.Root(), "*.txt");
-    EXPECT_TRUE(prompts.asked.empty());
-    EXPECT_EQ(window->StatusText(0), " Ready!");
-    EXPECT_EQ(window->StatusText(1), " Objects: 4");
-    EXPECT_EQ(window->StatusText(2), " Matched: 2");
-    EXPECT_TRUE(window->StatusText(3).startsWith(" Elapsed: 0."));
-    EXPECT_TRUE(window->StatusText(3).endsWith("  seconds"));
-    EXPECT_EQ(window->StatusText(4), " Done");
-    EXPECT_EQ(window->ViewCaption(0), "All Results (*.txt) (2)");
-    EXPECT_EQ(Find<QTabBar>("tsResults")->tabText(0), "All Results (*.txt) (2)");
-    EXPECT_EQ(window->ViewTag(0), "*.txt files ");
-    EXPECT_EQ(Text("lblResultType"), "*.txt files ");
-    EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "Begin Search");
-    EXPECT_FALSE(window->IsBusy());
-    EXPECT_EQ(Rows("List1"), Expected([](const std::string& p) {
-                  return EndsWith(p, ".txt") || EndsWith(p, ".TXT");
-              }));
+    const QString parts[] = {" Ready!", " Objects: 4", " Matched: 2", "", " Done"};
+    for (int part = 0; part < StatusLine::kParts; ++part) {
+        if (part != 3) {
+            EXPECT_EQ(Status(static_cast<StatusPart>(part)), parts[part]);
+        }
+    }
+    EXPECT_TRUE(Status(StatusPart::Elapsed).startsWith(" Elapsed: 0."));
     const QAbstractItemModel* model = Find<QListView>("List1")->model();
     EXPECT_EQ(model->index(1, 0).data(ResultListModel::ItemIndexRole).toInt(), 1);
-    EXPECT_TRUE(Find<QListView>("List1")->isVisible());
-    EXPECT_FALSE(Find<QListWidget>("lstDummy")->isVisible());
-    EXPECT_EQ(Find<QListWidget>("lstDummy")->item(0)->text(), "searching...");
-    // the mask is remembered and becomes a favourite
     EXPECT_EQ(profile->ProfileGetString("options", "LastFileMask", ""), "*.txt");
-    EXPECT_EQ(window->Favorites().Captions().back(), "*.txt");
+    const auto& favourites = window->Favorites().Captions();
+    EXPECT_EQ(std::count(favourites.begin(), favourites.end(), "*.txt"), 1) << "now a favourite";
 }
 
-TEST_F(MainWindowTest, ExceptAndFoldersOnlySearchesCaptionTheirViews) {
-    for (const char* f : {"a.txt", "b.log", "c.doc", "d/e.txt"}) {
-        tree.File(f);
-    }
-    Find<QRadioButton>("optListTypes_1")->click();
-    Search(tree.Root(), "*.txt;*.log");
-    EXPECT_EQ(window->ViewCaption(0), "All Results except (*.txt;*.log) (1)");
-    EXPECT_EQ(Text("lblResultType"), "! *.txt *.log files ");
-    EXPECT_EQ(Rows("List1"), QStringList{QString::fromStdString(tree.Path("c.doc"))});
-
-    for (int i = 0; i < 10; ++i) {
-        tree.Folder("folders/f" + std::to_string(i));
-    }
-    Find<QCheckBox>("chkOpts_1")->click();
-    EXPECT_EQ(window->StatusText(4), " Folder Search");
-    EXPECT_FALSE(Find<QLineEdit>("txtObjMask")->isEnabled());
-    EXPECT_FALSE(Find<QRadioButton>("optListTypes_0")->isEnabled());
-    Search(tree.Root(), "*.txt");
-    EXPECT_EQ(window->ViewCaption(0), "All Results (folders only) (12)");
-    EXPECT_EQ(window->ViewTag(0), "Folders (12)");
-    EXPECT_EQ(Text("lblResultType"), "Folders (12)");
-    Find<QCheckBox>("chkOpts_1")->click();
-    EXPECT_EQ(window->StatusText(4), "");
-    EXPECT_TRUE(Find<QLineEdit>("txtObjMask")->isEnabled());
-}
-
-TEST_F(MainWindowTest, RefusedMasksSayWhyAndChangeNothing) {
+TEST_F(MainWindowTest, RefusedMasksAndSearchesThatFindNothing) {
     tree.File("a.txt");
     Search(tree.Root(), "*.txt");
     const QStringList before = Rows("List1");
-    const std::pair<QString, QString> cases[] = {
-        {"", "No File Mask has been specified; nothing to do."},
-        {"*.*;*", "You have specified ' *.* ' more than once in the File Mask field."},
-        {"*.*;*.log", "Ambiguous file masks selected. The File Mask field contains both ' *.* ' "
-                      "and specific file types."}};
-    for (const auto& [mask, message] : cases) {
-        prompts.asked.clear();
+    for (const QString mask : {"", "*.*;*", "*.*;*.log"}) {
+        prompts.answers.push_back(MessageAnswer::Ok);
         Search(tree.Root(), mask);
-        ASSERT_EQ(prompts.asked.size(), 1u) << mask.toStdString();
-        EXPECT_EQ(prompts.asked[0].text, message);
-        EXPECT_EQ(prompts.asked[0].buttons, MessageButtons::Ok);
-        EXPECT_EQ(Rows("List1"), before);
-        EXPECT_EQ(window->ViewCaption(0), "All Results (*.txt) (1)");
-        EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "Begin Search");
+        EXPECT_EQ(Rows("List1"), before) << "a refused mask changes nothing";
     }
-}
-
-TEST_F(MainWindowTest, NothingFoundSaysSoWithMaskAndRoot) {
-    tree.File("a.txt");
+    prompts.answers.push_back(MessageAnswer::Ok);
     Search(tree.Root(), "*.none");
-    ASSERT_EQ(prompts.asked.size(), 1u);
-    EXPECT_EQ(prompts.asked[0].text, "No files matching ' *.none ' were found in or under the "
-                                     "root path ' " +
-                                         QString::fromStdString(tree.Root()) + " '");
-    EXPECT_EQ(window->StatusText(0), " Ready!");
     Find<QCheckBox>("chkOpts_1")->click();
+    prompts.answers.push_back(MessageAnswer::Ok);
     Search(tree.Path("a.txt"), "*.*");
-    EXPECT_EQ(prompts.asked.back().text,
-              "No folders matching ' *.* ' were found in or under the root path ' " +
-                  QString::fromStdString(tree.Path("a.txt")) + "/ '");
+    const QString root = QString::fromStdString(tree.Root());
+    EXPECT_EQ(prompts.Texts(),
+              (QStringList{"No File Mask has been specified; nothing to do.",
+                           "You have specified ' *.* ' more than once in the File Mask field.",
+                           "Ambiguous file masks selected. The File Mask field contains both ' *.* "
+                           "' and specific file types.",
+                           "No files matching ' *.none ' were found in or under the root path ' " +
+                               root + " '",
+                           "No folders matching ' *.* ' were found in or under the root path ' " +
+                               root + "a.txt/ '"}));
+    EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Warning);
+    EXPECT_EQ(prompts.asked[3].icon, MessageIcon::Information);
+    // The old results went with the store: the window shows what File > New gives.
+    EXPECT_EQ(Find<QTabBar>("tsResults")->tabText(0), "No results");
+    EXPECT_EQ(Text("lblResultType"), "");
+    EXPECT_TRUE(Action("New")->isEnabled()) << "an empty search's store is there to clear";
+    EXPECT_EQ(Status(StatusPart::Message), " Ready!");
 }
 
-TEST_F(MainWindowTest, The32701RowLimit) {
-    for (int i = 0; i < 32701; ++i) {
-        tree.File("f" + std::to_string(i));
+// Over the list limit (lowered here from 32 701 to 2) the list explains, and the explanation
+// is no result: it cannot be selected, saved, copied or opened.
+TEST_F(MainWindowTest, OverTheListLimitTheExplanationIsNoResult) {
+    window->Session().SetListLimitForTesting(2);
+    for (const char* f : {"a", "b"}) {
+        tree.File(f);
     }
     Search(tree.Root(), "*.*");
-    EXPECT_EQ(Rows("List1").size(), 32701);
-    EXPECT_EQ(window->ViewCaption(0), "All Results (*.*) (32701)");
-    tree.File("one-more");
+    EXPECT_EQ(Rows("List1").size(), 2) << "the limit itself is listed";
+    tree.File("c");
+    prompts.modals.push_back([](QDialog*) { return 2; }); // the census opens by itself
     Search(tree.Root(), "*.*");
     EXPECT_EQ(Rows("List1"), (QStringList{"File results exceed 32 thousand files.",
                                           "Create filtered views from the File Type dialog."}));
-    EXPECT_EQ(window->ViewCaption(0), "All Results (*.*) (32702)");
-    EXPECT_EQ(window->StatusText(2), " Matched: 32,702");
+    EXPECT_EQ(Find<QTabBar>("tsResults")->tabText(0), "All Results (*.*) (3)");
+    window->SelectAll();
+    EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
+    SelectRows({0, 1});
+    EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
+    prompts.saves.push_back({tree.Path("list.txt"), true});
+    window->SaveResultList();
+    EXPECT_EQ(ReadBytes(tree.Path("list.txt")), "");
+    window->OpenSelected();
+    EXPECT_TRUE(desktop.calls.empty());
 }
 
-TEST_F(MainWindowTest, CancelDuringTheWalkKeepsWhatWasFound) {
+TEST_F(MainWindowTest, CancelAndCloseDuringTheWalkKeepWhatWasFound) {
     for (int i = 0; i < 3000; ++i) {
         tree.File("d" + std::to_string(i % 30) + "/f" + std::to_string(i) + ".txt");
     }
-    int yields = 0;
-    window->SetWalkObserver([&] {
-        if (++yields == 500) {
-            EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "Cancel");
-            EXPECT_TRUE(window->IsBusy());
-            Find<QPushButton>("cmdSearch")->click();
-        }
-    });
-    Search(tree.Root(), "*.txt");
-    EXPECT_EQ(window->StatusText(4), " Cancelled");
-    const auto rows = Rows("List1").size();
-    EXPECT_GT(rows, 400);
-    EXPECT_LT(rows, 3000);
-    EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "Begin Search");
-    EXPECT_FALSE(window->IsBusy());
-    EXPECT_FALSE(cancel.IsRaised());
-}
-
-TEST_F(MainWindowTest, ClosingDuringASearchOnlyCancelsItAndStoreCommandsAreRefused) {
-    for (int i = 0; i < 2000; ++i) {
-        tree.File("d" + std::to_string(i % 20) + "/f" + std::to_string(i) + ".txt");
+    struct Case {
+        const char* what;
+        std::function<void()> interrupt;
+    };
+    const Case cases[] = {
+        {"the Cancel button", [&] { Find<QPushButton>("cmdSearch")->click(); }},
+        {"Escape", [&] { Key(Find<QLineEdit>("txtObjMask"), Qt::Key_Escape); }},
+        {"closing the window",
+         [&] {
+             Action("New")->trigger(); // refused while the store fills
+             EXPECT_FALSE(Action("Select All")->isEnabled());
+             window->close();
+             EXPECT_TRUE(window->isVisible()) << "closing during a search only cancels it";
+         }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        int yields = 0;
+        window->SetWalkObserver([&] {
+            if (++yields == 500) {
+                EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "Cancel");
+                EXPECT_TRUE(window->IsBusy());
+                c.interrupt();
+            }
+        });
+        Search(tree.Root(), "*.txt");
+        EXPECT_EQ(Status(StatusPart::Mode), " Cancelled");
+        EXPECT_GT(Rows("List1").size(), 400);
+        EXPECT_LT(Rows("List1").size(), 3000);
+        EXPECT_FALSE(window->IsBusy());
+        EXPECT_FALSE(cancel.IsRaised());
     }
-    Search(tree.Root(), "*.txt");
-    const int yieldsForClose = 300;
-    int yields = 0;
-    window->SetWalkObserver([&] {
-        if (++yields == yieldsForClose) {
-            Action("&New")->trigger();
-            window->NewResults();
-            window->CloseViews();
-            EXPECT_FALSE(Action("Select All")->isEnabled());
-            window->close();
-            EXPECT_TRUE(window->isVisible());
-        }
-    });
-    Search(tree.Root(), "*.txt");
-    EXPECT_TRUE(window->isVisible());
-    EXPECT_EQ(window->StatusText(4), " Cancelled");
-    EXPECT_GT(Rows("List1").size(), 250);
     window->SetWalkObserver({});
     window->close();
     EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(profile->ProfileGetString("windows", "Winstate", ""), "0");
+    EXPECT_TRUE(window->Status().Closed()) << "the status line is gone";
 }
 
-TEST_F(MainWindowTest, SuppressingUpdatesDuringASearch) {
+TEST_F(MainWindowTest, SuppressingUpdatesAlsoDuringASearch) {
     tree.File("a/b.txt");
     Find<QCheckBox>("chkOpts_2")->click();
-    EXPECT_EQ(window->StatusText(4), " Update suppressed");
-    EXPECT_FALSE(window->Session().Options().ShowFolderProgress);
+    EXPECT_EQ(Status(StatusPart::Mode), " Update suppressed");
     Find<QCheckBox>("chkOpts_2")->click();
-    EXPECT_EQ(window->StatusText(4), "");
-    bool checked = false;
+    EXPECT_EQ(Status(StatusPart::Mode), "");
+    bool clicked = false;
     window->SetWalkObserver([&] {
-        if (!checked) {
-            checked = true;
+        if (!clicked) {
+            clicked = true;
             Find<QCheckBox>("chkOpts_2")->click();
-            EXPECT_EQ(window->StatusText(0), " Searching...");
-            EXPECT_EQ(window->StatusText(2), "");
+            EXPECT_EQ(Status(StatusPart::Message), " Searching...");
+            EXPECT_EQ(Status(StatusPart::Matched), "");
             EXPECT_FALSE(window->Session().Options().ShowFolderProgress);
         }
     });
     Search(tree.Root(), "*.txt");
-    EXPECT_TRUE(checked);
+    EXPECT_TRUE(clicked);
 }
 
-TEST_F(MainWindowTest, TypeViewsGetTheirOwnTabs) {
+TEST_F(MainWindowTest, TypeViewsTheirTabsAndWhatRemovalNewAndCloseDo) {
     for (const char* f : {"a.txt", "b.log", "c.txt", "README"}) {
         tree.File(f);
     }
     Search(tree.Root(), "*.*");
     window->CreateTypeViews({{2, ".txt"}, {1, ".log"}, {2, ".txt"}});
-    ASSERT_EQ(window->ViewCount(), 3);
-    EXPECT_EQ(window->ViewCaption(1), "*.txt (2)");
-    EXPECT_EQ(window->ViewCaption(2), "*.log (1)");
-    EXPECT_EQ(window->ViewTag(1), ".txt");
-    EXPECT_EQ(window->FindViewByTag(" .log "), 2);
-    EXPECT_EQ(window->FindViewByTag(".doc"), -1);
+    auto* tabs = Find<QTabBar>("tsResults");
+    EXPECT_EQ(tabs->count(), 3);
+    EXPECT_EQ(tabs->tabText(1), "*.txt (2)");
+    EXPECT_EQ(tabs->currentIndex(), 2) << "the last new view is shown";
+    EXPECT_EQ(Text("lblResultType"), ".log files:");
     auto* progress = Find<dlgProgress>("dlgProgress");
     EXPECT_EQ(progress->Message(), "Processing... .txt");
     EXPECT_FALSE(progress->isVisible());
-    EXPECT_EQ(Find<QTabBar>("tsResults")->currentIndex(), 2);
-    EXPECT_EQ(Text("lblResultType"), ".log files:");
-    EXPECT_EQ(Rows("List2"), QStringList{QString::fromStdString(tree.Path("b.log"))});
-
-    Find<QTabBar>("tsResults")->setCurrentIndex(1);
+    EXPECT_EQ(progress->parentWidget(), window.get()) << "the window's own, transient for it";
+    tabs->setCurrentIndex(1);
     EXPECT_TRUE(Find<QListView>("List2")->isVisible());
-    EXPECT_FALSE(Find<QListView>("List1")->isVisible());
-    EXPECT_EQ(Rows("List2"), Expected([](const std::string& p) { return EndsWith(p, ".txt"); }));
+    EXPECT_EQ(Rows("List2"), Paths([](const std::string& p) { return EndsWith(p, ".txt"); }));
     window->SelectAll();
     EXPECT_EQ(Text("lblSelCount"), "Selected: 2");
-    Find<QTabBar>("tsResults")->setCurrentIndex(0);
-    EXPECT_TRUE(Find<QListView>("List1")->isVisible());
-    EXPECT_EQ(Text("lblResultType"), "*.* files ");
-    EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
-
-    window->SetViewCaption(1, "*.txt;*.log", 5);
-    EXPECT_EQ(window->ViewCaption(1), "*.txt *.log (5)");
-
+    window->RemoveFromViews(tree.Path("a.txt"));
+    EXPECT_EQ(Rows("List2"), QStringList{QString::fromStdString(tree.Path("c.txt"))});
+    EXPECT_EQ(tabs->tabText(0), "All Results (*.*) (3)");
+    EXPECT_EQ(tabs->tabText(1), "*.txt (1)");
+    EXPECT_EQ(Text("lblSelCount"), "Selected: 1");
+    tabs->setCurrentIndex(0);
+    EXPECT_EQ(Text("lblResultType"), "*.* files (3)");
+    EXPECT_EQ(Rows("List1").size(), 3);
     window->CloseViews();
-    EXPECT_EQ(window->ViewCount(), 1);
-    EXPECT_EQ(Rows("List1").size(), 4);
-    EXPECT_EQ(window->Session().Store().UBound(), 3);
-}
-
-TEST_F(MainWindowTest, NewReturnsToTheStateBeforeAnySearch) {
-    tree.File("a.txt");
-    Search(tree.Root(), "*.*");
-    window->CreateTypeViews({{1, ".txt"}});
-    window->SelectAll();
+    EXPECT_EQ(tabs->count(), 1);
+    EXPECT_EQ(Rows("List1").size(), 3) << "the first view stays";
     window->NewResults();
-    EXPECT_EQ(window->ViewCount(), 1);
-    EXPECT_EQ(window->ViewCaption(0), "No results");
-    EXPECT_EQ(window->StatusText(0), " Ready!");
-    for (int part = 1; part < 5; ++part) {
-        EXPECT_EQ(window->StatusText(part), "");
-    }
-    EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
-    EXPECT_EQ(Text("lblResultType"), "");
-    EXPECT_EQ(window->Session().Store().UBound(), -1);
+    EXPECT_EQ(tabs->tabText(0), "No results");
     EXPECT_TRUE(Rows("List1").isEmpty());
+    EXPECT_EQ(Status(StatusPart::Objects), "");
+    EXPECT_EQ(window->Session().Store().UBound(), -1);
+    EXPECT_FALSE(Action("New")->isEnabled()) << "nothing left to clear";
 }
 
 TEST_F(MainWindowTest, SelectionCommandsAndTheSelectedCount) {
-    for (int i = 0; i < 5; ++i) {
-        tree.File("f" + std::to_string(i) + ".txt");
-    }
-    Search(tree.Root(), "*.txt");
-    EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
-    window->SelectAll();
-    EXPECT_EQ(Text("lblSelCount"), "Selected: 5");
-    window->InvertSelection();
-    EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
-    auto* list = Find<QListView>("List1");
-    list->selectionModel()->select(list->model()->index(1, 0), QItemSelectionModel::Select);
-    EXPECT_EQ(Text("lblSelCount"), "Selected: 1");
-    window->InvertSelection();
-    EXPECT_EQ(Text("lblSelCount"), "Selected: 4");
-    EXPECT_FALSE(list->selectionModel()->isSelected(list->model()->index(1, 0)));
-    window->SelectNone();
-    EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
-    window->SelectAll();
-    Search(tree.Root(), "*.txt");
-    EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
-}
-
-TEST_F(MainWindowTest, InvertSelectionKeepsTheTopRowWhenAskedTo) {
     for (int i = 0; i < 300; ++i) {
         tree.File("f" + std::to_string(i) + ".txt");
     }
     Search(tree.Root(), "*.txt");
+    window->SelectAll();
+    EXPECT_EQ(Text("lblSelCount"), "Selected: 300");
+    window->SelectNone();
     auto* list = Find<QListView>("List1");
     list->scrollTo(list->model()->index(150, 0), QAbstractItemView::PositionAtTop);
-    const QModelIndex top = list->indexAt(QPoint(1, 1));
-    ASSERT_GT(top.row(), 100);
-    list->selectionModel()->select(list->model()->index(299, 0), QItemSelectionModel::Select);
+    const int top = list->indexAt(QPoint(1, 1)).row();
+    SelectRows({299});
     profile->Settings().RetainTopIndex = true;
     window->InvertSelection();
-    EXPECT_EQ(list->indexAt(QPoint(1, 1)).row(), top.row());
     EXPECT_EQ(Text("lblSelCount"), "Selected: 299");
+    EXPECT_EQ(list->indexAt(QPoint(1, 1)).row(), top) << "the top row kept in view";
     profile->Settings().RetainTopIndex = false;
     window->InvertSelection();
-    EXPECT_GT(list->indexAt(QPoint(1, 1)).row(), top.row()) << "left at the last row";
     EXPECT_EQ(Text("lblSelCount"), "Selected: 1");
+    EXPECT_GT(list->indexAt(QPoint(1, 1)).row(), top) << "left at the last row";
+    Search(tree.Root(), "*.txt");
+    EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
 }
 
-TEST_F(MainWindowTest, RemovedItemsLeaveTheViewsAndTheirCounts) {
-    for (const char* f : {"a.txt", "b.txt", "c.log"}) {
-        tree.File(f);
-    }
-    Search(tree.Root(), "*.txt;*.log");
-    window->CreateTypeViews({{2, ".txt"}});
-    window->RemoveFromViews(tree.Path("a.txt"));
-    EXPECT_EQ(Rows("List1").size(), 2);
-    EXPECT_EQ(window->ViewCaption(0), "All Results (*.txt;*.log) (2)");
-    EXPECT_EQ(window->ViewTag(0), "*.txt *.log files (2)");
-    EXPECT_EQ(window->ViewCaption(1), "*.txt (1)");
-    EXPECT_EQ(Rows("List2"), QStringList{QString::fromStdString(tree.Path("b.txt"))});
-}
-
-TEST_F(MainWindowTest, MasksMenuOffersFavouritesAndStarDotStar) {
-    QMenu* masks = window->findChild<QMenu*>("zmnuMasks");
-    QStringList captions;
-    for (QAction* a : masks->actions()) {
-        captions << (a->isSeparator() ? QStringLiteral("-") : a->text());
-    }
-    EXPECT_EQ(captions, (QStringList{"Append Selection to Existing Mask", "-", "*.*", "*.doc;",
-                                     "*.mdb;", "*.ppt;", "*.txt;", "*.log;", "*.rtf;"}));
+TEST_F(MainWindowTest, MasksMenuFavouritesAndStarDotStar) {
     auto* mask = Find<QLineEdit>("txtObjMask");
     mask->setText("*.doc;");
     Action("Append Selection to Existing Mask")->trigger();
@@ -372,58 +281,117 @@ TEST_F(MainWindowTest, MasksMenuOffersFavouritesAndStarDotStar) {
     Action("Append Selection to Existing Mask")->trigger();
     window->findChild<QAction*>("mnuMaskFavs_1")->trigger();
     EXPECT_EQ(mask->text(), "*.mdb;");
-
     Find<QRadioButton>("optListTypes_1")->click();
     Find<QCheckBox>("chkOpts_1")->click();
     Action("*.*")->trigger();
     EXPECT_EQ(mask->text(), "*.*");
     EXPECT_TRUE(Find<QRadioButton>("optListTypes_0")->isChecked());
     EXPECT_FALSE(Find<QCheckBox>("chkOpts_1")->isChecked());
-    EXPECT_TRUE(mask->isEnabled());
-}
-
-TEST_F(MainWindowTest, ANewFavouriteAppearsAfterASearchAndIsSavedOnExit) {
     tree.File("a.md");
-    Search(tree.Root(), " *.TXT; ");
+    prompts.answers.push_back(MessageAnswer::Ok); // nothing found
+    Search(tree.Root(), " *.TXT; "); // a favourite already, once trimmed and lower-cased
     Search(tree.Root(), "*.md");
     EXPECT_EQ(window->findChild<QAction*>("mnuMaskFavs_6")->text(), "*.md");
     EXPECT_EQ(window->findChild<QAction*>("mnuMaskFavs_7"), nullptr);
     window->close();
-    EXPECT_EQ(profile->ProfileGetString("masks", "mask7", ""), "*.md");
-    EXPECT_EQ(profile->ProfileGetString("windows", "Winstate", ""), "0");
-    EXPECT_NE(profile->ProfileGetString("windows", "Width", ""), "");
-    EXPECT_EQ(window->StatusText(0), "") << "the status line is gone";
+    EXPECT_EQ(profile->ProfileGetString("masks", "mask7", ""), "*.md") << "saved on exit";
 }
 
-TEST_F(MainWindowTest, SelectMenuPutsThePickIntoTheRootField) {
+TEST_F(MainWindowTest, TheStartPathFromTheSelectMenuUpAndTheKeyboard) {
     tree.Folder("picked");
     profile->Settings().AutoSDSOnNewSelection = true;
-    prompts.folders.push_back(tree.Path("picked"));
+    prompts.folders = {tree.Path("picked"), ""};
     Action("Local Path")->trigger();
-    ASSERT_EQ(prompts.folderRequests.size(), 1u);
-    EXPECT_EQ(prompts.folderRequests[0].caption, "Select Local Folder");
-    EXPECT_EQ(Find<QLineEdit>("txtStartPath")->text(), QString::fromStdString(tree.Path("picked")));
-    EXPECT_EQ(Find<QLineEdit>("txtObjMask")->text(), "*.*");
-    EXPECT_EQ(profile->ProfileGetString("paths", "LastSourceFolder", ""), tree.Path("picked"));
-    EXPECT_EQ(profile->ProfileGetString("paths", "LastCfmBrowseID", ""), "6");
-    // a cancelled pick changes nothing
-    Action("Network Share")->trigger();
-    EXPECT_EQ(Find<QLineEdit>("txtStartPath")->text(), QString::fromStdString(tree.Path("picked")));
-    EXPECT_EQ(profile->ProfileGetString("paths", "LastCfmBrowseID", ""), "6");
-}
-
-TEST_F(MainWindowTest, PathBackGoesToTheParentFolder) {
+    EXPECT_EQ(prompts.folderRequests.at(0).caption, "Select Local Folder");
     auto* root = Find<QLineEdit>("txtStartPath");
-    const std::pair<QString, QString> cases[] = {{"/home/ann/docs/", "/home/ann/"},
-                                                 {"/home/ann/docs", "/home/ann/"},
-                                                 {"/home", "/"},
-                                                 {"/", "/"}};
-    for (const auto& [from, to] : cases) {
+    EXPECT_EQ(root->text(), QString::fromStdString(tree.Path("picked")));
+    EXPECT_EQ(Find<QLineEdit>("txtObjMask")->text(), "*.*");
+    EXPECT_EQ(profile->ProfileGetString("paths", "LastCfmBrowseID", ""), "6");
+    Action("Network Share")->trigger(); // cancelled: nothing changes
+    EXPECT_EQ(root->text(), QString::fromStdString(tree.Path("picked")));
+    for (const auto& [from, to] : {std::pair{"/home/ann/docs", "/home/ann/"}, {"/home", "/"},
+                                   {"/", "/"}}) {
         root->setText(from);
         Find<QToolButton>("cmdPathBack")->click();
-        EXPECT_EQ(root->text(), to) << from.toStdString();
+        EXPECT_EQ(root->text(), to) << from;
     }
     EXPECT_EQ(profile->Settings().LastSourceFolder, "/");
+    // Enter in either field searches.
+    tree.File("picked/x.txt");
+    root->setText(QString::fromStdString(tree.Path("picked")));
+    Find<QLineEdit>("txtObjMask")->setText("*.txt");
+    Key(root, Qt::Key_Return);
+    EXPECT_EQ(Rows("List1"), QStringList{QString::fromStdString(tree.Path("picked/x.txt"))});
+    window->NewResults();
+    Key(Find<QLineEdit>("txtObjMask"), Qt::Key_Enter);
+    EXPECT_EQ(Rows("List1").size(), 1);
+}
+
+// The menus take Alt+F, E, S, M and H; every field, option and button its own letter.
+TEST_F(MainWindowTest, AccessKeysAreUnique) {
+    std::multiset<QChar> keys;
+    const auto key = [&](const QString& text) {
+        const int at = text.indexOf(QLatin1Char('&'));
+        if (at >= 0 && at + 1 < text.size()) {
+            keys.insert(text[at + 1].toLower());
+        }
+    };
+    for (QAction* menu : window->menuBar()->actions()) {
+        key(menu->text());
+    }
+    EXPECT_EQ(keys, (std::multiset<QChar>{'f', 'e', 's', 'm', 'h'}));
+    for (const QLabel* label : window->findChildren<QLabel*>()) {
+        key(label->text());
+    }
+    for (const QAbstractButton* button : window->findChildren<QAbstractButton*>()) {
+        key(button->text());
+    }
+    for (const QChar letter : keys) {
+        EXPECT_EQ(keys.count(letter), 1u) << "Alt+" << QString(letter).toStdString();
+    }
+    EXPECT_GE(keys.size(), 14u);
+}
+
+// The Menu key and Shift+F10 open the list's popup at its current row.
+TEST_F(MainWindowTest, TheKeyboardOpensThePopupAtTheCurrentRow) {
+    for (int i = 0; i < 20; ++i) {
+        tree.File("f" + std::to_string(i) + ".txt");
+    }
+    Search(tree.Root(), "*.txt");
+    auto* list = Find<QListView>("List1");
+    list->setCurrentIndex(list->model()->index(7, 0));
+    const QPoint row = list->viewport()->mapToGlobal(list->visualRect(list->currentIndex()).bottomLeft());
+    for (const auto& [key, modifiers] : {std::pair{Qt::Key_Menu, Qt::KeyboardModifiers()},
+                                         std::pair{Qt::Key_F10, Qt::KeyboardModifiers(Qt::ShiftModifier)}}) {
+        Key(list, key, modifiers);
+        QMenu* popup = window->ListPopup();
+        EXPECT_TRUE(popup->isVisible());
+        EXPECT_LT((popup->pos() - row).manhattanLength(), 4);
+        popup->close();
+    }
+}
+
+// Counts do not push the parts around; a text too long for its part ends in "…".
+TEST_F(MainWindowTest, StatusPartsKeepTheirWidths) {
+    tree.File("a.txt");
+    Search(tree.Root(), "*.txt");
+    std::vector<int> widths;
+    for (int part = 1; part < StatusLine::kParts; ++part) {
+        widths.push_back(Find<QLabel>(QStringLiteral("StatusPart%1").arg(part))->width());
+    }
+    window->SetStatus(StatusPart::Objects, "Objects: 123,456,789");
+    window->SetStatus(StatusPart::Matched, "Matched: 123,456,789");
+    window->SetStatus(StatusPart::Elapsed, "Elapsed: 1,234.56");
+    QCoreApplication::processEvents();
+    for (int part = 1; part < StatusLine::kParts; ++part) {
+        EXPECT_EQ(Find<QLabel>(QStringLiteral("StatusPart%1").arg(part))->width(),
+                  widths[static_cast<size_t>(part - 1)]);
+    }
+    auto* message = Find<QLabel>("StatusPart0");
+    const QString longText = "Searching " + QString(300, 'x');
+    window->SetStatus(StatusPart::Message, longText);
+    message->grab(); // paints it
+    EXPECT_EQ(message->toolTip(), " " + longText) << "shortened on the line, whole as a tip";
 }
 
 // A settings file that cannot be used is told once, and the window works on.

@@ -32,52 +32,53 @@ void Fill(FileDataArray& store, const std::vector<std::string>& names) {
     }
 }
 
-TEST(ListSaving, SaveAllLeavesOutTheLastSlot) {
-    TestTree t;
-    FileDataArray store;
-    Fill(store, {"a", "b", "c", "d", "e", "f"});
-    Recorded progress;
-    EXPECT_EQ(WriteResultsUnsorted(store, t.Path("all.txt"), progress.Hooks()), "");
-    EXPECT_EQ(ReadBytes(t.Path("all.txt")), "/r/a\r\n/r/b\r\n/r/c\r\n/r/d\r\n/r/e\r\n");
-    EXPECT_EQ(progress.messages, std::vector<QString>{"Writing 5 files..."});
-    EXPECT_EQ(progress.maximum, 5);
-    EXPECT_EQ(progress.steps, 1) << "after the line of index 1";
-    EXPECT_TRUE(progress.finished);
-
-    Fill(store, {"only"});
-    EXPECT_EQ(WriteResultsUnsorted(store, t.Path("one.txt"), progress.Hooks()), "");
-    EXPECT_EQ(ReaddirOrder(t.Root()).size(), 1u) << "a single slot writes no file";
-}
-
-TEST(ListSaving, AnEmptySearchWrites500EmptyLines) {
-    TestTree t;
-    FileDataArray store;
-    store.Prepare();
-    Recorded progress;
-    WriteResultsUnsorted(store, t.Path("empty.txt"), progress.Hooks());
-    std::string expected;
+const std::string kFiveHundredEmptyLines = [] {
+    std::string lines;
     for (int i = 0; i < 500; ++i) {
-        expected += "\r\n";
+        lines += "\r\n";
     }
-    EXPECT_EQ(ReadBytes(t.Path("empty.txt")), expected);
-    EXPECT_EQ(progress.messages, std::vector<QString>{"Writing 500 files..."});
-}
+    return lines;
+}();
 
-TEST(ListSaving, SortedWritesByBytes) {
-    TestTree t;
-    FileDataArray store;
-    store.Prepare();
-    store.Redim(2);
-    store.Store(0, "", "a.txt", "", 0);
-    store.Store(1, "", "B.TXT", "", 0);
-    store.Store(2, "", "left-out", "", 0);
-    Recorded progress;
-    WriteResultsSorted(store, t.Path("s.txt"), progress.Hooks());
-    EXPECT_EQ(ReadBytes(t.Path("s.txt")), "B.TXT\r\na.txt\r\n");
-    EXPECT_EQ(progress.messages,
-              (std::vector<QString>{"Sorting 2 files...", "Writing 2 files..."}));
+// Save All writes every slot but the last (kept so: a single match writes no file), after
+// sorting them by their bytes when asked.
+TEST(ListSaving, SaveAllWritesEverySlotButTheLast) {
+    struct Case {
+        std::vector<std::string> names; // empty: an empty search's 501 empty slots
+        bool sorted;
+        std::string file; // "-": no file at all
+        std::vector<QString> messages;
+    };
+    const Case cases[] = {
+        {{"a", "b", "c", "d", "e", "f"}, false, "/r/a\r\n/r/b\r\n/r/c\r\n/r/d\r\n/r/e\r\n",
+         {"Writing 5 files..."}},
+        {{"only"}, false, "-", {}},
+        {{}, false, kFiveHundredEmptyLines, {"Writing 500 files..."}},
+        {{"a.txt", "B.TXT", "left-out"}, true, "/r/B.TXT\r\n/r/a.txt\r\n",
+         {"Sorting 2 files...", "Writing 2 files..."}},
+    };
+    for (const Case& c : cases) {
+        TestTree t;
+        FileDataArray store;
+        store.Prepare();
+        if (!c.names.empty()) {
+            Fill(store, c.names);
+        }
+        Recorded progress;
+        const WriteProgress hooks = progress.Hooks();
+        EXPECT_EQ(c.sorted ? WriteResultsSorted(store, t.Path("out.txt"), hooks)
+                           : WriteResultsUnsorted(store, t.Path("out.txt"), hooks),
+                  "");
+        if (c.file == "-") {
+            EXPECT_TRUE(ReaddirOrder(t.Root()).empty());
+        } else {
+            EXPECT_EQ(ReadBytes(t.Path("out.txt")), c.file);
+        }
+        EXPECT_EQ(progress.messages, c.messages);
+        EXPECT_EQ(progress.finished, c.file != "-");
+    }
     EXPECT_EQ(WritingMessage(1234567), "Writing 1,234,567 files...");
-
+    TestTree t;
     EXPECT_EQ(WriteLines(t.Path("l.txt"), {"b", "\xff", "A"}, true), "");
     EXPECT_EQ(ReadBytes(t.Path("l.txt")), "A\r\nb\r\n\xff\r\n");
     EXPECT_EQ(WriteLines(t.Path("l.txt"), {"b", "A"}, false), "");
@@ -105,8 +106,6 @@ TEST(ClipboardExport, TextAndTheDotsOnTheStatusLine) {
     EXPECT_EQ(statuses[20], "Creating clipboard image.") << "after twenty dots, one again";
     EXPECT_EQ(ClipboardText({"one"}, [](const QString&) {}), "one\r\n");
 }
-
-} // namespace
 
 // Every way a written file can fail, or could destroy what is not its own.
 struct TextFileCase {
@@ -215,3 +214,4 @@ TEST(TextFile, WritesOnlyWhatItMayAndLeavesNothingHalfWritten) {
     EXPECT_EQ(stat("/dev/null", &null), 0);
     EXPECT_TRUE(S_ISCHR(null.st_mode));
 }
+} // namespace

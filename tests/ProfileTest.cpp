@@ -5,159 +5,48 @@
 #include "settings/modPProfile.h"
 
 #include <climits>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
 
 namespace {
 
 constexpr const char* kHome = "/home/ann";
 
-// The new file, line by line, as the first start writes it.
-std::string ExpectedNewFile() {
-    const char* lines[] = {
-        "; --------------------------------------------------------------",
-        "; ----                                                      ----",
-        "; ----  This file contains user, session and                ----",
-        "; ----  application settings for the Tallymoor.             ----",
-        "; ----                                                      ----",
-        "; ----  Although this file is modifiable, it is strongly    ----",
-        "; ----  recommended that you allow the application to make  ----",
-        "; ----  make any needed changes.                            ----",
-        "; ----                                                      ----",
-        "; --------------------------------------------------------------",
-        "",
-        "[windows]",
-        "Winstate=",
-        "Left=",
-        "Top=",
-        "Width=",
-        "Height=",
-        "",
-        "[paths]",
-        "LastSourceFolder=/home/ann/",
-        "LastCopyFileTarget=/home/ann/",
-        "LastCopyFolderTarget=/home/ann/",
-        "LastMoveFileTarget=/home/ann/",
-        "LastMoveFolderTarget=/home/ann/",
-        "LastSourceNetFolder=/home/ann/",
-        "LastSourceNetAdminFolder=/home/ann/",
-        "LastOutputSaveDirectory=/home/ann/",
-        "LastCfmBrowseID=0",
-        "",
-        "[options]",
-        "AskToOpenWith=1",
-        "AutoRescanAfterAction=0",
-        "AutoRescanUseMaximum=0",
-        "AutoRescanMaximum=300",
-        "AutoSDSOnNewSelection=0",
-        "AlwaysShowCountWhenSDS=0",
-        "ConfirmOnOpen=1",
-        "ConfirmOnCopy=1",
-        "ConfirmOnMove=1",
-        "ConfirmOnFolderDelete=1",
-        "ConfirmOnFileDelete=1",
-        "ConfirmOnEachFileDelete=1",
-        "LVDefaultView=1",
-        "LVCustomSortColor=15987699",
-        "LVUseCustomSortColor=1",
-        "LVUseGridLines=1",
-        "RetainTopIndex=0",
-        "DblClickAction=0",
-        "DblClickShiftAction=1",
-        "LastFileMask=*.txt",
-        "OpenFoldersWithExplore=0",
-        "PBScrollStyle=0",
-        "QSSortResultsOnSave=0",
-        "QSResultsWhenFolders=0",
-        "",
-        "[masks]",
-        "mask1=*.doc;",
-        "mask2=*.mdb;",
-        "mask3=*.ppt;",
-        "mask4=*.txt;",
-        "mask5=*.log;",
-        "mask6=*.rtf;",
-        "",
-        "[custom]",
-        "color1=16383743",
-        "color2=14809855",
-        "color3=15987699",
-        "color4=16250871",
-        "color5=0",
-        "color6=0",
-        "color7=0",
-        "color8=0",
-        "color9=13696972",
-        "color10=14803455",
-        "color11=14283511",
-        "color12=-2147483643",
-        "color13=0",
-        "color14=0",
-        "color15=0",
-        "color16=0",
-    };
-    std::string text;
-    for (const char* line : lines) {
-        text += std::string(line) + "\r\n";
-    }
-    return text;
-}
-
-TEST(Profile, FirstStartWritesTheNewFileByteForByte) {
+TEST(Profile, FirstStartWritesTheNewFileAndAnExistingOneIsLeftAsItIs) {
     TestTree t;
     modPProfile profile(t.Path("tallymoor.ini"), kHome);
     profile.Start();
-    EXPECT_EQ(ReadBytes(t.Path("tallymoor.ini")), ExpectedNewFile());
-    for (const char* line : modPProfile::kHeader) {
-        EXPECT_EQ(std::string(line).size(), 64u) << line;
-    }
+    EXPECT_EQ(ReadBytes(t.Path("tallymoor.ini")),
+              ReadBytes(TALLYMOOR_TEST_DATA "/new-settings.ini"));
     const AppSettings& s = profile.Settings();
-    EXPECT_EQ(s.AutoRescanMaximum, 300);
-    EXPECT_EQ(s.LVDefaultView, 1);
-    EXPECT_TRUE(s.LVUseGridLines);
-    EXPECT_TRUE(s.LVUseCustomSortColor);
-    EXPECT_EQ(s.LastFileMask, "*.txt");
-    EXPECT_EQ(s.LastSourceFolder, "/home/ann/");
-    EXPECT_EQ(s.DblClickShiftAction, 1);
+    EXPECT_EQ(std::tie(s.AutoRescanMaximum, s.LVDefaultView, s.LastFileMask, s.LastSourceFolder),
+              std::make_tuple(300, 1, std::string("*.txt"), std::string("/home/ann/")));
+    EXPECT_TRUE(s.LVUseGridLines && s.LVUseCustomSortColor);
+
+    WriteBytes(t.Path("old.ini"), "[options]\r\nConfirmOnOpen=0\r\n");
+    modPProfile old(t.Path("old.ini"), kHome);
+    old.Start();
+    EXPECT_EQ(ReadBytes(t.Path("old.ini")), "[options]\r\nConfirmOnOpen=0\r\n");
+    EXPECT_FALSE(old.Settings().ConfirmOnOpen);
 }
 
-TEST(Profile, AnExistingFileIsNeitherRewrittenNorReplaced) {
-    TestTree t;
-    WriteBytes(t.Path("tallymoor.ini"), "[options]\r\nConfirmOnOpen=0\r\n");
-    modPProfile profile(t.Path("tallymoor.ini"), kHome);
-    profile.Start();
-    EXPECT_EQ(ReadBytes(t.Path("tallymoor.ini")), "[options]\r\nConfirmOnOpen=0\r\n");
-    EXPECT_FALSE(profile.Settings().ConfirmOnOpen);
-}
-
-TEST(Profile, MissingKeysTakeTheirMissingKeyValues) {
-    const std::string files[] = {"", "; only a comment\r\n", "[paths]\r\n[windows]\r\nLeft=5\r\n",
-                                 std::string("\xff\xfe\0garbage", 10)};
-    for (const auto& file : files) {
+// Whatever a file lacks reads as the missing-key values, which differ from a new file's.
+TEST(Profile, MissingKeysAndStoredValuesAreReadByTheirRules) {
+    for (const std::string& file : {std::string(), std::string("; only a comment\r\n"),
+                                   std::string("[paths]\r\n[windows]\r\nLeft=5\r\n"),
+                                   std::string("\xff\xfe\0garbage", 10)}) {
         TestTree t;
         WriteBytes(t.Path("tallymoor.ini"), file);
         modPProfile profile(t.Path("tallymoor.ini"), kHome);
         profile.Start();
         const AppSettings& s = profile.Settings();
-        EXPECT_EQ(s.AutoRescanMaximum, 0);
-        EXPECT_EQ(s.LVDefaultView, 0);
-        EXPECT_FALSE(s.LVUseGridLines);
-        EXPECT_FALSE(s.LVUseCustomSortColor);
-        EXPECT_EQ(s.LVCustomSortColor, 15987699);
+        EXPECT_EQ(std::tie(s.AutoRescanMaximum, s.LVDefaultView, s.LVCustomSortColor,
+                           s.DblClickAction, s.DblClickShiftAction, s.LastCfmBrowseID),
+                  std::make_tuple(0, 0, 15987699, 0, 1, 0));
         EXPECT_EQ(s.LastFileMask, "*.*");
-        EXPECT_EQ(s.LastSourceFolder, "/home/ann/");
         EXPECT_EQ(s.LastOutputSaveDirectory, "/home/ann/");
-        EXPECT_TRUE(s.ConfirmOnOpen);
-        EXPECT_TRUE(s.AskToOpenWith);
-        EXPECT_FALSE(s.AutoSDSOnNewSelection);
-        EXPECT_EQ(s.DblClickAction, 0);
-        EXPECT_EQ(s.DblClickShiftAction, 1);
-        EXPECT_EQ(s.LastCfmBrowseID, 0);
+        EXPECT_FALSE(s.LVUseGridLines || s.LVUseCustomSortColor || s.AutoSDSOnNewSelection);
+        EXPECT_TRUE(s.ConfirmOnOpen && s.AskToOpenWith);
     }
-}
-
-TEST(Profile, StoredValuesAreReadByTheirRules) {
     TestTree t;
     WriteBytes(t.Path("tallymoor.ini"),
                "[options]\r\nLVCustomSortColor=0\r\nAutoRescanMaximum=-1\r\nConfirmOnCopy=False\r\n"
@@ -166,15 +55,13 @@ TEST(Profile, StoredValuesAreReadByTheirRules) {
     modPProfile profile(t.Path("tallymoor.ini"), kHome);
     profile.Start();
     const AppSettings& s = profile.Settings();
-    EXPECT_EQ(s.LVCustomSortColor, 15987699);
-    EXPECT_EQ(s.AutoRescanMaximum, -1);
-    EXPECT_FALSE(s.ConfirmOnCopy);
-    EXPECT_FALSE(s.ConfirmOnMove);
+    EXPECT_EQ(std::tie(s.LVCustomSortColor, s.AutoRescanMaximum, s.DblClickAction, s.LastCfmBrowseID),
+              std::make_tuple(15987699, -1, 2, 7))
+        << "a colour of 0 reads as the built-in one";
+    EXPECT_FALSE(s.ConfirmOnCopy || s.ConfirmOnMove);
     EXPECT_TRUE(s.LVUseGridLines);
-    EXPECT_EQ(s.DblClickAction, 2);
     EXPECT_EQ(s.LastFileMask, "");
     EXPECT_EQ(s.LastSourceFolder, "/srv/data/");
-    EXPECT_EQ(s.LastCfmBrowseID, 7);
 }
 
 TEST(Profile, NumberReadingRule) {
@@ -211,31 +98,24 @@ TEST(Profile, BooleanReadingRule) {
     }
 }
 
-TEST(Profile, CustomColoursRoundTripWithSystemColours) {
-    TestTree t;
-    modPProfile profile(t.Path("tallymoor.ini"), kHome);
-    profile.Start();
-    std::array<int32_t, 16> colors{};
-    profile.ProfileLoadCustomColors(colors);
-    EXPECT_EQ(colors[11], -2147483643);
-    EXPECT_EQ(colors[0], 16383743);
-    colors[4] = 0x00FF8000;
-    profile.ProfileSaveCustomColors(colors);
-    std::array<int32_t, 16> again{};
-    modPProfile(t.Path("tallymoor.ini"), kHome).ProfileLoadCustomColors(again);
-    EXPECT_EQ(again, colors);
-}
-
-TEST(Profile, SectionWritersWriteThroughAtOnce) {
+TEST(Profile, WritersWriteThroughAndColoursRoundTrip) {
     TestTree t;
     modPProfile profile(t.Path("tallymoor.ini"), kHome);
     profile.Start();
     profile.ProfileSetOptionsKey("ConfirmOnOpen", BoolText(false));
     profile.ProfileSetPathsKey("LastSourceFolder", "/data/");
+    std::array<int32_t, 16> colors{};
+    profile.ProfileLoadCustomColors(colors);
+    EXPECT_EQ(colors[11], -2147483643) << "a system colour";
+    colors[4] = 0x00FF8000;
+    profile.ProfileSaveCustomColors(colors);
     modPProfile other(t.Path("tallymoor.ini"), kHome);
     other.ProfileLoadSettings();
     EXPECT_FALSE(other.Settings().ConfirmOnOpen);
     EXPECT_EQ(other.Settings().LastSourceFolder, "/data/");
+    std::array<int32_t, 16> again{};
+    other.ProfileLoadCustomColors(again);
+    EXPECT_EQ(again, colors);
 }
 
 // ---- window placement ----

@@ -2,64 +2,83 @@
 
 #include <gtest/gtest.h>
 
+namespace {
+
+bool IsButtonOf(MessageAnswer answer, MessageButtons buttons) {
+    switch (buttons) {
+    case MessageButtons::Ok:
+        return answer == MessageAnswer::Ok;
+    case MessageButtons::OkCancel:
+        return answer == MessageAnswer::Ok || answer == MessageAnswer::Cancel;
+    case MessageButtons::YesNo:
+        return answer == MessageAnswer::Yes || answer == MessageAnswer::No;
+    case MessageButtons::YesNoCancel:
+        return answer != MessageAnswer::Ok;
+    }
+    return false;
+}
+
+// Takes the next scripted answer; a dialog nobody scripted fails and gets `fallback`.
+template <class T> T Next(std::deque<T>& queue, const std::string& what, T fallback = {}) {
+    if (queue.empty()) {
+        ADD_FAILURE() << "unscripted " << what;
+        return fallback;
+    }
+    T answer = std::move(queue.front());
+    queue.pop_front();
+    return answer;
+}
+
+} // namespace
+
+ScriptedPrompts::~ScriptedPrompts() {
+    EXPECT_TRUE(answers.empty()) << answers.size() << " message answers left over";
+    EXPECT_TRUE(folders.empty()) << folders.size() << " folder picks left over";
+    EXPECT_TRUE(saves.empty()) << saves.size() << " save answers left over";
+    EXPECT_TRUE(applications.empty()) << applications.size() << " Open With answers left over";
+    EXPECT_TRUE(modals.empty()) << modals.size() << " dialogs never shown";
+    EXPECT_EQ(propertiesToShow, 0) << "properties never shown";
+}
+
 MessageAnswer ScriptedPrompts::Message(const QString& text, MessageIcon icon,
                                        MessageButtons buttons, const QString& title) {
     asked.push_back({text, icon, buttons, title});
     if (answers.empty()) {
-        if (buttons == MessageButtons::Ok) {
-            return MessageAnswer::Ok;
-        }
-        ADD_FAILURE() << "unscripted question: " << text.toStdString();
+        ADD_FAILURE() << "unscripted message box: " << text.toStdString();
         return MessageAnswer::Cancel;
     }
-    const MessageAnswer answer = answers.front();
-    answers.pop_front();
+    const MessageAnswer answer = Next(answers, "");
+    EXPECT_TRUE(IsButtonOf(answer, buttons))
+        << "the scripted answer is not a button of: " << text.toStdString();
     return answer;
 }
 
 std::string ScriptedPrompts::PickFolder(const FolderRequest& request) {
     folderRequests.push_back(request);
-    if (folders.empty()) {
-        return {};
-    }
-    std::string folder = folders.front();
-    folders.pop_front();
-    return folder;
+    return Next(folders, "folder picker: " + request.caption.toStdString());
 }
 
 SaveAnswer ScriptedPrompts::SaveFile(const SaveRequest& request) {
     saveRequests.push_back(request);
-    if (saves.empty()) {
-        return {};
-    }
-    SaveAnswer answer = saves.front();
-    saves.pop_front();
-    return answer;
+    return Next(saves, "save dialog");
 }
 
 OpenWithAnswer ScriptedPrompts::ChooseApplication(const OpenWithRequest& request) {
     openWithRequests.push_back(request);
-    if (applications.empty()) {
-        ADD_FAILURE() << "unscripted Open With dialog";
-        return {};
-    }
-    OpenWithAnswer answer = applications.front();
-    applications.pop_front();
-    return answer;
+    return Next(applications, "Open With dialog");
 }
 
 void ScriptedPrompts::ShowFileProperties(const std::string& path) {
     propertiesShown.push_back(path);
+    if (propertiesToShow-- <= 0) {
+        ADD_FAILURE() << "unscripted properties of " << path;
+        propertiesToShow = 0;
+    }
 }
 
 int ScriptedPrompts::ShowModal(QDialog* dialog) {
-    ++modalsShown;
-    if (modals.empty()) {
-        return 0;
-    }
-    auto handler = std::move(modals.front());
-    modals.pop_front();
-    return handler(dialog);
+    const auto answer = Next(modals, "dialog", std::function<int(QDialog*)>([](QDialog*) { return 0; }));
+    return answer(dialog);
 }
 
 QStringList ScriptedPrompts::Texts() const {

@@ -9,8 +9,9 @@
 #include <functional>
 #include <vector>
 
-// Records every question with its exact text, icon and buttons, and answers from queues. A
-// question nobody scripted an answer for fails the test (a box with only OK just gets OK).
+// Answers every modal interaction from scripted queues and records what was asked, with the
+// exact text, icon and buttons. Strict: a dialog nobody scripted, an answer that is not one of
+// the box's buttons, or answers left over when it goes, fail the test.
 class ScriptedPrompts : public Prompts {
 public:
     struct Asked {
@@ -20,6 +21,8 @@ public:
         QString title;
     };
 
+    ~ScriptedPrompts() override;
+
     MessageAnswer Message(const QString& text, MessageIcon icon, MessageButtons buttons,
                           const QString& title = {}) override;
     std::string PickFolder(const FolderRequest& request) override;
@@ -28,18 +31,20 @@ public:
     void ShowFileProperties(const std::string& path) override;
     int ShowModal(QDialog* dialog) override;
 
+    // The texts asked, in order.
     QStringList Texts() const;
+
+    std::deque<MessageAnswer> answers;
+    std::deque<std::string> folders;  // "" cancels
+    std::deque<SaveAnswer> saves;     // an empty path cancels
+    std::deque<OpenWithAnswer> applications; // an empty answer cancels
+    std::deque<std::function<int(QDialog*)>> modals;
+    int propertiesToShow = 0;
 
     std::vector<Asked> asked;
     std::vector<FolderRequest> folderRequests;
-    std::deque<MessageAnswer> answers;
-    std::deque<std::string> folders; // "" cancels
     std::vector<SaveRequest> saveRequests;
-    std::deque<SaveAnswer> saves; // an empty path cancels
-    std::deque<std::function<int(QDialog*)>> modals;
-    int modalsShown = 0;
     std::vector<OpenWithRequest> openWithRequests;
-    std::deque<OpenWithAnswer> applications; // an empty answer cancels
     std::vector<std::string> propertiesShown;
 };
 

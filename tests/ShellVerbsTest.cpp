@@ -1,132 +1,144 @@
 #include "ScriptedPrompts.h"
-#include "TestTree.h"
 #include "fileops/modShell.h"
 #include "settings/AppSettings.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace {
 
-using modShell::ShellOpenDocument;
-using modShell::ShellOpenSelected;
-using modShell::ShellOpenWithDialog;
-using modShell::ShellOpenWithNotepad;
-using modShell::ShellShowProperties;
-
-class ShellVerbsTest : public testing::Test {
-protected:
-    QStringList Questions() const { return prompts.Texts(); }
-    AppSettings settings;
-    ScriptedPrompts prompts;
-    RecordingDesktop desktop;
-};
+using namespace modShell;
 
 const std::vector<std::string> kNone;
 const std::vector<std::string> kOne = {"/home/ann/my file.txt"};
-const std::vector<std::string> kThree = {"/a/-one", "/a/two \"2\"",
-                                         "/a/thr\xff"
-                                         "ee"};
+const std::vector<std::string> kThree = {"/a/-one", "/a/two \"2\"", "/a/thr\xff" "ee"};
 
-TEST_F(ShellVerbsTest, NothingSelectedDoesNothingSilently) {
-    ShellOpenSelected(kNone, false, settings, prompts, desktop);
-    ShellOpenWithNotepad(kNone, settings, prompts, desktop);
-    ShellShowProperties(kNone, prompts, desktop);
-    EXPECT_TRUE(prompts.asked.empty());
-    EXPECT_TRUE(desktop.calls.empty());
-    ShellOpenWithDialog(kNone, settings, prompts, desktop);
-    ASSERT_EQ(prompts.asked.size(), 1u);
-    EXPECT_EQ(prompts.asked[0].text,
-              "Sorry. The 'Open With' dialog may only be invoked when one file is selected.");
-    EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Information);
+const QString kOpenMany = "More than one file is selected. Are you sure you want to open all "
+                          "selected files in the current window?";
+const QString kOpenOne = "Confirm opening of /home/ann/my file.txt";
+const QString kOpenWithOne = "Show the 'Open With...' dialog for file: \r\n/home/ann/my file.txt";
+
+struct Question {
+    QString text;
+    MessageIcon icon;
+    MessageButtons buttons;
+    bool operator==(const Question&) const = default;
+};
+void PrintTo(const Question& q, std::ostream* os) {
+    *os << q.text.toStdString();
 }
 
-TEST_F(ShellVerbsTest, OneItemIsConfirmedByItselfOnly) {
-    prompts.answers = {MessageAnswer::Yes, MessageAnswer::No};
-    ShellOpenSelected(kOne, false, settings, prompts, desktop);
-    ShellOpenSelected(kOne, false, settings, prompts, desktop);
-    EXPECT_EQ(Questions(), (QStringList{"Confirm opening of /home/ann/my file.txt",
-                                        "Confirm opening of /home/ann/my file.txt"}));
-    EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Question);
-    EXPECT_EQ(prompts.asked[0].buttons, MessageButtons::YesNo);
-    EXPECT_EQ(desktop.calls, std::vector<std::string>{"open /home/ann/my file.txt"});
+struct VerbCase {
+    const char* what;
+    std::function<void(AppSettings&, Prompts&, Desktop&)> run;
+    std::vector<MessageAnswer> answers;
+    std::vector<Question> questions;
+    std::vector<std::string> launched;
+};
 
-    settings.ConfirmOnOpen = false;
-    ShellOpenSelected(kOne, false, settings, prompts, desktop);
-    ShellOpenWithNotepad(kOne, settings, prompts, desktop);
-    EXPECT_EQ(prompts.asked.size(), 2u) << "nothing asked with ConfirmOnOpen off";
-    EXPECT_EQ(desktop.calls.back(), "editor /home/ann/my file.txt");
-}
-
-TEST_F(ShellVerbsTest, ManyItemsAskOnceThenEachAndARefusalSkipsOne) {
-    prompts.answers = {MessageAnswer::Yes, MessageAnswer::Yes, MessageAnswer::No,
-                       MessageAnswer::Yes};
-    ShellOpenWithNotepad(kThree, settings, prompts, desktop);
-    EXPECT_EQ(Questions(),
-              (QStringList{"More than one file is selected. Are you sure you want to open all "
-                           "selected files in the current window?",
-                           "Confirm using Notepad to open: \r\n/a/-one",
-                           "Confirm using Notepad to open: \r\n/a/two \"2\"",
-                           "Confirm using Notepad to open: \r\n/a/thr\xef\xbf\xbd"
-                           "ee"}));
-    EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Warning);
-    EXPECT_EQ(prompts.asked[0].buttons, MessageButtons::YesNo);
-    EXPECT_EQ(desktop.calls, (std::vector<std::string>{"editor /a/-one", "editor /a/thr\xff"
-                                                                         "ee"}))
-        << "the paths keep their bytes";
-
-    prompts.asked.clear();
-    desktop.calls.clear();
-    prompts.answers = {MessageAnswer::No};
-    ShellOpenSelected(kThree, false, settings, prompts, desktop);
-    EXPECT_EQ(prompts.asked.size(), 1u);
-    EXPECT_TRUE(desktop.calls.empty()) << "No to the first question ends the command";
-}
-
-TEST_F(ShellVerbsTest, PropertiesAskOnlyForManyItems) {
-    ShellShowProperties(kOne, prompts, desktop);
-    prompts.answers = {MessageAnswer::Yes};
-    ShellShowProperties(kThree, prompts, desktop);
-    EXPECT_EQ(Questions(), QStringList{"More than one file is selected. Are you sure you want to "
-                                       "open property pages for all selected files?"});
-    EXPECT_EQ(desktop.calls.size(), 4u);
-    EXPECT_EQ(desktop.calls[0], "properties /home/ann/my file.txt");
-}
-
-TEST_F(ShellVerbsTest, FoldersAreExploredOnlyWhenAskedTo) {
-    settings.ConfirmOnOpen = false;
-    ShellOpenSelected({"/srv/data"}, true, settings, prompts, desktop);
-    settings.OpenFoldersWithExplore = true;
-    ShellOpenSelected({"/srv/data"}, true, settings, prompts, desktop);
-    ShellOpenSelected({"/srv/file"}, false, settings, prompts, desktop);
-    EXPECT_EQ(desktop.calls,
-              (std::vector<std::string>{"open /srv/data", "explore /srv/data", "open /srv/file"}));
-}
-
-TEST_F(ShellVerbsTest, OpenWithIsForOneFile) {
-    ShellOpenWithDialog(kThree, settings, prompts, desktop);
-    EXPECT_TRUE(prompts.asked.empty());
-    EXPECT_TRUE(desktop.calls.empty());
-    prompts.answers = {MessageAnswer::No, MessageAnswer::Yes};
-    ShellOpenWithDialog(kOne, settings, prompts, desktop);
-    ShellOpenWithDialog(kOne, settings, prompts, desktop);
-    EXPECT_EQ(Questions(),
-              (QStringList{"Show the 'Open With...' dialog for file: \r\n/home/ann/my file.txt",
-                           "Show the 'Open With...' dialog for file: \r\n/home/ann/my file.txt"}));
-    EXPECT_EQ(desktop.calls, std::vector<std::string>{"openwith /home/ann/my file.txt"});
-    settings.AskToOpenWith = false;
-    ShellOpenWithDialog(kOne, settings, prompts, desktop);
-    EXPECT_EQ(prompts.asked.size(), 2u);
-    EXPECT_EQ(desktop.calls.size(), 2u);
-}
-
-TEST_F(ShellVerbsTest, DocumentsAndLinks) {
-    ShellOpenDocument("https://tallymoor.example/", desktop);
-    ShellOpenDocument("mailto:support@tallymoor.example", desktop);
-    ShellOpenDocument("/usr/share/doc/README", desktop);
-    EXPECT_EQ(desktop.calls, (std::vector<std::string>{"url https://tallymoor.example/",
-                                                       "url mailto:support@tallymoor.example",
-                                                       "open /usr/share/doc/README"}));
+// Every verb asks once for several items, then each item (when ConfirmOnOpen), and a refused
+// question skips that item alone; paths reach the desktop as their bytes.
+TEST(ShellVerbs, QuestionsAndLaunches) {
+    using A = MessageAnswer;
+    const auto noConfirm = [](AppSettings& s) { s.ConfirmOnOpen = false; };
+    const VerbCase cases[] = {
+        {"nothing selected: silence",
+         [](AppSettings& s, Prompts& p, Desktop& d) {
+             ShellOpenSelected(kNone, false, s, p, d);
+             ShellOpenWithNotepad(kNone, s, p, d);
+             ShellShowProperties(kNone, p, d);
+         },
+         {}, {}, {}},
+        {"nothing selected: Open With says so",
+         [](AppSettings& s, Prompts& p, Desktop& d) { ShellOpenWithDialog(kNone, s, p, d); },
+         {A::Ok},
+         {{"Sorry. The 'Open With' dialog may only be invoked when one file is selected.",
+           MessageIcon::Information, MessageButtons::Ok}},
+         {}},
+        {"one item: its own question only",
+         [](AppSettings& s, Prompts& p, Desktop& d) {
+             ShellOpenSelected(kOne, false, s, p, d);
+             ShellOpenSelected(kOne, false, s, p, d);
+         },
+         {A::Yes, A::No},
+         {{kOpenOne, MessageIcon::Question, MessageButtons::YesNo},
+          {kOpenOne, MessageIcon::Question, MessageButtons::YesNo}},
+         {"open /home/ann/my file.txt"}},
+        {"ConfirmOnOpen off: nothing asked",
+         [&](AppSettings& s, Prompts& p, Desktop& d) {
+             noConfirm(s);
+             ShellOpenSelected(kOne, false, s, p, d);
+             ShellOpenWithNotepad(kOne, s, p, d);
+         },
+         {}, {}, {"open /home/ann/my file.txt", "editor /home/ann/my file.txt"}},
+        {"many: once, then each; No skips one",
+         [](AppSettings& s, Prompts& p, Desktop& d) { ShellOpenWithNotepad(kThree, s, p, d); },
+         {A::Yes, A::Yes, A::No, A::Yes},
+         {{kOpenMany, MessageIcon::Warning, MessageButtons::YesNo},
+          {"Confirm using Notepad to open: \r\n/a/-one", MessageIcon::Question, MessageButtons::YesNo},
+          {"Confirm using Notepad to open: \r\n/a/two \"2\"", MessageIcon::Question,
+           MessageButtons::YesNo},
+          {QString::fromUtf8("Confirm using Notepad to open: \r\n/a/thr\xef\xbf\xbd" "ee"),
+           MessageIcon::Question, MessageButtons::YesNo}},
+         {"editor /a/-one", "editor /a/thr\xff" "ee"}},
+        {"many: No to the first question ends it",
+         [](AppSettings& s, Prompts& p, Desktop& d) { ShellOpenSelected(kThree, false, s, p, d); },
+         {A::No}, {{kOpenMany, MessageIcon::Warning, MessageButtons::YesNo}}, {}},
+        {"properties: asked only for many",
+         [](AppSettings&, Prompts& p, Desktop& d) {
+             ShellShowProperties(kOne, p, d);
+             ShellShowProperties(kThree, p, d);
+         },
+         {A::Yes},
+         {{"More than one file is selected. Are you sure you want to open property pages for all "
+           "selected files?",
+           MessageIcon::Warning, MessageButtons::YesNo}},
+         {"properties /home/ann/my file.txt", "properties /a/-one", "properties /a/two \"2\"",
+          "properties /a/thr\xff" "ee"}},
+        {"folders are explored only when asked to",
+         [&](AppSettings& s, Prompts& p, Desktop& d) {
+             noConfirm(s);
+             ShellOpenSelected({"/srv/data"}, true, s, p, d);
+             s.OpenFoldersWithExplore = true;
+             ShellOpenSelected({"/srv/data"}, true, s, p, d);
+             ShellOpenSelected({"/srv/file"}, false, s, p, d);
+         },
+         {}, {}, {"open /srv/data", "explore /srv/data", "open /srv/file"}},
+        {"Open With: nothing for many, asked for one",
+         [](AppSettings& s, Prompts& p, Desktop& d) {
+             ShellOpenWithDialog(kThree, s, p, d);
+             ShellOpenWithDialog(kOne, s, p, d);
+             ShellOpenWithDialog(kOne, s, p, d);
+             s.AskToOpenWith = false;
+             ShellOpenWithDialog(kOne, s, p, d);
+         },
+         {A::No, A::Yes},
+         {{kOpenWithOne, MessageIcon::Question, MessageButtons::YesNo},
+          {kOpenWithOne, MessageIcon::Question, MessageButtons::YesNo}},
+         {"openwith /home/ann/my file.txt", "openwith /home/ann/my file.txt"}},
+        {"documents and links",
+         [](AppSettings&, Prompts&, Desktop& d) {
+             ShellOpenDocument("https://tallymoor.example/", d);
+             ShellOpenDocument("mailto:support@tallymoor.example", d);
+             ShellOpenDocument("/usr/share/doc/README", d);
+         },
+         {}, {},
+         {"url https://tallymoor.example/", "url mailto:support@tallymoor.example",
+          "open /usr/share/doc/README"}},
+    };
+    for (const VerbCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        AppSettings settings;
+        ScriptedPrompts prompts;
+        RecordingDesktop desktop;
+        prompts.answers.assign(c.answers.begin(), c.answers.end());
+        c.run(settings, prompts, desktop);
+        std::vector<Question> asked;
+        for (const auto& a : prompts.asked) {
+            asked.push_back({a.text, a.icon, a.buttons});
+        }
+        EXPECT_EQ(asked, c.questions);
+        EXPECT_EQ(desktop.calls, c.launched);
+    }
 }
 
 } // namespace

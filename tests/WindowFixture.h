@@ -6,13 +6,19 @@
 #include "platform/CancelFlag.h"
 #include "settings/modPProfile.h"
 
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
+#include <QListView>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPushButton>
 #include <gtest/gtest.h>
 #include <memory>
 
 // A main window on a fresh settings file, with scripted prompts, a recording desktop and a
-// tree of its own to search.
+// tree of its own to search. The prompts are checked for leftovers after the window is gone.
 class WindowFixture : public testing::Test {
 protected:
     void SetUp() override {
@@ -27,12 +33,49 @@ protected:
         EXPECT_NE(widget, nullptr) << name.toStdString();
         return widget;
     }
+    QString Text(const char* label) const { return Find<QLabel>(label)->text(); }
+    QString Status(StatusPart part) const { return window->Status().Text(part); }
 
     // Types a root and a mask and presses Begin Search.
     void Search(const std::string& root, const QString& mask) {
         Find<QLineEdit>("txtStartPath")->setText(QString::fromStdString(root));
         Find<QLineEdit>("txtObjMask")->setText(mask);
         Find<QPushButton>("cmdSearch")->click();
+    }
+
+    // What a list shows, row by row.
+    QStringList Rows(const char* list) const {
+        QStringList rows;
+        const QAbstractItemModel* model = Find<QListView>(list)->model();
+        for (int r = 0; r < model->rowCount(); ++r) {
+            rows << model->index(r, 0).data().toString();
+        }
+        return rows;
+    }
+    void SelectRows(std::initializer_list<int> rows, const char* list = "List1") const {
+        auto* view = Find<QListView>(list);
+        for (const int row : rows) {
+            view->selectionModel()->select(view->model()->index(row, 0),
+                                           QItemSelectionModel::Select);
+        }
+    }
+
+    // A menu entry of the menu bar, by its caption as shown (access key marks dropped).
+    QAction* Action(const QString& text) const {
+        for (QAction* menu : window->menuBar()->actions()) {
+            for (QAction* action : menu->menu()->actions()) {
+                if (action->text().remove(QLatin1Char('&')) == text) {
+                    return action;
+                }
+            }
+        }
+        ADD_FAILURE() << "no menu entry " << text.toStdString();
+        return nullptr;
+    }
+
+    static void Key(QWidget* widget, int key, Qt::KeyboardModifiers modifiers = {}) {
+        QKeyEvent press(QEvent::KeyPress, key, modifiers);
+        QApplication::sendEvent(widget, &press);
     }
 
     TestTree tree;

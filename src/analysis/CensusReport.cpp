@@ -63,10 +63,8 @@ std::string WriteTypeExport(const std::string& path, const FileDataArray& store,
     if (!file.Open(path, TextFile::Mode::Replace)) {
         return file.Error();
     }
-    for (int32_t i = 0; i <= store.UBound(); ++i) {
-        if (store[i].Extension() == extension) {
-            file.WriteLine(store[i].FullPath());
-        }
+    for (const int32_t record : RecordsOfExtension(store, extension)) {
+        file.WriteLine(store[record].FullPath());
     }
     file.Close();
     return file.Error();

@@ -9,6 +9,8 @@
 #include "settings/modPProfile.h"
 
 #include <QApplication>
+#include <QPainter>
+#include <QStyledItemDelegate>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListWidget>
@@ -31,11 +33,48 @@ QListWidgetItem* TypeItem(const CensusType& type) {
 std::string ExtensionOf(const QListWidgetItem* item) {
     return item->data(ExtensionRole).toByteArray().toStdString();
 }
+
+// Shows a type's line ("ext", two TABs, "N files") as two aligned columns, however long an
+// extension is; the item's text stays the line.
+class TypeLineDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    void SetFirstColumnWidth(int width) { firstColumn_ = width; }
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        QStyleOptionViewItem plain = option;
+        initStyleOption(&plain, index);
+        const auto [extension, rest] = FirstToken(plain.text.toStdString(), '\t');
+        plain.text.clear();
+        const QWidget* widget = plain.widget;
+        QStyle* style = widget ? widget->style() : QApplication::style();
+        style->drawControl(QStyle::CE_ItemViewItem, &plain, painter, widget);
+        const QRect area = style->subElementRect(QStyle::SE_ItemViewItemText, &plain, widget);
+        painter->save();
+        painter->setPen(plain.palette.color(option.state & QStyle::State_Selected
+                                                ? QPalette::HighlightedText
+                                                : QPalette::Text));
+        // As wide as the longest extension, but the counts never leave the list.
+        const int width = std::min(firstColumn_, area.width() * 2 / 3);
+        const QRect first(area.left(), area.top(), width, area.height());
+        painter->drawText(first, Qt::AlignLeft | Qt::AlignVCenter,
+                          plain.fontMetrics.elidedText(QString::fromStdString(std::string(extension)),
+                                                       Qt::ElideMiddle, width));
+        painter->drawText(area.adjusted(width + 12, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
+                          QString::fromStdString(std::string(rest)).trimmed());
+        painter->restore();
+    }
+
+private:
+    int firstColumn_ = 80;
+};
 } // namespace
 
 dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Prompts& prompts,
-                               Progress& progress, QWidget* parent)
-    : QDialog(parent), store_(store), profile_(profile), prompts_(prompts), progress_(progress) {
+                               Progress& progress, EventYield& yield, QWidget* parent)
+    : QDialog(parent), store_(store), profile_(profile), prompts_(prompts), progress_(progress),
+      yield_(yield) {
     setObjectName("dlgStarDotStar");
     auto* layout = new QVBoxLayout(this);
     auto* bar = new QMenuBar(this);
@@ -49,6 +88,7 @@ dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Promp
     lstExtensions->setObjectName("lstExtensions");
     lstExtensions->setSelectionMode(QAbstractItemView::ExtendedSelection);
     lstExtensions->setUniformItemSizes(true);
+    lstExtensions->setItemDelegate(new TypeLineDelegate(lstExtensions));
     lstHidden = new QListWidget(this);
     lstHidden->setObjectName("lstHidden");
     lstHidden->hide();
@@ -135,7 +175,7 @@ void dlgStarDotStar::CreateMaskArrayCountSR(int filterIndex) {
             store_, filterIndex, [this](const QString& text) { progress_.SetMessage(text); },
             [this] {
                 progress_.Update(1);
-                YieldToEventLoop();
+                yield_.Yield();
             });
         counted_ = true;
     } else {
@@ -159,9 +199,15 @@ void dlgStarDotStar::CreateMaskArrayCountSR(int filterIndex) {
 
 void dlgStarDotStar::FillList() {
     lstExtensions->clear();
+    int widest = 0;
     for (const CensusType& type : census_.Shown()) {
-        lstExtensions->addItem(TypeItem(type));
+        QListWidgetItem* item = TypeItem(type);
+        widest = std::max(widest, lstExtensions->fontMetrics().horizontalAdvance(
+                                      QString::fromStdString(type.Extension)));
+        lstExtensions->addItem(item);
     }
+    static_cast<TypeLineDelegate*>(lstExtensions->itemDelegate())
+        ->SetFirstColumnWidth(std::max(widest, 40));
     const auto letters = census_.EnabledLetters();
     for (int i = 0; i < 26; ++i) {
         mnuAlpha[i]->setEnabled(letters[static_cast<size_t>(i)]);

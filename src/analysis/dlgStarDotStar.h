@@ -8,6 +8,7 @@
 
 class FileDataArray;
 class Prompts;
+class EventYield;
 class Progress;
 class modPProfile;
 class QAction;
@@ -26,7 +27,7 @@ public:
     static constexpr int kMaxViews = 30;
 
     dlgStarDotStar(FileDataArray& store, modPProfile& profile, Prompts& prompts,
-                   Progress& progress, QWidget* parent = nullptr);
+                   Progress& progress, EventYield& yield, QWidget* parent = nullptr);
 
     // Counts the store (once per dialog) and fills the list for a filter index.
     void CreateMaskArrayCountSR(int filterIndex);
@@ -67,6 +68,7 @@ private:
     modPProfile& profile_;
     Prompts& prompts_;
     Progress& progress_;
+    EventYield& yield_;
     Census census_;
     bool counted_ = false;
     std::string rootPath_;

@@ -4,7 +4,7 @@
 #include "app/frmMain.h"
 #include "platform/CancelFlag.h"
 #include "platform/Desktop.h"
-#include "platform/EventYield.h"
+#include "app/AppIcon.h"
 #include "platform/QtPrompts.h"
 #include "settings/SettingsLocation.h"
 #include "settings/modPProfile.h"
@@ -53,13 +53,14 @@ int RunWindow(int& argc, char** argv, const std::string& settingsOverride,
               const DesktopFactory& makeDesktop) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tallymoor"));
+    QApplication::setWindowIcon(AppIcon());
     QtPrompts prompts;
     const std::unique_ptr<Desktop> desktop = makeDesktop(prompts);
     CancelFlag cancel;
 
     dlgAbout splash(*desktop);
     splash.ShowAsSplash();
-    YieldNow();
+    QCoreApplication::processEvents();
 
     const std::string home = HomeFolder();
     const std::string executableFolder =

@@ -7,9 +7,10 @@
 
 class FileDataArray;
 
-// A result list as a view over the store: each row holds a record's ItemIndex and shows its
-// FullPath, so a list of half a million rows costs 4 bytes a row. A list can also hold plain
-// text rows instead (the placeholder words, the "too many results" explanation).
+// A result list as a view over the store: it shows the rows of a result view (records by
+// index, kept by ResultViews), so a list of half a million rows costs the list nothing. It can
+// show plain text rows instead (the explanation above 32 701 results): those are not results,
+// so they can be neither selected, saved, copied nor opened.
 class ResultListModel : public QAbstractListModel {
     Q_OBJECT
 public:
@@ -17,22 +18,23 @@ public:
 
     explicit ResultListModel(const FileDataArray& store, QObject* parent = nullptr);
 
-    void SetItems(std::vector<int32_t> items);
-    void SetTexts(const QStringList& texts);
-    void Clear();
+    // Shows `rows`, which the caller keeps and tells of removals; nullptr shows nothing.
+    void ShowRows(const std::vector<int32_t>* rows);
+    void ShowTexts(const QStringList& texts);
+    void Clear() { ShowRows(nullptr); }
 
     // The record a row leads to; -1 for a text row.
     int32_t ItemIndexAt(int row) const;
-    const std::vector<int32_t>& Items() const { return items_; }
-    // The first row whose path is `path`: byte-exact first, else ignoring case.
-    int FindPath(std::string_view path) const;
-    void RemoveRow(int row);
+    // Around the removal of a row from the rows shown.
+    void BeginRemoveRow(int row) { beginRemoveRows({}, row, row); }
+    void EndRemoveRow() { endRemoveRows(); }
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 private:
     const FileDataArray& store_;
-    std::vector<int32_t> items_;
+    const std::vector<int32_t>* rows_ = nullptr;
     QStringList texts_;
 };

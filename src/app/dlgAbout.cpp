@@ -1,11 +1,14 @@
 #include "app/dlgAbout.h"
 
 #include "Version.h"
+#include "app/AppIcon.h"
 #include "fileops/modShell.h"
 #include "platform/Desktop.h"
 #include "platform/Prompts.h"
 
 #include <QDialogButtonBox>
+#include <QFrame>
+#include <QHBoxLayout>
 #include <QFile>
 #include <QGuiApplication>
 #include <QLabel>
@@ -35,15 +38,32 @@ dlgAbout::dlgAbout(Desktop& desktop, QWidget* parent) : QDialog(parent) {
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, this);
     buttons->setObjectName("buttons");
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    auto* icon = new QLabel(this);
+    icon->setObjectName("lblIcon");
+    icon->setPixmap(AppIconPixmap(64));
+    icon->setAlignment(Qt::AlignTop);
 
+    // Framed, so that the splash (a window without decorations) stands apart from what is
+    // behind it.
+    auto* frame = new QFrame(this);
+    frame->setFrameStyle(QFrame::StyledPanel | QFrame::Raised);
+    auto* text = new QVBoxLayout;
+    text->addWidget(title);
+    text->addWidget(version);
+    text->addWidget(purpose);
+    text->addSpacing(8);
+    text->addWidget(memory);
+    text->addWidget(link);
+    auto* content = new QHBoxLayout(frame);
+    content->setContentsMargins(16, 16, 24, 16);
+    content->setSpacing(16);
+    content->addWidget(icon);
+    content->addLayout(text, 1);
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(title);
-    layout->addWidget(version);
-    layout->addWidget(purpose);
-    layout->addSpacing(8);
-    layout->addWidget(memory);
-    layout->addWidget(link);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(frame);
     layout->addWidget(buttons);
+    buttons->setContentsMargins(0, 0, 8, 8);
 }
 
 void dlgAbout::ShowAsSplash() {

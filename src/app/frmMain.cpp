@@ -1,19 +1,19 @@
 #include "app/frmMain.h"
 
 #include "analysis/dlgStarDotStar.h"
+#include "app/AppIcon.h"
 #include "app/ProjectLinks.h"
 #include "app/ResultListModel.h"
 #include "fileops/dlgProgress.h"
 #include "fileops/modShell.h"
 #include "platform/CancelFlag.h"
-#include "platform/EventYield.h"
 #include "platform/Prompts.h"
 #include "settings/modPProfile.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QCloseEvent>
-#include <QFile>
+#include <QKeyEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -21,6 +21,7 @@
 #include <QListView>
 #include <QListWidget>
 #include <QMenuBar>
+#include <QPainter>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
@@ -30,19 +31,52 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+namespace {
+
+// A status part that keeps its width whatever it shows (counts do not push the parts around)
+// and shortens a text too long for it with "…", showing it whole as a tool tip.
+class StatusPartLabel : public QLabel {
+public:
+    // `widest`: the longest text the part is made for; empty for the part that takes the rest.
+    StatusPartLabel(const QString& widest, QWidget* parent) : QLabel(parent) {
+        if (widest.isEmpty()) {
+            setMinimumWidth(40);
+        } else {
+            setFixedWidth(fontMetrics().horizontalAdvance(widest) + 16);
+        }
+    }
+    QSize minimumSizeHint() const override { return {minimumWidth(), QLabel::sizeHint().height()}; }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        const QRect area = contentsRect();
+        const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, area.width());
+        setToolTip(shown == text() ? QString() : text());
+        painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter, shown);
+    }
+};
+
+} // namespace
+
 frmMain::frmMain(modPProfile& profile, Prompts& prompts, Desktop& desktop, CancelFlag& cancel,
                  QWidget* parent)
     : QMainWindow(parent), profile_(profile), prompts_(prompts), desktop_(desktop),
-      cancel_(cancel) {
+      cancel_(cancel), views_(session_.Store()) {
     setObjectName("frmMain");
     setWindowTitle(kApplicationTitle);
-    progress_ = new dlgProgress(cancel_, profile_.Settings(), this);
+    setWindowIcon(AppIcon());
+    progress_ = new dlgProgress(cancel_, profile_.Settings(), yield_, this);
     BuildControls();
+    BuildStatusBar();
     BuildMenus();
     favorites_.Load(profile_);
     RebuildMasksMenu();
     const AppSettings& s = profile_.Settings();
     SetStartPath(s.LastSourceFolder);
+    txtObjMask->setText(QString::fromStdString(s.LastFileMask));
+    status_.State(QStringLiteral("clear"));
+    SyncViews();
     // A settings file that cannot be used or written is told once, when the window can say it
     // rather than in the middle of whatever wrote the setting.
     profile_.File().SetProblemHandler([this](const std::string& problem) {
@@ -50,8 +84,6 @@ frmMain::frmMain(modPProfile& profile, Prompts& prompts, Desktop& desktop, Cance
             prompts_.Message(text, MessageIcon::Warning, MessageButtons::Ok);
         });
     });
-    txtObjMask->setText(QString::fromStdString(s.LastFileMask));
-    StatusState("clear");
 }
 
 frmMain::~frmMain() {
@@ -62,6 +94,7 @@ void frmMain::BuildControls() {
     auto* central = new QWidget(this);
     auto* layout = new QVBoxLayout(central);
 
+    // Access keys: the menus take F, E, S, M and H; the fields and options the letters below.
     auto* request = new QGridLayout;
     auto* startLabel = new QLabel(tr("Start &Path:"), central);
     txtStartPath = new QLineEdit(central);
@@ -69,24 +102,24 @@ void frmMain::BuildControls() {
     startLabel->setBuddy(txtStartPath);
     cmdPathBack = new QToolButton(central);
     cmdPathBack->setObjectName("cmdPathBack");
-    cmdPathBack->setText(tr("Up"));
+    cmdPathBack->setText(tr("&Up"));
     cmdPathBack->setToolTip(tr("Go to the parent folder"));
-    auto* maskLabel = new QLabel(tr("File &Mask:"), central);
+    auto* maskLabel = new QLabel(tr("File Mas&k:"), central);
     txtObjMask = new QLineEdit(central);
     txtObjMask->setObjectName("txtObjMask");
     txtObjMask->setToolTip(tr("One or more patterns separated by \";\", such as *.txt;*.log"));
     maskLabel->setBuddy(txtObjMask);
-    cmdSearch = new QPushButton(tr("Begin Search"), central);
+    cmdSearch = new QPushButton(tr("&Begin Search"), central);
     cmdSearch->setObjectName("cmdSearch");
     cmdSearch->setDefault(true);
     cmdSearch->setMinimumWidth(cmdSearch->fontMetrics().horizontalAdvance("Begin Search") + 32);
-    request->addWidget(startLabel, 0, 0);
-    request->addWidget(txtStartPath, 0, 1);
-    request->addWidget(cmdPathBack, 0, 2);
     cmdFileTypes = new QPushButton(tr("File &Types..."), central);
     cmdFileTypes->setObjectName("cmdFileTypes");
     cmdFileTypes->setToolTip(tr("Count the results by file type, and view or report the types"));
     cmdFileTypes->setEnabled(false);
+    request->addWidget(startLabel, 0, 0);
+    request->addWidget(txtStartPath, 0, 1);
+    request->addWidget(cmdPathBack, 0, 2);
     request->addWidget(maskLabel, 1, 0);
     request->addWidget(txtObjMask, 1, 1);
     request->addWidget(cmdSearch, 1, 2);
@@ -94,7 +127,7 @@ void frmMain::BuildControls() {
     layout->addLayout(request);
 
     auto* options = new QHBoxLayout;
-    const char* optionTexts[] = {"Search &subfolders", "&Folders only", "S&uppress updates"};
+    const char* optionTexts[] = {"Search subf&olders", "Fo&lders only", "Suppress up&dates"};
     for (int i = 0; i < 3; ++i) {
         chkOpts[i] = new QCheckBox(tr(optionTexts[i]), central);
         chkOpts[i]->setObjectName(QStringLiteral("chkOpts_%1").arg(i));
@@ -104,7 +137,7 @@ void frmMain::BuildControls() {
     chkOpts[0]->setChecked(true);
     options->addStretch();
     auto* listTypes = new QButtonGroup(this);
-    const char* typeTexts[] = {"List &matches", "List all &except matches"};
+    const char* typeTexts[] = {"List mat&ches", "List all e&xcept matches"};
     for (int i = 0; i < 2; ++i) {
         optListTypes[i] = new QRadioButton(tr(typeTexts[i]), central);
         optListTypes[i]->setObjectName(QStringLiteral("optListTypes_%1").arg(i));
@@ -118,7 +151,6 @@ void frmMain::BuildControls() {
     tsResults->setObjectName("tsResults");
     tsResults->setExpanding(false);
     tsResults->setDocumentMode(true);
-    views_.push_back({tr("No results"), QString(), {}});
     tsResults->addTab(views_[0].caption);
     layout->addWidget(tsResults);
 
@@ -148,6 +180,7 @@ void frmMain::BuildControls() {
         connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
                 &frmMain::UpdateSelectedCount);
         connect(model, &QAbstractItemModel::modelReset, this, &frmMain::UpdateSelectedCount);
+        connect(model, &QAbstractItemModel::rowsRemoved, this, &frmMain::UpdateSelectedCount);
         lists->addWidget(list, 0, 0);
     }
     List2->hide();
@@ -159,22 +192,40 @@ void frmMain::BuildControls() {
     layout->addLayout(lists, 1);
     setCentralWidget(central);
 
-    auto* bar = statusBar();
-    for (int i = 0; i < 5; ++i) {
-        statusParts_[i] = new QLabel(bar);
+    connect(cmdSearch, &QPushButton::clicked, this, &frmMain::SearchButtonClicked);
+    // Enter in either field starts a search, as the default button would.
+    for (QLineEdit* field : {txtStartPath, txtObjMask}) {
+        connect(field, &QLineEdit::returnPressed, this, [this] {
+            if (!searching_) {
+                SearchButtonClicked();
+            }
+        });
+    }
+    connect(cmdPathBack, &QToolButton::clicked, this, &frmMain::PathBackClicked);
+    connect(cmdFileTypes, &QPushButton::clicked, this, &frmMain::ShowFileTypes);
+    connect(tsResults, &QTabBar::currentChanged, this, &frmMain::TabChanged);
+}
+
+void frmMain::BuildStatusBar() {
+    // Each count part is as wide as the largest text it is made for.
+    const QString widest[] = {{},
+                              QStringLiteral(" Objects: 999,999,999"),
+                              QStringLiteral(" Matched: 999,999,999"),
+                              QStringLiteral(" Elapsed: 9,999.99  seconds"),
+                              QStringLiteral(" Update suppressed")};
+    QStatusBar* bar = statusBar();
+    for (int i = 0; i < StatusLine::kParts; ++i) {
+        statusParts_[i] = new StatusPartLabel(widest[i], bar);
         statusParts_[i]->setObjectName(QStringLiteral("StatusPart%1").arg(i));
-        statusParts_[i]->setMinimumWidth(i == 0 ? 160 : 110);
         if (i == 0) {
             bar->addWidget(statusParts_[i], 1);
         } else {
             bar->addPermanentWidget(statusParts_[i]);
         }
     }
-
-    connect(cmdSearch, &QPushButton::clicked, this, &frmMain::SearchButtonClicked);
-    connect(cmdPathBack, &QToolButton::clicked, this, &frmMain::PathBackClicked);
-    connect(cmdFileTypes, &QPushButton::clicked, this, &frmMain::ShowFileTypes);
-    connect(tsResults, &QTabBar::currentChanged, this, &frmMain::TabChanged);
+    status_.SetDisplay([this](StatusPart part, const QString& text) {
+        statusParts_[static_cast<size_t>(part)]->setText(text);
+    });
 }
 
 void frmMain::BuildMenus() {
@@ -207,10 +258,10 @@ void frmMain::BuildMenus() {
     exitAction->setObjectName("mnuFile_16");
 
     QMenu* edit = menuBar()->addMenu(tr("&Edit"));
-    QAction* all = edit->addAction(tr("Select All"), this, &frmMain::SelectAll);
+    QAction* all = edit->addAction(tr("Select &All"), this, &frmMain::SelectAll);
     all->setShortcut(QKeySequence::SelectAll);
-    QAction* none = edit->addAction(tr("Select None"), this, &frmMain::SelectNone);
-    QAction* invert = edit->addAction(tr("Invert Selection"), this, &frmMain::InvertSelection);
+    QAction* none = edit->addAction(tr("Select &None"), this, &frmMain::SelectNone);
+    QAction* invert = edit->addAction(tr("&Invert Selection"), this, &frmMain::InvertSelection);
     edit->addSeparator();
     QAction* copy =
         edit->addAction(tr("&Copy to Clipboard"), this, &frmMain::CopySelectionToClipboard);
@@ -218,9 +269,10 @@ void frmMain::BuildMenus() {
     copy->setShortcut(QKeySequence::Copy);
 
     QMenu* select = menuBar()->addMenu(tr("&Select"));
-    QAction* local = select->addAction(tr("Local Path"), this, [this] { SelectSearchRoot(6); });
-    QAction* share = select->addAction(tr("Network Share"), this, [this] { SelectSearchRoot(7); });
-    QAction* admin = select->addAction(tr("Network Administrative Shares"), this,
+    QAction* local = select->addAction(tr("&Local Path"), this, [this] { SelectSearchRoot(6); });
+    QAction* share =
+        select->addAction(tr("Network &Share"), this, [this] { SelectSearchRoot(7); });
+    QAction* admin = select->addAction(tr("Network &Administrative Shares"), this,
                                        [this] { SelectSearchRoot(8); });
 
     masksMenu_ = menuBar()->addMenu(tr("&Masks"));
@@ -286,65 +338,26 @@ void frmMain::OptionClicked(int index) {
         optListTypes[0]->setEnabled(!checked);
         optListTypes[1]->setEnabled(!checked);
         if (checked) {
-            SetStatus(4, tr("Folder Search"));
-        } else if (!statusGone_) {
-            statusParts_[4]->clear();
+            SetStatus(StatusPart::Mode, tr("Folder Search"));
+        } else {
+            status_.Clear(StatusPart::Mode);
         }
     } else if (index == 2) {
         session_.Options().ShowFolderProgress = !checked;
         if (checked) {
-            SetStatus(4, tr("Update suppressed"));
-        } else if (!statusGone_) {
-            statusParts_[4]->clear();
+            SetStatus(StatusPart::Mode, tr("Update suppressed"));
+        } else {
+            status_.Clear(StatusPart::Mode);
         }
-        if (searching_ && !statusGone_) {
+        if (searching_) {
             // Folder names will no longer appear on the status line.
-            statusParts_[2]->clear();
+            status_.Clear(StatusPart::Matched);
             if (checked) {
-                SetStatus(0, tr("Searching..."));
+                SetStatus(StatusPart::Message, tr("Searching..."));
             } else {
-                statusParts_[0]->clear();
+                status_.Clear(StatusPart::Message);
             }
         }
-    }
-}
-
-void frmMain::SetStatus(int part, const QString& text) {
-    if (statusGone_ || part < 0 || part > 4) {
-        return;
-    }
-    statusParts_[part]->setText(QLatin1Char(' ') + text);
-}
-
-QString frmMain::StatusText(int part) const {
-    if (statusGone_ || part < 0 || part > 4) {
-        return {};
-    }
-    return statusParts_[part]->text();
-}
-
-void frmMain::StatusState(const QString& mode) {
-    if (statusGone_) {
-        return;
-    }
-    const bool save = mode == QLatin1String("save") || mode == QLatin1String("save&clear");
-    const bool clear = mode == QLatin1String("save&clear") || mode == QLatin1String("clear");
-    const bool restore = mode == QLatin1String("restore");
-    if (!save && !clear && !restore) {
-        return;
-    }
-    if (save) {
-        for (int i = 0; i < 5; ++i) {
-            savedStatus_[i] = statusParts_[i]->text();
-        }
-        if (!clear) {
-            return;
-        }
-    }
-    // The saved part 0 is deliberately not put back: the line always returns to "Ready!".
-    SetStatus(0, tr("Ready!"));
-    for (int i = 1; i < 5; ++i) {
-        statusParts_[i]->setText(restore ? savedStatus_[i] : QString());
     }
 }
 
@@ -367,10 +380,11 @@ void frmMain::SetBusy(bool busy) {
     tsResults->setEnabled(!busy);
 }
 
-// New, Save and the census need results; Save All only a store (even an empty search's).
+// Save and the census need results; Save All only a store (even an empty search's); New
+// whatever there is to clear.
 void frmMain::UpdateCommandStates() {
     const bool results = !busy_ && session_.ResultsAvailable();
-    newAction_->setEnabled(results);
+    newAction_->setEnabled(!busy_ && (session_.Store().UBound() >= 0 || views_.Count() > 1));
     saveAction_->setEnabled(results);
     saveAllAction_->setEnabled(!busy_ && session_.Store().UBound() >= 0);
     for (QAction* action : verbActions_) {
@@ -387,6 +401,15 @@ Placement frmMain::CurrentPlacementTwips() const {
     return {twips(x()), twips(y()), twips(width()), twips(height()), '0'};
 }
 
+void frmMain::keyPressEvent(QKeyEvent* event) {
+    // Escape cancels a search, wherever the focus is (no field takes the key for itself).
+    if (event->key() == Qt::Key_Escape && searching_) {
+        SearchButtonClicked();
+        return;
+    }
+    QMainWindow::keyPressEvent(event);
+}
+
 void frmMain::closeEvent(QCloseEvent* event) {
     if (busy_) {
         // Closing during a search only cancels it.
@@ -395,11 +418,12 @@ void frmMain::closeEvent(QCloseEvent* event) {
         return;
     }
     cancel_.Raise();
-    YieldNow();
-    session_.Store().Erase();
+    yield_.Now();
     model1_->Clear();
     model2_->Clear();
-    statusGone_ = true;
+    views_.Clear();
+    session_.Erase();
+    status_.Close();
 
     const double dpi = screen() ? screen()->logicalDotsPerInch() : 96.0;
     const QSize screenPixels = screen() ? screen()->size() : QSize(1920, 1080);

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "analysis/Census.h"
+#include "app/ResultViews.h"
+#include "app/StatusLine.h"
+#include "platform/EventYield.h"
 #include "search/SearchSession.h"
 #include "settings/MaskFavorites.h"
 #include "settings/WindowPlacement.h"
@@ -33,8 +36,10 @@ class dlgStarDotStar;
 
 // `frmMain`: the search request, the result views, the status line and the menus. Long work runs
 // on this thread and lets the event loop run now and then; while a search runs (the busy flag)
-// every command that would touch the result store is refused.
-class frmMain : public QMainWindow {
+// every command that would touch the result store is refused. The window owns what its commands
+// share: the cancel flag's use, the progress dialog, the yield helper, the status line, the
+// result views; the settings, prompts and desktop are handed to it.
+class frmMain : public QMainWindow, private ResultViews::Observer {
     Q_OBJECT
 public:
     frmMain(modPProfile& profile, Prompts& prompts, Desktop& desktop, CancelFlag& cancel,
@@ -42,11 +47,9 @@ public:
     ~frmMain() override;
 
     // ---- status line (frmMain.cpp) ----
-    // Part `part` shows a blank and `text`; nothing once the status line is gone.
-    void SetStatus(int part, const QString& text);
-    // "save", "save&clear", "restore" or "clear"; anything else does nothing.
-    void StatusState(const QString& mode);
-    QString StatusText(int part) const;
+    StatusLine& Status() { return status_; }
+    // Part `part` shows a blank and `text`.
+    void SetStatus(StatusPart part, const QString& text) { status_.Set(part, text); }
 
     // ---- search (frmMainSearch.cpp) ----
     // The search button: begins a search, or cancels the one running.
@@ -69,21 +72,16 @@ public:
     void ShowSearchResults(float elapsedSeconds);
     void TabChanged(int tab);
     void UpdateSelectedCount();
-    // The first tab whose tag, trimmed, equals `text` trimmed; -1 when none.
-    int FindViewByTag(const QString& text) const;
-    void SetViewCaption(int tab, const QString& mask, int count);
-    // Fills List2 with the records of one extension, in store order; returns the row count.
-    int FillTypeList(const std::string& extension, int32_t expectedCount);
+    // One view per type the census hands over (a type with a view already is skipped).
     void CreateTypeViews(const SelectedTypeArray& types);
     void NewResults();
     void CloseViews();
+    // Takes a path that a command removed from the disk out of every view.
     void RemoveFromViews(std::string_view path);
     void SelectAll();
     void SelectNone();
     void InvertSelection();
-    QString ViewCaption(int tab) const;
-    QString ViewTag(int tab) const;
-    int ViewCount() const;
+    const ResultViews& Views() const { return views_; }
 
     // ---- file-type census (frmMainViews.cpp) ----
     // Opens the census of the last search (counted once per search, then shown again).
@@ -110,7 +108,7 @@ public:
     void DoubleClicked(bool shiftHeld);
     QMenu* ListPopup() const { return mnuListPop_; }
     QMenu* FolderPopup() const { return mnuFolderPopup_; }
-    // The popup a right-click on the shown list opens: folders or files.
+    // The popup a right-click (or Shift+F10, or the Menu key) on the shown list opens.
     QMenu* PopupForShownList() const;
 
     // ---- masks menu (frmMain.cpp) ----
@@ -119,6 +117,7 @@ public:
 
     SearchSession& Session() { return session_; }
     MaskFavorites& Favorites() { return favorites_; }
+    EventYield& Yield() { return yield_; }
     // The placement the window was given at start-up (kept for a minimised exit).
     void SetStartupPlacement(const Placement& placement) { startupPlacement_ = placement; }
 
@@ -127,41 +126,46 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    struct ResultView {
-        QString caption;
-        QString tag;
-        std::vector<int32_t> items; // the rows of a view beyond the first
-    };
     class StatusListener;
 
     void BuildControls();
+    void BuildStatusBar();
     void BuildMenus();
     void RebuildMasksMenu();
     void OptionClicked(int index);
     void SetBusy(bool busy);
     void ShowPlaceholder(const QString& word);
     void ShowList(QListView* list);
-    void RemoveViewsButFirst();
+    // The tabs and lists after the views changed: captions, the rows each list shows, the label.
+    void SyncViews();
     void UnloadCensus();
     QListView* VisibleList() const;
-    // The rows' texts as bytes (paths as the file system gave them), all or the selected ones,
-    // in list order.
-    std::vector<std::string> RowTexts(QListView* list, bool selectedOnly) const;
-    int SelectedCount(QListView* list) const;
+    ResultListModel* ModelOf(QListView* list) const;
+    // The selected rows of a list, in list order (result rows only).
+    std::vector<int> SelectedRows(QListView* list) const;
+    // The rows' paths as bytes, all or the selected ones, in list order.
+    std::vector<std::string> RowPaths(QListView* list, bool selectedOnly) const;
+    std::vector<std::string> SelectedPaths() const;
     void UpdateCommandStates();
     void BuildPopups();
-    std::vector<std::string> SelectedPaths() const;
+    void ShowPopup(QListView* list, const QPoint& at);
     bool eventFilter(QObject* watched, QEvent* event) override;
-    ResultListModel* ModelOf(QListView* list) const;
     Placement CurrentPlacementTwips() const;
+
+    void RowRemoving(int tab, int row) override;
+    void RowRemoved(int tab) override;
 
     modPProfile& profile_;
     Prompts& prompts_;
     Desktop& desktop_;
     CancelFlag& cancel_;
+    EventYield yield_;
     SearchSession session_;
+    ResultViews views_;
+    StatusLine status_;
     MaskFavorites favorites_;
     Placement startupPlacement_;
     std::function<void()> walkObserver_;
@@ -170,7 +174,6 @@ private:
     bool busy_ = false;
     bool searching_ = false;
     bool folderResults_ = false;
-    bool statusGone_ = false;
 
     QLineEdit* txtStartPath;
     QToolButton* cmdPathBack;
@@ -185,11 +188,9 @@ private:
     QListWidget* lstDummy;
     QLabel* lblResultType;
     QLabel* lblSelCount;
-    std::array<QLabel*, 5> statusParts_;
-    std::array<QString, 5> savedStatus_;
+    std::array<QLabel*, StatusLine::kParts> statusParts_{};
     ResultListModel* model1_;
     ResultListModel* model2_;
-    std::vector<ResultView> views_;
     std::unique_ptr<dlgStarDotStar> census_;
     dlgProgress* progress_; // the window's own, transient for it
 

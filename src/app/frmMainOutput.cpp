@@ -6,7 +6,6 @@
 #include "output/ClipboardExport.h"
 #include "output/ListSaving.h"
 #include "output/modFileDialog.h"
-#include "platform/EventYield.h"
 #include "platform/Prompts.h"
 #include "settings/modPProfile.h"
 
@@ -16,37 +15,39 @@
 #include <algorithm>
 #include <numeric>
 
-int frmMain::SelectedCount(QListView* list) const {
-    int selected = 0;
-    for (const QItemSelectionRange& range : list->selectionModel()->selection()) {
-        selected += range.height();
-    }
-    return selected;
-}
-
-std::vector<std::string> frmMain::RowTexts(QListView* list, bool selectedOnly) const {
+std::vector<int> frmMain::SelectedRows(QListView* list) const {
     const ResultListModel* model = ModelOf(list);
     std::vector<int> rows;
-    if (selectedOnly) {
-        for (const QItemSelectionRange& range : list->selectionModel()->selection()) {
-            for (int row = range.top(); row <= range.bottom(); ++row) {
+    for (const QItemSelectionRange& range : list->selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            // A range may span text rows (Select All over the explanation); they are no results.
+            if (model->ItemIndexAt(row) >= 0) {
                 rows.push_back(row);
             }
         }
-        std::sort(rows.begin(), rows.end());
+    }
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+std::vector<std::string> frmMain::RowPaths(QListView* list, bool selectedOnly) const {
+    const ResultListModel* model = ModelOf(list);
+    std::vector<int> rows;
+    if (selectedOnly) {
+        rows = SelectedRows(list);
     } else {
         rows.resize(static_cast<size_t>(model->rowCount()));
         std::iota(rows.begin(), rows.end(), 0);
     }
-    std::vector<std::string> texts;
-    texts.reserve(rows.size());
+    std::vector<std::string> paths;
+    paths.reserve(rows.size());
     for (const int row : rows) {
-        const int32_t item = model->ItemIndexAt(row);
-        // Paths go out as their bytes; the explanation rows as their text.
-        texts.push_back(item >= 0 ? std::string(session_.Store()[item].FullPath())
-                                  : model->index(row).data().toString().toStdString());
+        // Text rows (the explanation above 32 701 results) are not results.
+        if (const int32_t item = model->ItemIndexAt(row); item >= 0) {
+            paths.emplace_back(session_.Store()[item].FullPath());
+        }
     }
-    return texts;
+    return paths;
 }
 
 void frmMain::SaveResultList() {
@@ -60,7 +61,7 @@ void frmMain::SaveResultList() {
         modFileDialog::AskForOutputFile(prompts_, profile_, true, entireList, "", true);
     if (!path.empty()) {
         const std::string error =
-            WriteLines(path, RowTexts(list, !entireList), profile_.Settings().QSSortResultsOnSave);
+            WriteLines(path, RowPaths(list, !entireList), profile_.Settings().QSSortResultsOnSave);
         if (!error.empty()) {
             prompts_.Message(QString::fromStdString(error), MessageIcon::Critical,
                              MessageButtons::Ok);
@@ -77,7 +78,7 @@ void frmMain::SaveAllResults() {
     bool entireList = true;
     const std::string path =
         modFileDialog::AskForOutputFile(prompts_, profile_, false, entireList, "", true);
-    YieldNow();
+    yield_.Now();
     if (!path.empty()) {
         Progress& progress = *progress_;
         const WriteProgress hooks{[&](int maximum) {
@@ -86,7 +87,7 @@ void frmMain::SaveAllResults() {
                                   [&](const QString& message) { progress.SetMessage(message); },
                                   [&] {
                                       progress.Update(20);
-                                      YieldToEventLoop();
+                                      yield_.Yield();
                                   },
                                   [&] { progress.Destroy(); }};
         const std::string error = profile_.Settings().QSSortResultsOnSave
@@ -105,17 +106,18 @@ void frmMain::CopySelectionToClipboard() {
         return;
     }
     QListView* list = VisibleList();
-    const int selected = SelectedCount(list);
+    const int selected = static_cast<int>(SelectedRows(list).size());
     if (selected > kClipboardLimit) {
         prompts_.Message(kTooManyForClipboard, MessageIcon::Critical, MessageButtons::Ok);
         return;
     }
     if (selected > 0) {
-        const std::string text = ClipboardText(
-            RowTexts(list, true), [this](const QString& status) { SetStatus(0, status); });
+        const std::string text =
+            ClipboardText(RowPaths(list, true),
+                          [this](const QString& status) { SetStatus(StatusPart::Message, status); });
         QClipboard* clipboard = QGuiApplication::clipboard();
         clipboard->clear();
         clipboard->setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
     }
-    SetStatus(0, kCopiedToClipboard);
+    SetStatus(StatusPart::Message, kCopiedToClipboard);
 }

@@ -5,7 +5,6 @@
 #include "app/frmMain.h"
 #include "fileops/modBrowse.h"
 #include "platform/CancelFlag.h"
-#include "platform/EventYield.h"
 #include "platform/Prompts.h"
 #include "search/MaskRules.h"
 #include "search/PathText.h"
@@ -22,7 +21,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTabBar>
-#include <numeric>
 
 // Keeps the newest status texts of the walk and puts them on the status line only when the
 // event loop is about to run: formatting a text for every folder would cost more than the walk.
@@ -44,21 +42,21 @@ public:
         if (window_.walkObserver_) {
             window_.walkObserver_();
         }
-        if (EventLoopDue()) {
+        if (window_.yield_.Due()) {
             Flush();
-            YieldNow();
+            window_.yield_.Now();
         }
     }
     void Flush() {
-        if (folderSequence_ > shownSequence_ && window_.session_.Options().ShowFolderProgress &&
-            !window_.statusGone_) {
+        StatusLine& status = window_.status_;
+        if (folderSequence_ > shownSequence_ && window_.session_.Options().ShowFolderProgress) {
             const FolderMessage m = FolderMessageTexts(folderName_, folderObjects_, folderMatched_);
-            window_.statusParts_[0]->setText(m.part0);
-            window_.statusParts_[1]->setText(m.part1);
-            window_.statusParts_[2]->setText(m.part2);
+            status.SetExact(StatusPart::Message, m.part0);
+            status.SetExact(StatusPart::Objects, m.part1);
+            status.SetExact(StatusPart::Matched, m.part2);
         }
         if (objectsSequence_ > shownSequence_ && objectsSequence_ > folderSequence_) {
-            window_.SetStatus(1, ObjectsText(objects_));
+            status.Set(StatusPart::Objects, ObjectsText(objects_));
         }
         shownSequence_ = sequence_;
     }
@@ -78,24 +76,23 @@ private:
 bool frmMain::ValidateMask() {
     const MaskVerdict verdict = ::ValidateMask(txtObjMask->text().toStdString());
     if (verdict != MaskVerdict::Accepted) {
-        prompts_.Message(QString::fromStdString(MaskRefusalText(verdict)),
-                         MessageIcon::Warning, MessageButtons::Ok);
+        prompts_.Message(QString::fromStdString(MaskRefusalText(verdict)), MessageIcon::Warning,
+                         MessageButtons::Ok);
         if (verdict != MaskVerdict::Empty) {
             txtObjMask->setFocus();
         }
         return false;
     }
-    model2_->Clear();
-    lblSelCount->setText(tr("Selected: 0"));
-    RemoveViewsButFirst();
-    StatusState("clear");
+    views_.CloseViews();
+    SyncViews();
+    status_.State(QStringLiteral("clear"));
     return true;
 }
 
 void frmMain::SearchButtonClicked() {
     if (searching_) {
         cancel_.Raise();
-        YieldNow();
+        yield_.Now();
         return;
     }
     if (busy_) {
@@ -125,47 +122,50 @@ void frmMain::SearchButtonClicked() {
     cmdSearch->setText(tr("Cancel"));
     searching_ = true;
     SetBusy(true);
-    SetStatus(0, tr("Searching..."));
+    SetStatus(StatusPart::Message, tr("Searching..."));
 
     StatusListener listener(*this);
     session_.Run(cancel_, &listener);
 
     const QString mask = txtObjMask->text();
     if (!session_.ResultsAvailable()) {
+        // The old results are gone with the store: the window shows what File > New gives.
+        views_.Clear();
+        SyncViews();
         ShowList(List1);
         prompts_.Message(
             NoMatchesMessage(options.FoldersOnly, mask, DisplayPath(session_.RootPath())),
             MessageIcon::Information, MessageButtons::Ok);
-        SetStatus(0, tr("Ready!"));
+        SetStatus(StatusPart::Message, tr("Ready!"));
     } else {
-        views_[0].caption = tr("All Results (") + mask + QLatin1Char(')');
-        views_[0].tag = QString(mask).replace(QLatin1Char(';'), QLatin1Char(' ')) + tr(" files ");
-        tsResults->setTabText(0, views_[0].caption);
-        lblResultType->setText(options.FoldersOnly ? tr("Results (folders only)") : views_[0].tag);
+        // The caption and tag while the list loads; ShowSearchResults adds the count.
+        tsResults->setTabText(0, tr("All Results (") + mask + QLatin1Char(')'));
+        lblResultType->setText(options.FoldersOnly
+                                   ? tr("Results (folders only)")
+                                   : QString(mask).replace(QLatin1Char(';'), QLatin1Char(' ')) +
+                                         tr(" files "));
         ShowPlaceholder(tr("formatting..."));
         session_.CloseStore();
         const int32_t matched = session_.Counters().MatchedCount;
-        if (!session_.ListLimitExceeded()) {
+        const bool listed = !session_.ListLimitExceeded();
+        if (listed) {
             ShowPlaceholder(tr("loading..."));
-            SetStatus(0, tr("Loading %1 items to the list...").arg(matched - 1));
-            std::vector<int32_t> items(static_cast<size_t>(matched));
-            std::iota(items.begin(), items.end(), 0);
-            model1_->SetItems(std::move(items));
-            ShowList(List1);
-            ShowSearchResults(session_.ElapsedSeconds());
-            if (session_.StarDotStarSearched() && profile_.Settings().AlwaysShowCountWhenSDS) {
-                ShowFileTypes();
-            }
-        } else {
-            ShowSearchResults(session_.ElapsedSeconds());
-            model1_->SetTexts({tr("File results exceed 32 thousand files."),
-                               tr("Create filtered views from the File Type dialog.")});
-            ShowList(List1);
+            SetStatus(StatusPart::Message, tr("Loading %1 items to the list...").arg(matched - 1));
+        }
+        views_.ShowSearch(mask, options.FoldersOnly, options.ExpectedMatch == 0, matched, listed);
+        SyncViews();
+        ShowList(List1);
+        ShowSearchResults(session_.ElapsedSeconds());
+        if (!listed) {
+            model1_->ShowTexts({tr("File results exceed 32 thousand files."),
+                                tr("Create filtered views from the File Type dialog.")});
             // Views of a part of the results are made from the census.
+            ShowFileTypes();
+        } else if (session_.StarDotStarSearched() && profile_.Settings().AlwaysShowCountWhenSDS) {
             ShowFileTypes();
         }
     }
-    cmdSearch->setText(tr("Begin Search"));
+    cmdSearch->setText(tr("&Begin Search"));
     searching_ = false;
     SetBusy(false);
     lstDummy->clear();
@@ -203,9 +203,7 @@ void frmMain::SelectSearchRoot(int purpose) {
     if (busy_) {
         return;
     }
-    const std::string picked =
-        modBrowse::PickFolder(purpose, true, StartPath(),
-                              profile_, prompts_);
+    const std::string picked = modBrowse::PickFolder(purpose, true, StartPath(), profile_, prompts_);
     if (picked.empty()) {
         return;
     }

@@ -6,6 +6,8 @@
 #include "settings/modPProfile.h"
 
 #include <QAction>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
 #include <QCheckBox>
 #include <QEvent>
 #include <QFile>
@@ -70,15 +72,18 @@ void frmMain::BuildPopups() {
     add(mnuFolderPopup_, "mnuFolderPopup_14", tr("Properties"), &frmMain::ShowSelectedProperties);
 
     for (QListView* list : {List1, List2}) {
-        list->setContextMenuPolicy(Qt::CustomContextMenu);
-        connect(list, &QWidget::customContextMenuRequested, this, [this, list](const QPoint& at) {
-            if (!busy_ && session_.ResultsAvailable()) {
-                PopupForShownList()->exec(list->viewport()->mapToGlobal(at));
-            }
-        });
+        // Context menus come through the event filter: a click, Shift+F10 or the Menu key.
+        list->installEventFilter(this);
         list->viewport()->installEventFilter(this);
         connect(list, &QAbstractItemView::doubleClicked, this,
                 [this] { DoubleClicked(shiftAtPress_); });
+    }
+}
+
+// `at` in the list's viewport. The popup does not wait: the user acts on it or it closes.
+void frmMain::ShowPopup(QListView* list, const QPoint& at) {
+    if (!busy_ && session_.ResultsAvailable()) {
+        PopupForShownList()->popup(list->viewport()->mapToGlobal(at));
     }
 }
 
@@ -91,26 +96,34 @@ bool frmMain::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) {
         shiftAtPress_ = static_cast<QMouseEvent*>(event)->modifiers() & Qt::ShiftModifier;
     }
+    for (QListView* list : {List1, List2}) {
+        if (watched != list && watched != list->viewport()) {
+            continue;
+        }
+        // From the keyboard (the Menu key, Shift+F10): at the current row, or the list's
+        // corner without one.
+        const QRect row = list->visualRect(list->currentIndex());
+        const QPoint atRow = row.isValid() ? row.bottomLeft() : QPoint(0, 0);
+        if (event->type() == QEvent::KeyPress) {
+            const auto* key = static_cast<QKeyEvent*>(event);
+            if (key->key() == Qt::Key_Menu ||
+                (key->key() == Qt::Key_F10 && key->modifiers() == Qt::ShiftModifier)) {
+                ShowPopup(list, atRow);
+                return true;
+            }
+        } else if (event->type() == QEvent::ContextMenu) {
+            const auto* menu = static_cast<QContextMenuEvent*>(event);
+            ShowPopup(list, menu->reason() == QContextMenuEvent::Keyboard
+                                ? atRow
+                                : list->viewport()->mapFromGlobal(menu->globalPos()));
+            return true;
+        }
+    }
     return QMainWindow::eventFilter(watched, event);
 }
 
 std::vector<std::string> frmMain::SelectedPaths() const {
-    QListView* list = VisibleList();
-    const ResultListModel* model = ModelOf(list);
-    std::vector<int> rows;
-    for (const QItemSelectionRange& range : list->selectionModel()->selection()) {
-        for (int row = range.top(); row <= range.bottom(); ++row) {
-            rows.push_back(row);
-        }
-    }
-    std::sort(rows.begin(), rows.end());
-    std::vector<std::string> paths;
-    for (const int row : rows) {
-        if (const int32_t item = model->ItemIndexAt(row); item >= 0) {
-            paths.emplace_back(session_.Store()[item].FullPath());
-        }
-    }
-    return paths;
+    return RowPaths(VisibleList(), true);
 }
 
 void frmMain::OpenSelected() {

@@ -1,18 +1,17 @@
-// The result views: the first tab over every record, per-type tabs over a subset, the lists,
-// the selection and the closing status of a search.
+// The result views: the tabs and lists that show them, the selection, the closing status of a
+// search, and the census that makes views of types.
 
 #include "analysis/dlgStarDotStar.h"
 #include "app/ResultListModel.h"
 #include "app/frmMain.h"
 #include "fileops/dlgProgress.h"
 #include "platform/CancelFlag.h"
-#include "platform/EventYield.h"
 #include "platform/Prompts.h"
 #include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
 
+#include <QAction>
 #include <QApplication>
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -20,41 +19,20 @@
 #include <QSignalBlocker>
 #include <QTabBar>
 
-namespace {
-QString SpacedMask(const QString& mask) {
-    return QString(mask).replace(QLatin1Char(';'), QLatin1Char(' '));
-}
-} // namespace
-
 void frmMain::ShowSearchResults(float elapsedSeconds) {
-    const SearchOptions& options = session_.Options();
     const SearchCounters& counters = session_.Counters();
-    folderResults_ = options.FoldersOnly;
-    SetStatus(0, tr("Ready!"));
-    SetStatus(1, ObjectsText(counters.ObjectCount));
-    SetStatus(2, MatchedText(counters.MatchedCount));
-    SetStatus(3, ElapsedText(elapsedSeconds));
-    SetStatus(4, OutcomeText(cancel_.IsRaised()));
+    folderResults_ = session_.Options().FoldersOnly;
+    SetStatus(StatusPart::Message, tr("Ready!"));
+    SetStatus(StatusPart::Objects, ObjectsText(counters.ObjectCount));
+    SetStatus(StatusPart::Matched, MatchedText(counters.MatchedCount));
+    SetStatus(StatusPart::Elapsed, ElapsedText(elapsedSeconds));
+    SetStatus(StatusPart::Mode, OutcomeText(cancel_.IsRaised()));
+    lblResultType->setText(views_.LabelText(0));
 
-    const QString mask = txtObjMask->text();
-    const QString count = QString::number(counters.MatchedCount);
-    ResultView& first = views_[0];
-    if (options.FoldersOnly) {
-        first.caption = tr("All Results (folders only) (") + count + QLatin1Char(')');
-        first.tag = tr("Folders (") + count + QLatin1Char(')');
-    } else if (options.ExpectedMatch == 1) {
-        first.caption = tr("All Results (") + mask + tr(") (") + count + QLatin1Char(')');
-        first.tag = SpacedMask(mask) + tr(" files ");
-    } else {
-        first.caption = tr("All Results except (") + mask + tr(") (") + count + QLatin1Char(')');
-        first.tag = tr("! ") + SpacedMask(mask) + tr(" files ");
-    }
-    tsResults->setTabText(0, first.caption);
-    lblResultType->setText(first.tag);
-
-    favorites_.Add(mask.toStdString());
-    profile_.Settings().LastFileMask = mask.toStdString();
-    profile_.ProfileSetOptionsKey("LastFileMask", mask.toStdString());
+    const std::string mask = txtObjMask->text().toStdString();
+    favorites_.Add(mask);
+    profile_.Settings().LastFileMask = mask;
+    profile_.ProfileSetOptionsKey("LastFileMask", mask);
     cancel_.Lower();
     busy_ = false;
 }
@@ -81,69 +59,64 @@ ResultListModel* frmMain::ModelOf(QListView* list) const {
     return list == List1 ? model1_ : model2_;
 }
 
+void frmMain::SyncViews() {
+    const QSignalBlocker quiet(tsResults);
+    while (tsResults->count() > views_.Count()) {
+        tsResults->removeTab(tsResults->count() - 1);
+    }
+    while (tsResults->count() < views_.Count()) {
+        tsResults->addTab(QString());
+    }
+    for (int tab = 0; tab < views_.Count(); ++tab) {
+        tsResults->setTabText(tab, views_[tab].caption);
+    }
+    // A view may have moved or gone: the lists are pointed at the views as they are now.
+    model1_->ShowRows(&views_[0].rows);
+    const int current = tsResults->currentIndex();
+    if (current > 0) {
+        model2_->ShowRows(&views_[current].rows);
+        ShowList(List2);
+    } else {
+        model2_->Clear();
+        ShowList(List1);
+    }
+    lblResultType->setText(views_.LabelText(std::max(current, 0)));
+    UpdateCommandStates();
+}
+
 void frmMain::TabChanged(int tab) {
-    if (tab < 0 || tab >= static_cast<int>(views_.size())) {
+    if (tab < 0 || tab >= views_.Count()) {
         return;
     }
     if (tab == 0) {
         ShowList(List1);
-        lblResultType->setText(views_[0].tag);
     } else {
         List1->hide();
-        model2_->SetItems(views_[tab].items);
+        model2_->ShowRows(&views_[tab].rows);
         ShowList(List2);
-        lblResultType->setText(views_[tab].tag + tr(" files:"));
     }
+    lblResultType->setText(views_.LabelText(tab));
     UpdateSelectedCount();
 }
 
 void frmMain::UpdateSelectedCount() {
-    int selected = 0;
-    for (const QItemSelectionRange& range : VisibleList()->selectionModel()->selection()) {
-        selected += range.height();
-    }
-    lblSelCount->setText(tr("Selected: ") + QString::number(selected));
+    lblSelCount->setText(tr("Selected: ") + QString::number(SelectedRows(VisibleList()).size()));
 }
 
-int frmMain::FindViewByTag(const QString& text) const {
-    const QString wanted = text.trimmed();
-    for (size_t tab = 0; tab < views_.size(); ++tab) {
-        if (views_[tab].tag.trimmed() == wanted) {
-            return static_cast<int>(tab);
-        }
+void frmMain::RowRemoving(int tab, int row) {
+    if (tab == 0) {
+        model1_->BeginRemoveRow(row);
+    } else if (tab == tsResults->currentIndex()) {
+        model2_->BeginRemoveRow(row);
     }
-    return -1;
 }
 
-void frmMain::SetViewCaption(int tab, const QString& mask, int count) {
-    if (tab < 0 || tab >= static_cast<int>(views_.size())) {
-        return;
+void frmMain::RowRemoved(int tab) {
+    if (tab == 0) {
+        model1_->EndRemoveRow();
+    } else if (tab == tsResults->currentIndex()) {
+        model2_->EndRemoveRow();
     }
-    views_[tab].caption = SpacedMask(mask) + tr(" (") + QString::number(count) + QLatin1Char(')');
-    tsResults->setTabText(tab, views_[tab].caption);
-}
-
-int frmMain::FillTypeList(const std::string& extension, int32_t expectedCount) {
-    List2->hide();
-    List2->setEnabled(false);
-    model2_->Clear();
-    std::vector<int32_t> items;
-    if (expectedCount > 10000) {
-        items.reserve(static_cast<size_t>(expectedCount));
-    }
-    const FileDataArray& store = session_.Store();
-    for (int32_t i = 0; i <= store.UBound(); ++i) {
-        if (store[i].Extension() == extension) {
-            items.push_back(i);
-        }
-        if (i % 1000 == 1) {
-            YieldToEventLoop();
-        }
-    }
-    model2_->SetItems(std::move(items));
-    List2->setEnabled(true);
-    List2->show();
-    return model2_->rowCount();
 }
 
 void frmMain::CreateTypeViews(const SelectedTypeArray& types) {
@@ -151,46 +124,21 @@ void frmMain::CreateTypeViews(const SelectedTypeArray& types) {
         return;
     }
     SetBusy(true);
-    Progress& progress = *progress_;
-    progress.Create(1, static_cast<int>(types.size()), false);
+    progress_->Create(1, static_cast<int>(types.size()), false);
     int lastNew = -1;
     for (const SelectedTypeEntry& type : types) {
-        const QString extension = QString::fromStdString(type.Extension);
-        progress.SetMessage(tr("Processing... ") + extension);
-        progress.Update(1);
-        if (FindViewByTag(extension) >= 0) {
-            continue;
-        }
-        int tab = -1;
-        {
-            const QSignalBlocker quiet(tsResults);
-            tab = tsResults->addTab(extension);
-        }
-        if (tab < 0) {
-            continue;
-        }
-        views_.push_back({extension, extension, {}});
-        const int rows = FillTypeList(type.Extension, type.FileCount);
-        views_[static_cast<size_t>(tab)].items = model2_->Items();
-        SetViewCaption(tab, QLatin1Char('*') + extension, rows);
-        lastNew = tab;
+        progress_->SetMessage(tr("Processing... ") + QString::fromStdString(type.Extension));
+        progress_->Update(1);
+        const int tab = views_.AddTypeView(type.Extension, type.FileCount, [this] { yield_.Yield(); });
+        lastNew = tab >= 0 ? tab : lastNew;
     }
-    progress.Destroy();
+    progress_->Destroy();
     SetBusy(false);
+    SyncViews();
     if (lastNew > 0) {
         tsResults->setCurrentIndex(lastNew);
     }
     TabChanged(tsResults->currentIndex());
-}
-
-void frmMain::RemoveViewsButFirst() {
-    const QSignalBlocker quiet(tsResults);
-    while (tsResults->count() > 1) {
-        tsResults->removeTab(tsResults->count() - 1);
-    }
-    views_.resize(1);
-    tsResults->setCurrentIndex(0);
-    ShowList(List1);
 }
 
 void frmMain::NewResults() {
@@ -201,16 +149,12 @@ void frmMain::NewResults() {
     lstDummy->addItem(tr("searching..."));
     model1_->Clear();
     model2_->Clear();
-    RemoveViewsButFirst();
-    views_[0].caption = tr("No results");
-    views_[0].tag.clear();
-    tsResults->setTabText(0, views_[0].caption);
-    StatusState("clear");
+    views_.Clear();
+    status_.State(QStringLiteral("clear"));
     UnloadCensus();
     session_.Erase();
     folderResults_ = false;
-    lblSelCount->setText(tr("Selected: 0"));
-    lblResultType->clear();
+    SyncViews();
     SetBusy(false);
 }
 
@@ -218,43 +162,17 @@ void frmMain::CloseViews() {
     if (busy_) {
         return;
     }
-    model2_->Clear();
-    RemoveViewsButFirst();
+    views_.CloseViews();
+    SyncViews();
     TabChanged(0);
 }
 
 void frmMain::RemoveFromViews(std::string_view path) {
-    if (const int row = model1_->FindPath(path); row >= 0) {
-        model1_->RemoveRow(row);
+    views_.RemoveFromViews(path, txtObjMask->text(), this);
+    for (int tab = 0; tab < views_.Count(); ++tab) {
+        tsResults->setTabText(tab, views_[tab].caption);
     }
-    if (const int row = model2_->FindPath(path); row >= 0) {
-        model2_->RemoveRow(row);
-    }
-    const QString mask = txtObjMask->text();
-    const QString left = QString::number(model1_->rowCount());
-    views_[0].caption = tr("All Results (") + mask + tr(") (") + left + QLatin1Char(')');
-    views_[0].tag = SpacedMask(mask) + tr(" files (") + left + QLatin1Char(')');
-    tsResults->setTabText(0, views_[0].caption);
-    const int current = tsResults->currentIndex();
-    for (size_t tab = 1; tab < views_.size(); ++tab) {
-        auto& items = views_[tab].items;
-        if (static_cast<int>(tab) == current) {
-            items = model2_->Items();
-        } else {
-            const FileDataArray& store = session_.Store();
-            const auto found = std::find_if(items.begin(), items.end(), [&](int32_t item) {
-                return store[item].FullPath() == path;
-            });
-            if (found != items.end()) {
-                items.erase(found);
-            }
-        }
-        SetViewCaption(static_cast<int>(tab), QLatin1Char('*') + views_[tab].tag,
-                       static_cast<int>(items.size()));
-    }
-    if (current == 0) {
-        lblResultType->setText(views_[0].tag);
-    }
+    lblResultType->setText(views_.LabelText(std::max(tsResults->currentIndex(), 0)));
     UpdateSelectedCount();
 }
 
@@ -273,7 +191,7 @@ void frmMain::SelectNone() {
 void frmMain::InvertSelection() {
     QListView* list = VisibleList();
     const int rows = ModelOf(list)->rowCount();
-    if (busy_ || rows == 0) {
+    if (busy_ || rows == 0 || ModelOf(list)->ItemIndexAt(0) < 0) {
         return;
     }
     const QModelIndex top = list->indexAt(QPoint(1, 1));
@@ -286,16 +204,6 @@ void frmMain::InvertSelection() {
     } else {
         list->scrollTo(list->model()->index(rows - 1, 0));
     }
-}
-
-QString frmMain::ViewCaption(int tab) const {
-    return views_.at(static_cast<size_t>(tab)).caption;
-}
-QString frmMain::ViewTag(int tab) const {
-    return views_.at(static_cast<size_t>(tab)).tag;
-}
-int frmMain::ViewCount() const {
-    return static_cast<int>(views_.size());
 }
 
 void frmMain::UnloadCensus() {
@@ -317,16 +225,14 @@ void frmMain::ShowFileTypes() {
             return;
         }
         QApplication::setOverrideCursor(Qt::WaitCursor);
-        Progress& progress = *progress_;
         // Two passes over the store, each stepped about twenty times.
-        progress.Create(1, 42, false);
-        census_ =
-            std::make_unique<dlgStarDotStar>(session_.Store(), profile_, prompts_, progress, this);
+        progress_->Create(1, 42, false);
+        census_ = std::make_unique<dlgStarDotStar>(session_.Store(), profile_, prompts_,
+                                                   *progress_, yield_, this);
         census_->CreateMaskArrayCountSR(0);
         census_->SetupControls(tr("File Types in ") + views_[0].caption,
                                static_cast<int>(census_->CensusData().Hidden().size()));
-        census_->SetSearchData(StartPath(),
-                               txtObjMask->text().toStdString());
+        census_->SetSearchData(StartPath(), txtObjMask->text().toStdString());
         QApplication::restoreOverrideCursor();
     }
     const int result = prompts_.ShowModal(census_.get());

@@ -27,11 +27,21 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
     }
     tree_->header()->hide();
     if (!request.start.empty()) {
-        const QModelIndex start =
-            model_->index(QFile::decodeName(QByteArray::fromStdString(request.start)));
-        if (start.isValid()) {
-            tree_->setCurrentIndex(start);
-            tree_->scrollTo(start);
+        const QString start = QFile::decodeName(QByteArray::fromStdString(request.start));
+        const QModelIndex index = model_->index(start);
+        if (index.isValid()) {
+            tree_->setCurrentIndex(index);
+            tree_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+            // The model reads folders in the background: rows arriving above the start folder
+            // would push it out of sight, so it is brought back once its folder is read.
+            const QString parentFolder = model_->filePath(index.parent());
+            connect(model_, &QFileSystemModel::directoryLoaded, this,
+                    [this, parentFolder, start](const QString& loaded) {
+                        if (loaded == parentFolder) {
+                            tree_->scrollTo(model_->index(start),
+                                            QAbstractItemView::PositionAtCenter);
+                        }
+                    });
         }
     }
 
@@ -56,4 +66,9 @@ std::string FolderPickerDialog::SelectedFolder() const {
         return {};
     }
     return QFile::encodeName(model_->filePath(current)).toStdString();
+}
+
+bool FolderPickerDialog::SelectedFolderInView() const {
+    const QRect row = tree_->visualRect(tree_->currentIndex());
+    return row.isValid() && tree_->viewport()->rect().contains(row);
 }

@@ -18,6 +18,8 @@ public:
 
     // The selected folder as bytes; empty when none is selected.
     std::string SelectedFolder() const;
+    // Whether the selected folder's row is in sight.
+    bool SelectedFolderInView() const;
 
 private:
     QFileSystemModel* model_;

@@ -11,8 +11,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-dlgProgress::dlgProgress(CancelFlag& cancel, const AppSettings& settings, QWidget* owner)
-    : QDialog(owner), cancel_(cancel), settings_(settings), Label1(new QLabel(this)),
+dlgProgress::dlgProgress(CancelFlag& cancel, const AppSettings& settings, EventYield& yield,
+                         QWidget* owner)
+    : QDialog(owner), cancel_(cancel), settings_(settings), yield_(yield), Label1(new QLabel(this)),
       ProgressBar1(new QProgressBar(this)), cmdCancel(new QPushButton(tr("Cancel"), this)) {
     setObjectName("dlgProgress");
     setWindowTitle(kApplicationTitle);
@@ -78,12 +79,12 @@ void dlgProgress::UpdateDirect(int value) {
     if (value <= ProgressBar1->maximum()) {
         ProgressBar1->setValue(value);
     }
-    YieldNow();
+    yield_.Now();
 }
 
 void dlgProgress::CancelClicked() {
     cancel_.Raise();
-    YieldNow();
+    yield_.Now();
 }
 
 QString dlgProgress::Message() const {

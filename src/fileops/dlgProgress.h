@@ -8,6 +8,7 @@ class QLabel;
 class QProgressBar;
 class QPushButton;
 class CancelFlag;
+class EventYield;
 struct AppSettings;
 
 // `dlgProgress`: the modeless progress window of the window that owns it, transient for it, so
@@ -15,7 +16,7 @@ struct AppSettings;
 class dlgProgress : public QDialog, public Progress {
     Q_OBJECT
 public:
-    dlgProgress(CancelFlag& cancel, const AppSettings& settings, QWidget* owner);
+    dlgProgress(CancelFlag& cancel, const AppSettings& settings, EventYield& yield, QWidget* owner);
 
     void Create(int stepSize, int maximum, bool cancelAllowed) override;
     void Destroy() override;
@@ -35,6 +36,7 @@ private:
 
     CancelFlag& cancel_;
     const AppSettings& settings_;
+    EventYield& yield_;
     QLabel* Label1;
     QProgressBar* ProgressBar1;
     QPushButton* cmdCancel;

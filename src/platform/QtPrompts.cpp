@@ -9,7 +9,10 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QGridLayout>
+#include <QLabel>
 #include <QMessageBox>
+#include <QRegularExpression>
+#include <QScreen>
 
 QWidget* QtPrompts::Owner() const {
     if (QWidget* modal = QApplication::activeModalWidget()) {
@@ -33,6 +36,18 @@ MessageAnswer QtPrompts::Message(const QString& text, MessageIcon icon, MessageB
         QMessageBox::Yes | QMessageBox::No,
         QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel};
     box.setStandardButtons(kButtons[static_cast<int>(buttons)]);
+    // Wide enough that no line holding a path is broken, up to most of the screen.
+    if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+        int widest = 0;
+        for (const QString& line : text.split(QRegularExpression(QStringLiteral("\\r?\\n")))) {
+            if (line.contains(QLatin1Char('/'))) {
+                widest = std::max(widest, label->fontMetrics().horizontalAdvance(line) + 8);
+            }
+        }
+        const QScreen* screen = box.screen();
+        const int room = screen ? screen->availableGeometry().width() * 4 / 5 - 120 : 900;
+        label->setMinimumWidth(std::min(widest, room));
+    }
     switch (box.exec()) {
     case QMessageBox::Yes:
         return MessageAnswer::Yes;
@@ -70,6 +85,8 @@ SaveAnswer QtPrompts::SaveFile(const SaveRequest& request) {
     if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout())) {
         grid->addWidget(entireList, grid->rowCount(), 0, 1, grid->columnCount());
     }
+    // Large enough to read the names and dates in its list.
+    dialog.resize(dialog.sizeHint().expandedTo(QSize(820, 540)));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
         return {};
     }

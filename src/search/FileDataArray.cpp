@@ -105,6 +105,23 @@ std::string_view FileDataArray::RemarkDate(int32_t index) const {
     return it == remarks_.end() ? std::string_view{} : std::string_view(it->second.date);
 }
 
+std::vector<int32_t> RecordsOfExtension(const FileDataArray& store, std::string_view extension,
+                                        const std::function<void()>& yield, int32_t expected) {
+    std::vector<int32_t> records;
+    if (expected > 10000) {
+        records.reserve(static_cast<size_t>(expected));
+    }
+    for (int32_t i = 0; i <= store.UBound(); ++i) {
+        if (store[i].Extension() == extension) {
+            records.push_back(i);
+        }
+        if (yield && i % 1000 == 1) {
+            yield();
+        }
+    }
+    return records;
+}
+
 void FileDataArray::SetRemark(int32_t index, std::string_view remark, std::string_view remarkDate) {
     auto& r = remarks_[index];
     r.remark = remark;

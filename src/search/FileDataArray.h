@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cassert>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -66,6 +68,8 @@ private:
     static constexpr int32_t kBlockSize = 1 << kBlockShift;
 
     FileDataEntry& Slot(int32_t index) const {
+        // Storing or reading past the bounds is a fault of the caller; debug builds stop there.
+        assert(index >= 0 && index <= upper_);
         return blocks_[index >> kBlockShift][index & (kBlockSize - 1)];
     }
     const char* CopyPath(std::string_view folder, std::string_view name);
@@ -88,3 +92,10 @@ private:
     };
     std::unordered_map<int32_t, Remarks> remarks_;
 };
+
+// The records whose extension is exactly `extension` (byte for byte), in store order: what a
+// view of one type holds and an export of one type writes. `yield` runs every 1000 records;
+// `expected` reserves room when the count is known to be large.
+std::vector<int32_t> RecordsOfExtension(const FileDataArray& store, std::string_view extension,
+                                        const std::function<void()>& yield = {},
+                                        int32_t expected = 0);

@@ -29,7 +29,7 @@ void SearchSession::Run(const CancelFlag& cancel, WalkListener* listener) {
 
 void SearchSession::CloseStore() {
     store_.Redim(counters_.MatchedCount - 1);
-    listLimitExceeded_ = counters_.MatchedCount - 1 >= kListLimit;
+    listLimitExceeded_ = counters_.MatchedCount - 1 >= listLimit_;
 }
 
 void SearchSession::Erase() {

@@ -13,6 +13,8 @@ class SearchSession {
 public:
     // Rows a result list can hold; more results are shown only through per-type views.
     static constexpr int32_t kListLimit = 32701;
+    // Tests lower it, so that a few files stand for tens of thousands.
+    void SetListLimitForTesting(int32_t limit) { listLimit_ = limit; }
 
     // Resets counters and flags for a new search of `rootText` (made absolute against the
     // current folder, with a "/" at its end) with `options`.
@@ -51,4 +53,5 @@ private:
     bool starDotStarSearched_ = false;
     bool resultsAvailable_ = false;
     bool listLimitExceeded_ = false;
+    int32_t listLimit_ = kListLimit;
 };

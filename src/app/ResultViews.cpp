@@ -1,0 +1,128 @@
+#include "app/ResultViews.h"
+
+#include "search/FileDataArray.h"
+#include "search/PathText.h"
+
+#include <numeric>
+
+namespace {
+
+QString Spaced(const QString& mask) {
+    return QString(mask).replace(QLatin1Char(';'), QLatin1Char(' '));
+}
+
+} // namespace
+
+ResultViews::ResultViews(const FileDataArray& store) : store_(store) {
+    Clear();
+}
+
+QString ResultViews::LabelText(int tab) const {
+    const QString& tag = (*this)[tab].tag;
+    return tab == 0 ? tag : tag + QStringLiteral(" files:");
+}
+
+void ResultViews::Clear() {
+    views_.assign(1, ResultView{QStringLiteral("No results"), {}, {}});
+}
+
+void ResultViews::CloseViews() {
+    views_.resize(1);
+}
+
+void ResultViews::ShowSearch(const QString& mask, bool foldersOnly, bool except, int32_t matched,
+                             bool listed) {
+    CloseViews();
+    ResultView& first = views_[0];
+    const QString count = QString::number(matched);
+    if (foldersOnly) {
+        first.caption = QStringLiteral("All Results (folders only) (") + count + QLatin1Char(')');
+        first.tag = QStringLiteral("Folders (") + count + QLatin1Char(')');
+    } else if (!except) {
+        first.caption = QStringLiteral("All Results (") + mask + QStringLiteral(") (") + count +
+                        QLatin1Char(')');
+        first.tag = Spaced(mask) + QStringLiteral(" files ");
+    } else {
+        first.caption = QStringLiteral("All Results except (") + mask + QStringLiteral(") (") +
+                        count + QLatin1Char(')');
+        first.tag = QStringLiteral("! ") + Spaced(mask) + QStringLiteral(" files ");
+    }
+    first.rows.clear();
+    if (listed) {
+        first.rows.resize(static_cast<size_t>(matched));
+        std::iota(first.rows.begin(), first.rows.end(), 0);
+    }
+}
+
+int ResultViews::FindViewByTag(const QString& text) const {
+    const QString wanted = text.trimmed();
+    for (int tab = 0; tab < Count(); ++tab) {
+        if (views_[static_cast<size_t>(tab)].tag.trimmed() == wanted) {
+            return tab;
+        }
+    }
+    return -1;
+}
+
+void ResultViews::SetViewCaption(int tab, const QString& mask, int count) {
+    if (tab >= 0 && tab < Count()) {
+        views_[static_cast<size_t>(tab)].caption =
+            Spaced(mask) + QStringLiteral(" (") + QString::number(count) + QLatin1Char(')');
+    }
+}
+
+int ResultViews::AddTypeView(const std::string& extension, int32_t expectedCount,
+                             const std::function<void()>& yield) {
+    const QString tag = QString::fromStdString(extension);
+    if (FindViewByTag(tag) >= 0) {
+        return -1;
+    }
+    views_.push_back({tag, tag, RecordsOfExtension(store_, extension, yield, expectedCount)});
+    const int tab = Count() - 1;
+    // "*." for the type without an extension, "." itself.
+    SetViewCaption(tab, QLatin1Char('*') + tag, static_cast<int>(views_.back().rows.size()));
+    return tab;
+}
+
+int ResultViews::FindRow(int tab, std::string_view path) const {
+    const std::vector<int32_t>& rows = views_[static_cast<size_t>(tab)].rows;
+    for (size_t row = 0; row < rows.size(); ++row) {
+        if (store_[rows[row]].FullPath() == path) {
+            return static_cast<int>(row);
+        }
+    }
+    const std::string lowered = LowerCaseName(path);
+    for (size_t row = 0; row < rows.size(); ++row) {
+        if (LowerCaseName(store_[rows[row]].FullPath()) == lowered) {
+            return static_cast<int>(row);
+        }
+    }
+    return -1;
+}
+
+void ResultViews::RemoveFromViews(std::string_view path, const QString& mask, Observer* observer) {
+    for (int tab = 0; tab < Count(); ++tab) {
+        const int row = FindRow(tab, path);
+        if (row < 0) {
+            continue;
+        }
+        if (observer) {
+            observer->RowRemoving(tab, row);
+        }
+        auto& rows = views_[static_cast<size_t>(tab)].rows;
+        rows.erase(rows.begin() + row);
+        if (observer) {
+            observer->RowRemoved(tab);
+        }
+    }
+    // After a search the tag ends in " files "; after a removal it carries the count.
+    ResultView& first = views_[0];
+    const QString left = QString::number(first.rows.size());
+    first.caption = QStringLiteral("All Results (") + mask + QStringLiteral(") (") + left +
+                    QLatin1Char(')');
+    first.tag = Spaced(mask) + QStringLiteral(" files (") + left + QLatin1Char(')');
+    for (int tab = 1; tab < Count(); ++tab) {
+        const ResultView& view = views_[static_cast<size_t>(tab)];
+        SetViewCaption(tab, QLatin1Char('*') + view.tag, static_cast<int>(view.rows.size()));
+    }
+}

@@ -1,0 +1,103 @@
+#include "ScriptedPrompts.h"
+#include "TestTree.h"
+#include "fileops/modBrowse.h"
+#include "settings/modPProfile.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct PurposeCase {
+    int purpose;
+    const char* caption;
+    const char* prompt;
+    const char* root; // "home", "/" or "network"
+    const char* key;
+};
+
+TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
+    const PurposeCase cases[] = {
+        {1, "Select Destination Folder",
+         "Select the folder or drive into which the selected files will be copied.", "home",
+         "LastCopyFileTarget"},
+        {2, "Select Local Folder",
+         "Select the folder or drive into which the selected folder should be copied.", "/",
+         "LastCopyFolderTarget"},
+        {3, "Select Destination Folder",
+         "Choose the folder or drive into which all contents of selected folder should be copied.",
+         "/", "LastCopyFolderTarget"},
+        {4, "", "", "home", "LastMoveFileTarget"},
+        {5, "Select Destination Location",
+         "You are about to move a folder and all its contents. Choose a new location for the "
+         "selected folder.",
+         "home", "LastMoveFolderTarget"},
+        {6, "Select Local Folder", "Select the folder or drive in which to begin the search.", "/",
+         "LastSourceFolder"},
+        {7, "Select Network Share", "Select the network share in which to begin the search.",
+         "network", "LastSourceNetFolder"},
+        {8, "Select Network Administrative Share",
+         "Select the network share in which to begin the search.", "network",
+         "LastSourceNetAdminFolder"}};
+    for (const auto& c : cases) {
+        TestTree t;
+        t.Folder("home");
+        t.Folder("start");
+        t.Folder("picked");
+        modPProfile profile(t.Path("tallymoor.ini"), t.Path("home"));
+        profile.Start();
+        AppSettings& s = profile.Settings();
+        for (std::string* path :
+             {&s.LastCopyFileTarget, &s.LastCopyFolderTarget, &s.LastMoveFileTarget,
+              &s.LastMoveFolderTarget, &s.LastSourceNetFolder, &s.LastSourceNetAdminFolder}) {
+            *path = t.Path("start");
+        }
+        ScriptedPrompts prompts;
+        prompts.folders.push_back(t.Path("picked"));
+        const std::string picked =
+            modBrowse::PickFolder(c.purpose, true, t.Path("start"), profile, prompts);
+        EXPECT_EQ(picked, t.Path("picked"));
+        ASSERT_EQ(prompts.folderRequests.size(), 1u);
+        const FolderRequest& r = prompts.folderRequests[0];
+        EXPECT_EQ(r.caption, c.caption) << c.purpose;
+        EXPECT_EQ(r.prompt, c.prompt) << c.purpose;
+        const std::string root = std::string(c.root) == "home" ? t.Path("home/")
+                                 : std::string(c.root) == "/"  ? "/"
+                                                               : r.root;
+        EXPECT_EQ(r.root, root) << c.purpose;
+        // purpose 4 always starts at the home folder
+        EXPECT_EQ(r.start, c.purpose == 4 ? t.Path("home/") : t.Path("start")) << c.purpose;
+        EXPECT_EQ(profile.ProfileGetString("paths", c.key, ""), t.Path("picked")) << c.purpose;
+        EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""),
+                  std::to_string(c.purpose));
+        EXPECT_TRUE(prompts.asked.empty());
+    }
+}
+
+TEST(modBrowse, MissingStartCancelAndUnknownPurposes) {
+    TestTree t;
+    t.Folder("home");
+    modPProfile profile(t.Path("tallymoor.ini"), t.Path("home"));
+    profile.Start();
+    profile.Settings().LastCopyFileTarget = t.Path("deleted-since");
+    ScriptedPrompts prompts;
+    prompts.folders.push_back(""); // the user cancels
+    EXPECT_EQ(modBrowse::PickFolder(1, true, "", profile, prompts), "");
+    EXPECT_EQ(prompts.folderRequests[0].start, t.Path("home/"));
+    EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "0")
+        << "a cancelled pick remembers nothing";
+
+    prompts.folders.push_back(t.Path("home"));
+    prompts.answers.push_back(MessageAnswer::Ok);
+    modBrowse::PickFolder(9, true, "", profile, prompts);
+    ASSERT_EQ(prompts.asked.size(), 1u);
+    EXPECT_EQ(prompts.asked[0].text, "oops!");
+    EXPECT_EQ(prompts.asked[0].icon, MessageIcon::None);
+    EXPECT_EQ(prompts.folderRequests[1].caption, "");
+    EXPECT_EQ(prompts.folderRequests[1].prompt, "");
+    EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "9");
+
+    modBrowse::RememberPickedFolder(6, "", profile);
+    EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "9");
+}
+
+} // namespace

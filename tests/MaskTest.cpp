@@ -1,0 +1,134 @@
+#include "search/MaskMatcher.h"
+#include "search/MaskRules.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct MatchCase {
+    const char* mask;
+    const char* name;
+    bool expected;
+};
+
+TEST(MaskMatcher, MatchesByTheRulesOfTheFileMaskField) {
+    const MatchCase cases[] = {
+        // one extension, any case, several dots, no dot, leading and trailing dot
+        {"*.txt", "a.txt", true}, {"*.txt", "A.TXT", true},
+        {"*.TXT", "notes.Txt", true}, {"*.txt", "a.txt.bak", false},
+        {"*.txt", "txt", false}, {"*.txt", ".txt", true},
+        {"*.tar.gz", "x.TAR.GZ", true}, {"*.gz", "x.tar.gz", true},
+        {"*.txt", "a.txt ", false},
+        // "*.*" matches every name, with or without a dot
+        {"*.*", "README", true}, {"*.*", "a.b.c", true},
+        {"*.*", ".bashrc", true}, {"*.*", "x.", true},
+        {"*", "anything at all", true}, {"**", "abc", true},
+        {"***", "", true},
+        // "*." and ".*" are ordinary patterns
+        {"*.", "foo.", true}, {"*.", "foo", false},
+        {"*.", "foo.txt", false}, {".*", ".bashrc", true},
+        {".*", "a.txt", false}, {".*", "..x", true},
+        // "?" is exactly one character, also a non-ASCII one or a byte that is not UTF-8
+        {"?", "a", true}, {"?", "ab", false}, {"?", "\xc3\xa4", true},
+        {"?", "\xff", true}, {"a?c", "abc", true}, {"a?c", "ac", false},
+        {"*.t?t", "a.TXT", true}, {"*.t?t", "a.tt", false},
+        {"caf?.txt", "caf\xe9.txt", true},
+        // backtracking over several stars
+        {"*a*b*c", "xaybzc", true}, {"*a*b*c", "abcab", false},
+        {"a*", "A", true}, {"*x*", "x", true},
+        // no character classes: "[" stands for itself
+        {"[ab].txt", "[ab].txt", true}, {"[ab].txt", "a.txt", false},
+        {"*[*", "a[b", true},
+        // a backslash escapes nothing; letters compare without regard to case
+        {"a\\*", "a\\b", true}, {"file.txt", "FILE.TXT", true},
+        {"file.txt", "file.txt2", false},
+        // several patterns; blanks before a pattern are ignored, blanks after it are not
+        {"*.txt;*.log", "x.LOG", true}, {"*.txt;*.log", "x.doc", false},
+        {"*.txt; *.log", "x.log", true}, {"  *.txt", "a.txt", true},
+        {"*.txt ;*.log", "x.txt", false}, {"*.txt ;*.log", "x.txt ", true},
+        {"*.txt;", "a.txt", true}, {"", "a", false}, {";", "a", false},
+        {"   ", "a", false}, {"*.doc;*.*", "README", true},
+        // case-insensitive beyond ASCII; names that are not UTF-8 match byte for byte
+        {"\xc3\x84*", "\xc3\xa4pfel.txt", true}, // "Ä*" ~ "äpfel.txt"
+        {"*.\xc3\x96L", "x.\xc3\xb6l", true},    // "*.ÖL" ~ "x.öl"
+        {"*.txt", "caf\xe9.txt", true}, {"caf\xe9.txt", "CAF\xe9.TXT", true},
+        {"caf\xe9.txt", "caf\xc3\xa9.txt", false}};
+    for (const MatchCase& c : cases) {
+        EXPECT_EQ(MaskMatcher(c.mask).Matches(c.name), c.expected)
+            << "mask '" << c.mask << "' name '" << c.name << "'";
+    }
+    // One pattern alone: ";" is an ordinary character there.
+    EXPECT_TRUE(WildcardMatch("*.?", "*.*"));
+    EXPECT_FALSE(WildcardMatch("*.*;*", "*.*"));
+}
+
+struct FoldingCase {
+    const char* name;
+    bool matches;
+    std::vector<const char*> patterns;
+};
+
+TEST(MaskMatcher, EveryWayOfWritingAPatternGivesTheSameAnswer) {
+    const FoldingCase cases[] = {
+        {"a.\xc5\xbf", true, {"*.s", "?.s", "a.s", "*.S", "A.?", "*.\xc5\xbf", "*\xc5\xbf"}}, // ſ is s
+        {"a\xe2\x84\xaa", true, {"*k", "?k", "ak", "AK", "*K", "a\xe2\x84\xaa"}},   // the Kelvin sign is k
+        {"ak", true, {"a\xe2\x84\xaa", "*\xe2\x84\xaa", "?\xe2\x84\xaa"}},
+        {"stra\xc3\x9f" "e.txt", false, {"strasse.txt", "*sse.txt", "STRASSE.TXT", "*ss?.txt"}}, // ß stays ß
+        {"stra\xc3\x9f" "e.txt", true, {"STRA\xe1\xba\x9e" "E.TXT", "*\xc3\x9f" "e.txt", "*.txt", "stra?e.*"}},
+        {"\xc4\xb0stanbul", false, {"i*", "I*", "istanbul"}}, // İ is not i
+        {"\xc4\xb0stanbul", true, {"\xc4\xb0*", "?stanbul", "*STANBUL"}},
+        {"\xc4\xb1i", false, {"I*", "ii", "*I?"}}, // ı is not i
+        {"\xc4\xb1i", true, {"\xc4\xb1*", "?I", "*i"}},
+        {"\xc3\x89t\xc3\xa9.TXT", true, {"\xc3\xa9t\xc3\xa9.txt", "*.txt", "?t?.txt", "\xc3\x89T\xc3\x89.*", "*\xc3\x89.txt"}},
+        {"\xff.txt", true, {"*.txt", "?.txt", "\xff.TXT", "\xff*"}},
+        {"\xff.txt", false, {"\xfe.txt", "\xc3\xbf.txt", "??.txt"}}, // a stray byte is one character, itself
+        {"\xc3.txt", true, {"?.txt", "\xc3*"}},
+    };
+    for (const FoldingCase& c : cases) {
+        for (const char* pattern : c.patterns) {
+            EXPECT_EQ(MaskMatcher(pattern).Matches(c.name), c.matches)
+                << "name " << c.name << ", pattern " << pattern;
+        }
+    }
+}
+
+struct VerdictCase {
+    const char* mask;
+    MaskVerdict verdict;
+};
+
+TEST(MaskRules, AMaskIsRefusedWhenEmptyOrWhenStarDotStarIsNotAlone) {
+    const VerdictCase cases[] = {
+        {"", MaskVerdict::Empty}, {"*.*", MaskVerdict::Accepted}, {" *.* ", MaskVerdict::Accepted},
+        {"*.txt;*.log", MaskVerdict::Accepted}, {"   ", MaskVerdict::Accepted},
+        // without the text "*.*" nothing is counted, so a lone "*" passes
+        {"*", MaskVerdict::Accepted}, {"*;*.txt", MaskVerdict::Accepted},
+        {"*.*;*.txt", MaskVerdict::Ambiguous}, {"*.txt;*.*", MaskVerdict::Ambiguous},
+        {"*.*;", MaskVerdict::Ambiguous}, {"*.*;*.*", MaskVerdict::StarDotStarTwice},
+        {"*.*; *", MaskVerdict::StarDotStarTwice}, {"*.*;**", MaskVerdict::StarDotStarTwice},
+        // "*.?" matches the text "*.*" as a pattern, so it counts as one
+        {"*.*;*.?", MaskVerdict::StarDotStarTwice}, {"*.**", MaskVerdict::Accepted},
+        // an element holding "*.*" that does not match it counts for nothing
+        {"a*.*;*.txt", MaskVerdict::Accepted}};
+    for (const VerdictCase& c : cases) {
+        EXPECT_EQ(ValidateMask(c.mask), c.verdict) << "'" << c.mask << "'";
+    }
+}
+
+TEST(MaskRules, EveryRefusalHasItsText) {
+    const std::pair<MaskVerdict, const char*> texts[] = {
+        {MaskVerdict::Empty, "No File Mask has been specified; nothing to do."},
+        {MaskVerdict::StarDotStarTwice,
+         "You have specified ' *.* ' more than once in the File Mask field."},
+        {MaskVerdict::Ambiguous, "Ambiguous file masks selected. The File Mask field contains "
+                                 "both ' *.* ' and specific file types."},
+        {MaskVerdict::Accepted, ""}};
+    for (const auto& [verdict, text] : texts) {
+        EXPECT_EQ(MaskRefusalText(verdict), text);
+    }
+    EXPECT_EQ(MaskList("*.txt; *.log ;"), (std::vector<std::string>{"*.txt", "*.log", ""}));
+    EXPECT_TRUE(ContainsStarDotStar("a*.*b"));
+    EXPECT_FALSE(ContainsStarDotStar("*"));
+}
+
+} // namespace

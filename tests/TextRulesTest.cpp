@@ -1,0 +1,107 @@
+// The small rules of names, paths, sorting and the status texts. The environment sets
+// LC_ALL=en_US.UTF-8, so numbers group with ",".
+
+#include "QtPrinters.h"
+#include "search/PathText.h"
+#include "search/SearchStatus.h"
+#include "search/SortStrings.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace {
+
+TEST(PathText, NamesAndPaths) {
+    const std::pair<const char*, const char*> extensions[] = {
+        {"a.txt", ".txt"}, {"a", ""}, {".bashrc", ".bashrc"}, {"a.b.c", ".c"},
+        {"a.", "."},       {"", ""},  {"x.TAR.GZ", ".GZ"},    {"caf\xe9.d\xe9", ".d\xe9"}};
+    for (const auto& [name, extension] : extensions) {
+        EXPECT_EQ(ExtensionOf(name), extension) << name;
+    }
+    const std::pair<const char*, const char*> lowered[] = {
+        {".TXT", ".txt"},
+        {"\xc3\x84\xc3\x96.\xc3\x9c", "\xc3\xa4\xc3\xb6.\xc3\xbc"}, // ÄÖ.Ü
+        {"\xff\xfe" "A", "\xff\xfe" "a"},                          // bytes that are not UTF-8 stay
+        {"\xc3" "A", "\xc3" "a"}};                                 // a lead byte alone
+    for (const auto& [name, lower] : lowered) {
+        EXPECT_EQ(LowerCaseName(name), lower);
+    }
+    const std::pair<const char*, const char*> parents[] = {
+        {"/home/ann/docs/", "/home/ann/"}, {"/home/ann/docs", "/home/ann/"}, {"/home", "/"},
+        {"/", "/"}, {"docs/x", "docs/"}, {"docs", ""}};
+    for (const auto& [path, parent] : parents) {
+        EXPECT_EQ(ParentFolder(path), parent) << path;
+    }
+    EXPECT_EQ(WithTrailingSlash("/tmp"), "/tmp/");
+    EXPECT_EQ(WithTrailingSlash("/tmp/"), "/tmp/");
+    EXPECT_EQ(WithTrailingSlash(""), "");
+    EXPECT_EQ(ToFileTime(0, 0), 116444736000000000LL);
+    EXPECT_EQ(ToFileTime(1, 999), 116444736000000000LL + 10000000 + 9);
+}
+
+TEST(PathText, EveryInvalidByteIsOneCharacter) {
+    const std::pair<const char*, size_t> cases[] = {
+        {"abc", 3}, {"\xc3\xa4", 1}, {"\xf0\x9f\x98\x80", 1}, {"\xc0\xaf", 2} /* overlong */,
+        {"\xed\xa0\x80", 3} /* surrogate */, {"\xe2\x82", 2} /* cut short */, {"\xff\xfe", 2}};
+    for (const auto& [text, characters] : cases) {
+        const std::string_view view(text);
+        size_t pos = 0, count = 0;
+        for (; pos < view.size(); ++count) {
+            DecodeUtf8(view, pos);
+        }
+        EXPECT_EQ(count, characters) << text;
+    }
+}
+
+TEST(SortStrings, SortsByBytesAsTheQuicksortDid) {
+    const int pivots[][3] = {{0, 1, 0}, {1, 2, 2}, {2, 3, 2}, {5, 8, 6}, {0, 2147483647, 1073741824}};
+    for (const auto& p : pivots) {
+        EXPECT_EQ(SortPivotIndex(p[0], p[1]), p[2]) << p[0] << ".." << p[1];
+    }
+    std::vector<std::string> bytes = {"b", "\xc3\xa9", "Z", "a", "\xff", "", "B", "a"};
+    SortStrings(bytes, 0, static_cast<int>(bytes.size()) - 1);
+    EXPECT_EQ(bytes, (std::vector<std::string>{"", "B", "Z", "a", "a", "b", "\xc3\xa9", "\xff"}));
+    std::vector<std::string_view> range = {"z", "c", "b", "a", "y"};
+    SortStrings(range, 1, 3);
+    EXPECT_EQ(range, (std::vector<std::string_view>{"z", "a", "b", "c", "y"}));
+    // Random, sorted, reversed and equal inputs, long enough to hit deep recursion.
+    std::mt19937 random(7);
+    std::vector<std::vector<std::string>> inputs(4);
+    for (int i = 0; i < 50000; ++i) {
+        inputs[0].push_back(std::string(1 + random() % 3, static_cast<char>('a' + random() % 4)));
+        inputs[1].push_back(std::to_string(100000 + i));
+        inputs[2].push_back(std::to_string(200000 - i));
+        inputs[3].push_back("x");
+    }
+    for (auto& input : inputs) {
+        auto expected = input;
+        std::sort(expected.begin(), expected.end());
+        SortStrings(input, 0, static_cast<int>(input.size()) - 1);
+        EXPECT_EQ(input, expected);
+    }
+}
+
+TEST(SearchStatus, TheTextsOfASearch) {
+    const std::pair<QString, QString> texts[] = {
+        {ObjectsText(1234567), "Objects: 1,234,567"},
+        {MatchedText(4000), "Matched: 4,000"},
+        {ElapsedText(0.0f), "Elapsed: 0.00  seconds"},
+        {ElapsedText(59.98f), "Elapsed: 59.98  seconds"},
+        {ElapsedText(59.99f), "Elapsed: 59.99"}, // no unit from here on, kept so on purpose
+        {ElapsedText(1234.5f), "Elapsed: 1,234.50"},
+        {OutcomeText(false), "Done"},
+        {OutcomeText(true), "Cancelled"},
+        {FolderMessageTexts("photos", 12345, 7).part0, "Searching photos "},
+        {FolderMessageTexts("photos", 12345, 7).part1, " Objects: 12,345"},
+        {FolderMessageTexts("photos", 12345, 7).part2, " Matched: 7"},
+        {NoMatchesMessage(false, "*.txt;*.log", "/home/u/"),
+         "No files matching ' *.txt;*.log ' were found in or under the root path ' /home/u/ '"},
+        {NoMatchesMessage(true, "*.*", "/srv/"),
+         "No folders matching ' *.* ' were found in or under the root path ' /srv/ '"}};
+    for (const auto& [actual, expected] : texts) {
+        EXPECT_EQ(actual, expected);
+    }
+}
+
+} // namespace
