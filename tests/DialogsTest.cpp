@@ -8,6 +8,7 @@
 #include "fileops/dlgProperties.h"
 #include "platform/CancelFlag.h"
 #include "platform/EventYield.h"
+#include "platform/QtPrompts.h"
 #include "settings/modPProfile.h"
 
 #include <QCoreApplication>
@@ -67,15 +68,16 @@ TEST(dlgProgress, MessageBarAndCancel) {
 
 TEST(FolderPickerDialog, ShowsCaptionPromptAndTheStartFolderInSight) {
     TestTree t;
-    for (int i = 0; i < 200; ++i) {
-        t.Folder("a/f" + std::to_string(1000 + i)); // rows that arrive above the start folder
+    for (int i = 0; i < 100; ++i) { // rows that arrive above the start folder, at two levels
+        t.Folder("f" + std::to_string(1000 + i));
+        t.Folder("z/f" + std::to_string(1000 + i));
     }
-    t.Folder("a/z-start");
-    FolderPickerDialog dialog({"Select Local Folder", "Pick one.", t.Root(), t.Path("a/z-start")});
+    t.Folder("z/z-start");
+    FolderPickerDialog dialog({"Select Local Folder", "Pick one.", t.Root(), t.Path("z/z-start")});
     dialog.show();
     EXPECT_EQ(dialog.windowTitle(), "Select Local Folder");
     EXPECT_EQ(dialog.findChild<QLabel*>("lblPrompt")->text(), "Pick one.");
-    EXPECT_EQ(dialog.SelectedFolder(), t.Path("a/z-start"));
+    EXPECT_EQ(dialog.SelectedFolder(), t.Path("z/z-start"));
     EXPECT_TRUE(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->isEnabled());
     // The model reads the folder in the background: wait until it has (not a time to pass).
     QElapsedTimer waited;
@@ -190,6 +192,27 @@ TEST(dlgProperties, ShowsWhatTheFileSystemSays) {
     EXPECT_EQ(dlgProperties::PermissionsText(S_IFLNK | 0777), "lrwxrwxrwx (777)");
     dlgProperties gone(t.Path("vanished.txt"));
     EXPECT_EQ(gone.Field("Type"), "(cannot be read: it may have been moved or deleted)");
+}
+
+// A path in a message is never broken at a blank; when it must be, then after a "/".
+TEST(QtPrompts, PathsInMessagesStayWhole) {
+    const QFontMetrics metrics{QFont()};
+    const int room = metrics.horizontalAdvance("Confirm opening of /home/ann/a b/c d.txt") + 4;
+    const QChar nb(0xA0);
+    const std::pair<QString, QStringList> cases[] = {
+        {"Confirm opening of /home/ann/a b/c d.txt",
+         {"Confirm opening of /home/ann/a" + QString(nb) + "b/c" + nb + "d.txt"}},
+        {"Could not open ' /home/ann/a b/c d.txt ' with Editor: it failed",
+         {"Could not open '", "/home/ann/a" + QString(nb) + "b/c" + nb + "d.txt", "' with Editor: it failed"}},
+        {"Confirm opening of /home/ann/" + QString(40, 'x') + "/" + QString(40, 'y'),
+         {"Confirm opening of", "/home/ann/", QString(40, 'x') + "/", QString(40, 'y')}},
+        {"No path here, only words.", {"No path here, only words."}},
+    };
+    for (const auto& [text, lines] : cases) {
+        int widest = 0;
+        EXPECT_EQ(KeepPathsWhole(text, metrics, room, widest).split('\n'), lines);
+        EXPECT_LE(widest, room);
+    }
 }
 
 } // namespace

@@ -45,7 +45,8 @@ public:
                const QModelIndex& index) const override {
         QStyleOptionViewItem plain = option;
         initStyleOption(&plain, index);
-        const auto [extension, rest] = FirstToken(plain.text.toStdString(), '\t');
+        const std::string line = plain.text.toStdString(); // the views below point into it
+        const auto [extension, rest] = FirstToken(line, '\t');
         plain.text.clear();
         const QWidget* widget = plain.widget;
         QStyle* style = widget ? widget->style() : QApplication::style();

@@ -1,6 +1,7 @@
 #include "fileops/FolderPickerDialog.h"
 
 #include <QDialogButtonBox>
+#include <QEvent>
 #include <QFile>
 #include <QFileSystemModel>
 #include <QHeaderView>
@@ -32,16 +33,19 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
         if (index.isValid()) {
             tree_->setCurrentIndex(index);
             tree_->scrollTo(index, QAbstractItemView::PositionAtCenter);
-            // The model reads folders in the background: rows arriving above the start folder
-            // would push it out of sight, so it is brought back once its folder is read.
-            const QString parentFolder = model_->filePath(index.parent());
-            connect(model_, &QFileSystemModel::directoryLoaded, this,
-                    [this, parentFolder, start](const QString& loaded) {
-                        if (loaded == parentFolder) {
-                            tree_->scrollTo(model_->index(start),
-                                            QAbstractItemView::PositionAtCenter);
-                        }
-                    });
+            // The model reads folders in the background: rows arriving or being sorted above the
+            // start folder would push it out of sight, so it is brought back each time, until
+            // the user moves in the tree.
+            const auto keepInSight = [this, start] {
+                if (!userMoved_) {
+                    tree_->scrollTo(model_->index(start), QAbstractItemView::PositionAtCenter);
+                }
+            };
+            connect(model_, &QAbstractItemModel::rowsInserted, this, keepInSight);
+            connect(model_, &QAbstractItemModel::layoutChanged, this, keepInSight);
+            connect(model_, &QFileSystemModel::directoryLoaded, this, keepInSight);
+            tree_->viewport()->installEventFilter(this);
+            tree_->installEventFilter(this);
         }
     }
 
@@ -58,6 +62,14 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
     layout->addWidget(tree_, 1);
     layout->addWidget(buttons);
     resize(420, 480);
+}
+
+bool FolderPickerDialog::eventFilter(QObject* watched, QEvent* event) {
+    const QEvent::Type type = event->type();
+    if (type == QEvent::MouseButtonPress || type == QEvent::KeyPress || type == QEvent::Wheel) {
+        userMoved_ = true;
+    }
+    return QDialog::eventFilter(watched, event);
 }
 
 std::string FolderPickerDialog::SelectedFolder() const {

@@ -22,7 +22,10 @@ public:
     bool SelectedFolderInView() const;
 
 private:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
     QFileSystemModel* model_;
+    bool userMoved_ = false;
     QTreeView* tree_;
     QPushButton* ok_;
 };

@@ -12,7 +12,57 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QRegularExpression>
+#include <QHeaderView>
 #include <QScreen>
+#include <QTreeView>
+
+// A message's text laid out so that a path it quotes stays whole: its blanks do not break, it
+// goes to a line of its own when the line is too narrow for it, and only a path wider than the
+// box is broken, after a "/". A path begins at a "/" at the start of a line or after a blank,
+// and ends at the line's end or at the " '" that closes a quote. `widest` receives the width of
+// the longest line.
+QString KeepPathsWhole(const QString& text, const QFontMetrics& metrics, int room, int& widest) {
+    QStringList lines;
+    for (const QString& line : text.split(QRegularExpression(QStringLiteral("\\r?\\n")))) {
+        int start = line.startsWith(QLatin1Char('/')) ? 0 : line.indexOf(QStringLiteral(" /")) + 1;
+        if (start <= 0 && !line.startsWith(QLatin1Char('/'))) {
+            lines << line;
+            continue;
+        }
+        int end = line.indexOf(QStringLiteral(" '"), start);
+        end = end < 0 ? line.size() : end;
+        const QString prefix = line.left(start);
+        const QString path = line.mid(start, end - start).replace(QLatin1Char(' '), QChar(0xA0));
+        const QString suffix = line.mid(end);
+        if (metrics.horizontalAdvance(prefix + path + suffix) <= room) {
+            lines << prefix + path + suffix;
+            continue;
+        }
+        if (!prefix.trimmed().isEmpty()) {
+            lines << prefix.trimmed();
+        }
+        const QStringList parts = path.split(QLatin1Char('/'));
+        QString piece = parts.front(); // empty for a path that begins at "/"
+        for (qsizetype i = 1; i < parts.size(); ++i) {
+            const QString next = piece + QLatin1Char('/') + parts[i];
+            if (!piece.isEmpty() && metrics.horizontalAdvance(next + QLatin1Char('/')) > room) {
+                lines << piece + QLatin1Char('/');
+                piece = parts[i];
+            } else {
+                piece = next;
+            }
+        }
+        lines << piece;
+        if (!suffix.trimmed().isEmpty()) {
+            lines << suffix.trimmed();
+        }
+    }
+    widest = 0;
+    for (const QString& line : lines) {
+        widest = std::max(widest, std::min(metrics.horizontalAdvance(line), room));
+    }
+    return lines.join(QLatin1Char('\n'));
+}
 
 QWidget* QtPrompts::Owner() const {
     if (QWidget* modal = QApplication::activeModalWidget()) {
@@ -36,17 +86,14 @@ MessageAnswer QtPrompts::Message(const QString& text, MessageIcon icon, MessageB
         QMessageBox::Yes | QMessageBox::No,
         QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel};
     box.setStandardButtons(kButtons[static_cast<int>(buttons)]);
-    // Wide enough that no line holding a path is broken, up to most of the screen.
     if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
-        int widest = 0;
-        for (const QString& line : text.split(QRegularExpression(QStringLiteral("\\r?\\n")))) {
-            if (line.contains(QLatin1Char('/'))) {
-                widest = std::max(widest, label->fontMetrics().horizontalAdvance(line) + 8);
-            }
-        }
+        // The widest text a box takes on this screen (as QMessageBox limits itself).
         const QScreen* screen = box.screen();
-        const int room = screen ? screen->availableGeometry().width() * 4 / 5 - 120 : 900;
-        label->setMinimumWidth(std::min(widest, room));
+        const int screenWidth = screen ? screen->availableGeometry().width() : 1280;
+        const int room = (screenWidth <= 1024 ? screenWidth : std::min(screenWidth - 480, 1000)) - 120;
+        int widest = 0;
+        box.setText(KeepPathsWhole(text, label->fontMetrics(), room, widest));
+        label->setMinimumWidth(widest);
     }
     switch (box.exec()) {
     case QMessageBox::Yes:
@@ -87,6 +134,10 @@ SaveAnswer QtPrompts::SaveFile(const SaveRequest& request) {
     }
     // Large enough to read the names and dates in its list.
     dialog.resize(dialog.sizeHint().expandedTo(QSize(820, 540)));
+    if (auto* details = dialog.findChild<QTreeView*>(QStringLiteral("treeView"))) {
+        details->header()->setStretchLastSection(true);
+        details->header()->resizeSection(0, 330);
+    }
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
         return {};
     }

@@ -2,8 +2,14 @@
 
 #include "platform/Prompts.h"
 
+#include <QFontMetrics>
 #include <QPointer>
 #include <QWidget>
+
+// A message's text laid out so that a path it quotes stays whole: its blanks do not break, it
+// goes to a line of its own when its line is wider than `room`, and only a path wider than that
+// is broken, after a "/". `widest` receives the width of the longest line.
+QString KeepPathsWhole(const QString& text, const QFontMetrics& metrics, int room, int& widest);
 
 // The real dialogs. Each box belongs to the modal dialog the user is working in, else to the
 // window given by SetOwner, so that it stays above it and is placed over it.
