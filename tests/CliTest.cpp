@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <optional>
 #include <sstream>
 
 namespace {
@@ -23,14 +24,14 @@ struct CliRun {
     std::string err;
 };
 
-CliRun RunCli(std::vector<std::string> args) {
+CliRun RunCli(std::vector<std::string> args, const CliSystem& system = {}) {
     char* outData = nullptr;
     char* errData = nullptr;
     size_t outSize = 0, errSize = 0;
     std::FILE* out = open_memstream(&outData, &outSize);
     std::FILE* err = open_memstream(&errData, &errSize);
     CliRun run;
-    run.status = RunCommandLine(args, out, err);
+    run.status = RunCommandLine(args, out, err, nullptr, system);
     std::fclose(out);
     std::fclose(err);
     run.out.assign(outData, outSize);
@@ -133,6 +134,50 @@ TEST(Cli, CensusPrintsTheTypesAndWritesTheReport) {
     EXPECT_NE(report.find("#     Root Path:\t" + t.Root() + "\r\n#     File Mask:\t*.*\r\n"),
               std::string::npos);
     EXPECT_NE(report.find("#     Total Files:\t5\r\n"), std::string::npos);
+}
+
+TEST(Cli, TrashAsksOnTheTerminalAndListsWhatDidNotGo) {
+    TestTree t;
+    for (const char* f : {"a.txt", "b.txt", "keep.txt", "d/c.txt", "d/e/f.txt"}) {
+        t.File(f);
+    }
+    std::vector<std::string> asked, trashed;
+    std::optional<std::string> answer;
+    const CliSystem system{[&](const std::string& path) -> std::string {
+                               trashed.push_back(path.substr(t.Root().size()));
+                               return path == t.Path("keep.txt") ? "Permission denied" : "";
+                           },
+                           [&](const std::string& question) {
+                               asked.push_back(question);
+                               return answer;
+                           }};
+    // No terminal: nothing goes without --yes; "n" declines.
+    EXPECT_EQ(RunCli({"trash", t.Root(), "*.txt"}, system).status, 2);
+    answer = "n";
+    EXPECT_EQ(RunCli({"trash", t.Root(), "*.txt"}, system).status, 0);
+    EXPECT_EQ(asked, (std::vector<std::string>{"Send 5 items to the trash? [y/N] ",
+                                               "Send 5 items to the trash? [y/N] "}));
+    EXPECT_TRUE(trashed.empty());
+
+    CliRun run = RunCli({"trash", t.Root(), "*.txt", "--yes"}, system);
+    EXPECT_EQ(run.status, 4);
+    std::string found;
+    for (const auto& p : ReaddirOrder(t.Root())) {
+        if (p.back() != '/') {
+            found += p + "\n";
+        }
+    }
+    found.erase(found.find(t.Path("keep.txt") + "\n"), t.Path("keep.txt").size() + 1);
+    EXPECT_EQ(run.out, found);
+    EXPECT_NE(run.err.find(t.Path("keep.txt") + "\terror: file doesn't exist (Permission denied)\n"),
+              std::string::npos);
+
+    // A folder takes its results along: "d/e" is not asked for once "d" has gone.
+    trashed.clear();
+    answer = "y";
+    run = RunCli({"trash", t.Root(), "*", "--folders-only"}, system);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(trashed, std::vector<std::string>{"d"});
 }
 
 TEST(Cli, TheSettingsOptionIsTakenOutWherever) {

@@ -4,6 +4,8 @@
 #include "TestTree.h"
 
 #include <cstdlib>
+#include <filesystem>
+#include <set>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -197,6 +199,40 @@ TEST_F(GioDesktopTest, TheFileManagerShowsFoldersAndPropertiesWhenItAnswers) {
     prompts.propertiesToShow = 1;
     desktop.ShowProperties(t.Path("my docs"));
     EXPECT_EQ(prompts.propertiesShown, std::vector<std::string>{t.Path("my docs")});
+}
+
+// The Path= lines of the trash's info files, and how many items its files folder holds.
+std::set<std::string> TrashedPaths(size_t& items) {
+    const std::string trash = XdgFolders::Tree().Path("data/Trash/");
+    std::set<std::string> paths;
+    for (const auto& info : std::filesystem::directory_iterator(trash + "info")) {
+        const std::string text = ReadBytes(info.path());
+        const size_t at = text.find("\nPath=") + 6;
+        paths.insert(text.substr(at, text.find('\n', at) - at));
+        EXPECT_NE(text.find("\nDeletionDate=20"), std::string::npos) << text;
+    }
+    items = std::distance(std::filesystem::directory_iterator(trash + "files"), {});
+    return paths;
+}
+
+TEST_F(GioDesktopTest, TheTrashKeepsEveryItemWithItsWholePath) {
+    const std::string longName(250, 'n');
+    for (const std::string& name : {std::string("x/same.txt"), std::string("y/same.txt"),
+                                    std::string("z/odd \xff name.txt"), "z/" + longName}) {
+        t.File(name);
+        EXPECT_EQ(desktop.MoveToTrash(t.Path(name)), "") << name;
+        EXPECT_FALSE(std::filesystem::exists(t.Path(name)));
+    }
+    size_t items = 0;
+    const std::set<std::string> paths = TrashedPaths(items);
+    EXPECT_EQ(items, 4u);
+    EXPECT_EQ(paths, (std::set<std::string>{t.Path("x/same.txt"), t.Path("y/same.txt"),
+                                            t.Path("z/odd%20%FF%20name.txt"),
+                                            t.Path("z/" + longName)}));
+    EXPECT_EQ(desktop.MoveToTrash(t.Path("x/same.txt")), "No such file or directory");
+    // What the trash cannot take stays where it is, with the system's reason.
+    EXPECT_NE(desktop.MoveToTrash("/proc/self/status"), "");
+    EXPECT_TRUE(std::filesystem::exists("/proc/self/status"));
 }
 
 } // namespace

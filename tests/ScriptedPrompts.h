@@ -6,7 +6,9 @@
 
 #include <QStringList>
 #include <deque>
+#include <filesystem>
 #include <functional>
+#include <map>
 #include <vector>
 
 // Answers every modal interaction from scripted queues and records what was asked, with the
@@ -57,8 +59,21 @@ public:
     bool ShowProperties(const std::string& path) override { return Record("properties", path); }
     bool OpenInTextEditor(const std::string& path) override { return Record("editor", path); }
     bool OpenWith(const std::string& path) override { return Record("openwith", path); }
+    // Takes the item out of the (temporary) test tree, unless a refusal is set up for it.
+    std::string MoveToTrash(const std::string& path) override {
+        Record("trash", path);
+        if (auto refusal = trashRefusals.find(path); refusal != trashRefusals.end()) {
+            return refusal->second;
+        }
+        std::error_code error;
+        if (std::filesystem::remove_all(path, error) == 0 || error) {
+            return error ? error.message() : "No such file or directory";
+        }
+        return {};
+    }
 
     std::vector<std::string> calls;
+    std::map<std::string, std::string> trashRefusals;
 
 private:
     bool Record(const char* verb, const std::string& path) {

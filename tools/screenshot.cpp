@@ -45,6 +45,7 @@ public:
     bool ShowProperties(const std::string&) override { return false; }
     bool OpenInTextEditor(const std::string&) override { return false; }
     bool OpenWith(const std::string&) override { return false; }
+    std::string MoveToTrash(const std::string&) override { return "Operation not supported"; }
 };
 } // namespace
 

@@ -3,7 +3,11 @@
 #include "Version.h"
 #include "analysis/Census.h"
 #include "analysis/CensusReport.h"
+#include "fileops/FileCommands.h"
+#include "platform/Desktop.h"
+#include "platform/Prompts.h"
 #include "platform/CancelFlag.h"
+#include "settings/AppSettings.h"
 #include "search/MaskRules.h"
 #include "search/SearchSession.h"
 #include "search/SearchStatus.h"
@@ -13,7 +17,9 @@
 #include <csignal>
 #include <cstring>
 #include <cstdlib>
+#include <set>
 #include <string_view>
+#include <unistd.h>
 
 namespace {
 
@@ -21,6 +27,7 @@ constexpr int kExitFound = 0;
 constexpr int kExitNothingFound = 1;
 constexpr int kExitUsage = 2;
 constexpr int kExitReportFailed = 3;
+constexpr int kExitNotProcessed = 4;
 constexpr int kExitOutputFailed = 5;
 constexpr int kExitInterrupted = 130;
 
@@ -30,6 +37,7 @@ constexpr const char* kUsage =
     "  tallymoor search ROOT MASK [--folders-only] [--except] [--no-recurse] [-0|--print0]\n"
     "  tallymoor census ROOT MASK [--filter N] [--report FILE] [--folders-only] [--except]\n"
     "                   [--no-recurse]\n"
+    "  tallymoor trash ROOT MASK [--folders-only] [--except] [--no-recurse] [--yes]\n"
     "  tallymoor --help | --version\n"
     "\n"
     "search walks ROOT depth first and prints every path the search keeps, one per line, in\n"
@@ -42,6 +50,12 @@ constexpr const char* kUsage =
     "(extension, two TABs, count, \" files\"; \".\" stands for names without an extension),\n"
     "in the order the File Types dialog shows them.\n"
     "\n"
+    "trash runs the same search and sends every result to the desktop's trash, where it can\n"
+    "be restored from. It asks first on the terminal (\"Send N items to the trash? [y/N]\"),\n"
+    "and without a terminal does nothing unless --yes is given. Trashed paths go to standard\n"
+    "output; an item not processed goes to standard error as its path, a TAB and why. A\n"
+    "folder takes along the results inside it.\n"
+    "\n"
     "  --folders-only   list folders instead of files\n"
     "  --except         list every file that matches none of the patterns\n"
     "  --no-recurse     examine ROOT's own entries only\n"
@@ -51,10 +65,12 @@ constexpr const char* kUsage =
     "                   8 500-1000, 9 1000-5000, 10 5000 and over (0: all)\n"
     "  --report FILE    also write the census report to FILE (a new file: an existing one\n"
     "                   is never replaced)\n"
+    "  --yes            trash without asking\n"
     "  --               end of options (for a ROOT or MASK that begins with \"-\")\n"
     "\n"
     "Exit status: 0 something found, 1 nothing found (or ROOT is not a folder),\n"
-    "2 bad usage or a refused mask, 3 the report could not be written,\n"
+    "2 bad usage, a refused mask or no terminal to ask on, 3 the report could not be written,\n"
+    "4 some items were not processed (each is listed),\n"
     "5 standard output could not be written (the reason goes to standard error),\n"
     "130 interrupted by Ctrl-C (what was found is printed).\n";
 
@@ -135,11 +151,12 @@ struct Request {
     bool print0 = false;
     int filter = 0;
     std::string report;
+    bool yes = false;
 };
 
 // Parses the arguments after the command; returns false (after saying why) on bad usage.
-bool ParseRequest(const std::vector<std::string>& args, bool census, Request& request,
-                  std::FILE* err) {
+bool ParseRequest(const std::vector<std::string>& args, Request& request, std::FILE* err) {
+    const bool census = args[0] == "census";
     request.options.ShowFolderProgress = false; // nobody watches a status line here
     std::vector<std::string> positional;
     bool optionsEnded = false;
@@ -156,7 +173,9 @@ bool ParseRequest(const std::vector<std::string>& args, bool census, Request& re
             request.options.ExpectedMatch = 0;
         } else if (a == "--no-recurse") {
             request.options.Recurse = false;
-        } else if (!census && (a == "-0" || a == "--print0")) {
+        } else if (args[0] == "trash" && a == "--yes") {
+            request.yes = true;
+        } else if (args[0] == "search" && (a == "-0" || a == "--print0")) {
             request.print0 = true;
         } else if (census && a == "--filter" && hasValue) {
             const std::string& value = args[++i];
@@ -230,7 +249,7 @@ int ExitStatus(const SearchSession& session, const CancelFlag& cancel) {
 int Search(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
            WalkListener* walkObserver) {
     Request request;
-    if (!ParseRequest(args, false, request, err)) {
+    if (!ParseRequest(args, request, err)) {
         return kExitUsage;
     }
     SearchSession session;
@@ -259,7 +278,7 @@ int Search(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* e
 int CensusCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
                   WalkListener* walkObserver) {
     Request request;
-    if (!ParseRequest(args, true, request, err)) {
+    if (!ParseRequest(args, request, err)) {
         return kExitUsage;
     }
     SearchSession session;
@@ -298,7 +317,152 @@ int CensusCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::
     return ExitStatus(session, cancel);
 }
 
+// Nobody to ask: a message goes to standard error, every question is declined.
+class Unattended : public Prompts {
+public:
+    explicit Unattended(std::FILE* err) : err_(err) {}
+    MessageAnswer Message(const QString& text, MessageIcon, MessageButtons buttons,
+                          const QString&) override {
+        PrintLine(err_, text);
+        return buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::Cancel;
+    }
+    std::string PickFolder(const FolderRequest&) override { return {}; }
+    SaveAnswer SaveFile(const SaveRequest&) override { return {}; }
+    OpenWithAnswer ChooseApplication(const OpenWithRequest&) override { return {}; }
+    void ShowFileProperties(const std::string&) override {}
+    int ShowModal(QDialog*) override { return 0; }
+
+private:
+    std::FILE* err_;
+};
+
+// A desktop that only has a trash: what the trash command reaches.
+class TrashOnly : public Desktop {
+public:
+    explicit TrashOnly(const CliSystem& system) : system_(system) {}
+    bool OpenUrl(const std::string&) override { return false; }
+    bool Open(const std::string&) override { return false; }
+    bool Explore(const std::string&) override { return false; }
+    bool ShowProperties(const std::string&) override { return false; }
+    bool OpenInTextEditor(const std::string&) override { return false; }
+    bool OpenWith(const std::string&) override { return false; }
+    std::string MoveToTrash(const std::string& path) override {
+        return system_.moveToTrash ? system_.moveToTrash(path) : "no trash";
+    }
+
+private:
+    const CliSystem& system_;
+};
+
+// The trash command: the search, one question, then every result through the delete engine
+// (each file sent to the trash on its own), in the order found.
+int TrashCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
+                 WalkListener* walkObserver, const CliSystem& system) {
+    Request request;
+    if (!ParseRequest(args, request, err)) {
+        return kExitUsage;
+    }
+    SearchSession session;
+    CancelFlag cancel;
+    if (const int status = RunSearch(request, session, cancel, err, walkObserver); status >= 0) {
+        return status;
+    }
+    PrintCounts(session, err);
+    if (!session.ResultsAvailable()) {
+        return ExitStatus(session, cancel);
+    }
+    const FileDataArray& store = session.Store();
+    // The engine walks from the last item to the first: handed over reversed, the items go
+    // in the order they were found. A result inside a listed folder goes with that folder.
+    std::set<std::string_view> listed;
+    for (int32_t i = 0; i <= store.UBound(); ++i) {
+        listed.insert(store[i].FullPath());
+    }
+    const auto insideListed = [&listed](std::string_view path) {
+        for (size_t slash = path.rfind('/'); slash != 0 && slash != std::string_view::npos;
+             slash = path.rfind('/', slash - 1)) {
+            if (listed.count(path.substr(0, slash)) != 0) {
+                return true;
+            }
+        }
+        return false;
+    };
+    std::vector<SelectedItem> selection;
+    for (int32_t i = store.UBound(); i >= 0; --i) {
+        if (!insideListed(store[i].FullPath())) {
+            selection.push_back({std::string(store[i].FullPath()), store[i].LastWriteTime});
+        }
+    }
+    const std::string count = std::to_string(selection.size());
+    if (!request.yes) {
+        const auto answer = system.askTerminal
+                                ? system.askTerminal("Send " + count + " items to the trash? [y/N] ")
+                                : std::nullopt;
+        if (!answer) {
+            std::fprintf(err, "tallymoor: %s items found; without a terminal to ask on, nothing "
+                              "goes to the trash unless --yes is given\n",
+                         count.c_str());
+            return kExitUsage;
+        }
+        if (*answer != "y" && *answer != "Y" && *answer != "yes") {
+            return kExitFound;
+        }
+    }
+    AppSettings batch;
+    batch.ConfirmOnEachFileDelete = false;
+    TrashOnly desktop(system);
+    Unattended prompts(err);
+    StatusLine status;
+    CheckedOutput out(stdOut);
+    CommandContext context{batch,
+                           prompts,
+                           desktop,
+                           cancel,
+                           status,
+                           [] {},
+                           [](std::string_view path) { return DisplayPath(path); },
+                           [](std::string_view) {},
+                           [] {},
+                           [&](std::string_view path) {
+                               out.Write(path);
+                               out.Put('\n');
+                           }};
+    DeleteOutcome outcome;
+    {
+        InterruptCancels interrupts(cancel);
+        outcome = DeleteSelectedFiles(selection, context);
+    }
+    if (!out.Finish()) {
+        return OutputFailed(out, err);
+    }
+    for (const SkippedItem& item : outcome.notProcessed) {
+        std::fprintf(err, "%s\t%s%s\n", item.path.c_str(), item.remark.c_str(),
+                     item.reason.empty() ? "" : (" (" + item.reason + ")").c_str());
+    }
+    if (cancel.IsRaised()) {
+        return kExitInterrupted;
+    }
+    return outcome.notProcessed.empty() ? kExitFound : kExitNotProcessed;
+}
+
 } // namespace
+
+std::optional<std::string> AskOnTerminal(const std::string& question) {
+    if (!isatty(STDIN_FILENO)) {
+        return std::nullopt;
+    }
+    std::fputs(question.c_str(), stderr);
+    std::fflush(stderr);
+    char line[256];
+    if (std::fgets(line, sizeof line, stdin) == nullptr) {
+        return std::string();
+    }
+    std::string answer(line);
+    while (!answer.empty() && (answer.back() == '\n' || answer.back() == '\r')) {
+        answer.pop_back();
+    }
+    return answer;
+}
 
 std::string ExtractSettingsOption(std::vector<std::string>& args) {
     std::string file;
@@ -325,7 +489,7 @@ bool IsCommandLineInvocation(const std::vector<std::string>& args) {
 }
 
 int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
-                   WalkListener* walkObserver) {
+                   WalkListener* walkObserver, const CliSystem& system) {
     if (args.empty()) {
         std::fputs(kUsage, err);
         return kExitUsage;
@@ -340,6 +504,9 @@ int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FI
     }
     if (args[0] == "census") {
         return CensusCommand(args, out, err, walkObserver);
+    }
+    if (args[0] == "trash") {
+        return TrashCommand(args, out, err, walkObserver, system);
     }
     std::fprintf(err, "tallymoor: unknown command '%s'\n%s", args[0].c_str(), kUsage);
     return kExitUsage;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdio>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,7 +18,18 @@ bool IsCommandLineInvocation(const std::vector<std::string>& args);
 
 class WalkListener;
 
+// What the command line reaches beyond its streams.
+struct CliSystem {
+    // Sends an item to the trash: "" when it went, else why not.
+    std::function<std::string(const std::string& path)> moveToTrash;
+    // Asks a question on the terminal and returns the answer; nothing without a terminal.
+    std::function<std::optional<std::string>(const std::string& question)> askTerminal;
+};
+
+// Asks on standard error and reads standard input, when standard input is a terminal.
+std::optional<std::string> AskOnTerminal(const std::string& question);
+
 // Runs the command line; returns the exit status. Results go to `out`, messages to `err`.
 // `walkObserver`, when given, hears the walk (tests interrupt it from there).
 int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
-                   WalkListener* walkObserver = nullptr);
+                   WalkListener* walkObserver = nullptr, const CliSystem& system = {});

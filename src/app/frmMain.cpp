@@ -67,6 +67,10 @@ frmMain::frmMain(modPProfile& profile, Prompts& prompts, Desktop& desktop, Cance
     setWindowTitle(kApplicationTitle);
     setWindowIcon(AppIcon());
     progress_ = new dlgProgress(cancel_, profile_.Settings(), yield_, this);
+    Timer1 = new QTimer(this);
+    Timer1->setObjectName("Timer1");
+    Timer1->setSingleShot(true);
+    connect(Timer1, &QTimer::timeout, this, &frmMain::Timer1Fired);
     BuildControls();
     BuildStatusBar();
     BuildMenus();
@@ -250,6 +254,11 @@ void frmMain::BuildMenus() {
     saveAllAction_ = file->addAction(tr("Save &All..."), this, &frmMain::SaveAllResults);
     saveAllAction_->setObjectName("mnuFile_8");
     file->addSeparator();
+    QAction* remove = file->addAction(tr("&Delete"), this, [this] {
+        RequestCommand(FolderView() ? PendingAction::DeleteFolder : PendingAction::DeleteFiles);
+    });
+    remove->setObjectName("mnuFile_12");
+    file->addSeparator();
     QAction* properties =
         file->addAction(tr("P&roperties"), this, &frmMain::ShowSelectedProperties);
     properties->setObjectName("mnuFile_14");
@@ -289,7 +298,7 @@ void frmMain::BuildMenus() {
     help->addSeparator();
     help->addAction(tr("&About Tallymoor..."), this, &frmMain::AboutRequested);
 
-    verbActions_ = {open, notepad, openWith, properties};
+    verbActions_ = {open, notepad, openWith, remove, properties};
     BuildPopups();
 
     storeActions_ = {closeViews, all, none, invert, copy, local, share, admin};
@@ -402,8 +411,8 @@ Placement frmMain::CurrentPlacementTwips() const {
 }
 
 void frmMain::keyPressEvent(QKeyEvent* event) {
-    // Escape cancels a search, wherever the focus is (no field takes the key for itself).
-    if (event->key() == Qt::Key_Escape && searching_) {
+    // Escape cancels a search or a command, wherever the focus is (no field takes the key).
+    if (event->key() == Qt::Key_Escape && (searching_ || commandRunning_)) {
         SearchButtonClicked();
         return;
     }

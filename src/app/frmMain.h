@@ -3,6 +3,7 @@
 #include "analysis/Census.h"
 #include "app/ResultViews.h"
 #include "app/StatusLine.h"
+#include "fileops/FileCommands.h"
 #include "platform/EventYield.h"
 #include "search/SearchSession.h"
 #include "settings/MaskFavorites.h"
@@ -29,6 +30,7 @@ class QMenu;
 class QPushButton;
 class QRadioButton;
 class QTabBar;
+class QTimer;
 class QToolButton;
 class ResultListModel;
 class dlgProgress;
@@ -110,6 +112,14 @@ public:
     QMenu* FolderPopup() const { return mnuFolderPopup_; }
     // The popup a right-click (or Shift+F10, or the Menu key) on the shown list opens.
     QMenu* PopupForShownList() const;
+    // The shown list lists folders (the first view of a folders-only search).
+    bool FolderView() const;
+
+    // ---- file commands (frmMainCommands.cpp) ----
+    // Starts a copy, move or delete once the menu or key that asked for it is done.
+    void RequestCommand(PendingAction action);
+    // The timer's event: runs the waiting command, then rescans or advises a rescan.
+    void Timer1Fired();
 
     // ---- masks menu (frmMain.cpp) ----
     void ChooseMaskFavorite(size_t index);
@@ -154,6 +164,12 @@ private:
     void ShowPopup(QListView* list, const QPoint& at);
     bool eventFilter(QObject* watched, QEvent* event) override;
     Placement CurrentPlacementTwips() const;
+    CommandContext Context();
+    void CommandEnded();
+    void ShowNotProcessed(PendingAction command, const std::vector<SkippedItem>& items);
+    std::vector<SelectedItem> SelectedItems() const;
+    bool DeleteSelectedFilesCommand();
+    bool DeleteFolderCommand();
 
     void RowRemoving(int tab, int row) override;
     void RowRemoved(int tab) override;
@@ -173,6 +189,9 @@ private:
     QString startPathShown_;
     bool busy_ = false;
     bool searching_ = false;
+    bool commandRunning_ = false; // the search button is the command's Cancel
+    PendingAction pendingAction_ = PendingAction::None;
+    QTimer* Timer1;
     bool folderResults_ = false;
 
     QLineEdit* txtStartPath;
@@ -200,7 +219,7 @@ private:
     QAction* newAction_ = nullptr;
     QAction* saveAction_ = nullptr;
     QAction* saveAllAction_ = nullptr;
-    std::vector<QAction*> verbActions_; // need results
+    std::vector<QAction*> verbActions_; // need results (the verbs and the file commands)
     QMenu* mnuListPop_ = nullptr;
     QMenu* mnuFolderPopup_ = nullptr;
     bool shiftAtPress_ = false;

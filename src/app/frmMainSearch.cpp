@@ -90,7 +90,7 @@ bool frmMain::ValidateMask() {
 }
 
 void frmMain::SearchButtonClicked() {
-    if (searching_) {
+    if (searching_ || commandRunning_) {
         cancel_.Raise();
         yield_.Now();
         return;

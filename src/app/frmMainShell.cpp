@@ -33,6 +33,9 @@ void frmMain::BuildPopups() {
         line->setObjectName(name);
         return line;
     };
+    add(mnuListPop_, "mnuListPop_2", tr("Delete"),
+        [this] { RequestCommand(PendingAction::DeleteFiles); });
+    separator(mnuListPop_, "mnuListPop_3");
     QMenu* sendTo = mnuListPop_->addMenu(tr("Send To"));
     sendTo->menuAction()->setObjectName("mnuListPop_4");
     QAction* newTab = sendTo->addAction(tr("New Tab"));
@@ -57,6 +60,8 @@ void frmMain::BuildPopups() {
     add(mnuFolderPopup_, "mnuFolderPopup_0", tr("Set as New Start Path"),
         &frmMain::SetAsNewStartPath);
     separator(mnuFolderPopup_, "mnuFolderPopup_1");
+    add(mnuFolderPopup_, "mnuFolderPopup_5", tr("Delete Folder"),
+        [this] { RequestCommand(PendingAction::DeleteFolder); });
     separator(mnuFolderPopup_, "mnuFolderPopup_6");
     QMenu* folderSendTo = mnuFolderPopup_->addMenu(tr("Send To"));
     folderSendTo->menuAction()->setObjectName("mnuFolderPopup_7");
@@ -87,8 +92,12 @@ void frmMain::ShowPopup(QListView* list, const QPoint& at) {
     }
 }
 
+bool frmMain::FolderView() const {
+    return folderResults_ && tsResults->currentIndex() == 0;
+}
+
 QMenu* frmMain::PopupForShownList() const {
-    return folderResults_ && tsResults->currentIndex() == 0 ? mnuFolderPopup_ : mnuListPop_;
+    return FolderView() ? mnuFolderPopup_ : mnuListPop_;
 }
 
 bool frmMain::eventFilter(QObject* watched, QEvent* event) {
@@ -106,6 +115,11 @@ bool frmMain::eventFilter(QObject* watched, QEvent* event) {
         const QPoint atRow = row.isValid() ? row.bottomLeft() : QPoint(0, 0);
         if (event->type() == QEvent::KeyPress) {
             const auto* key = static_cast<QKeyEvent*>(event);
+            if (key->key() == Qt::Key_Delete && key->modifiers() == Qt::NoModifier) {
+                RequestCommand(FolderView() ? PendingAction::DeleteFolder
+                                            : PendingAction::DeleteFiles);
+                return true;
+            }
             if (key->key() == Qt::Key_Menu ||
                 (key->key() == Qt::Key_F10 && key->modifiers() == Qt::ShiftModifier)) {
                 ShowPopup(list, atRow);

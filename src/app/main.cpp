@@ -39,5 +39,7 @@ int main(int argc, char** argv) {
     static char outBuffer[1 << 16];
     std::setvbuf(stdout, outBuffer, _IOFBF, sizeof outBuffer);
     QCoreApplication app(argc, argv);
-    return RunCommandLine(args, stdout, stderr);
+    const CliSystem system{[](const std::string& path) { return MoveToTrash(path); },
+                           AskOnTerminal};
+    return RunCommandLine(args, stdout, stderr, nullptr, system);
 }

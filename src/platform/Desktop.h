@@ -21,4 +21,7 @@ public:
     virtual bool OpenInTextEditor(const std::string& path) = 0;
     // The Open With dialog for a file.
     virtual bool OpenWith(const std::string& path) = 0;
+    // Sends a file or folder to the desktop's trash, where the user can restore it. Returns ""
+    // when it went, else why it did not (the item is then where it was). Says nothing itself.
+    virtual std::string MoveToTrash(const std::string& path) = 0;
 };

@@ -28,6 +28,7 @@ public:
     bool ShowProperties(const std::string& path) override;
     bool OpenInTextEditor(const std::string& path) override;
     bool OpenWith(const std::string& path) override;
+    std::string MoveToTrash(const std::string& path) override;
 
 private:
     bool OpenWithDefaultFor(const std::string& contentType, const std::string& path);
@@ -38,6 +39,11 @@ private:
     FileManager fileManager_;
     bool waitForLaunches_ = false;
 };
+
+// Sends a file or folder to the trash through GIO (the freedesktop trash: restorable from the
+// file manager). A name too long for GIO's trash info file goes to the home trash under a
+// shortened name, its whole original path kept in the info file. "" when it went, else why not.
+std::string MoveToTrash(const std::string& path);
 
 // Asks the session's file manager over D-Bus (org.freedesktop.FileManager1).
 bool AskFileManager(const char* method, const std::string& uri);

@@ -1,0 +1,141 @@
+// The file commands: started through the one-shot timer once the menu has closed, run with the
+// window's controls saved and the search button as their Cancel, and followed by a rescan or
+// the advice to make one.
+
+#include "app/ResultListModel.h"
+#include "app/frmMain.h"
+#include "fileops/FileCommands.h"
+#include "search/SearchStatus.h"
+#include "fileops/dlgCopyErr.h"
+#include "platform/CancelFlag.h"
+#include "platform/Prompts.h"
+#include "settings/modPProfile.h"
+
+#include <QFontMetrics>
+#include <QLabel>
+#include <QListView>
+#include <QPushButton>
+#include <QTabBar>
+#include <QTimer>
+
+void frmMain::RequestCommand(PendingAction action) {
+    if (busy_ || !session_.ResultsAvailable()) {
+        return;
+    }
+    pendingAction_ = action;
+    Timer1->start(5);
+}
+
+void frmMain::Timer1Fired() {
+    Timer1->stop();
+    bool changed = false;
+    switch (pendingAction_) {
+    case PendingAction::DeleteFiles:
+        changed = DeleteSelectedFilesCommand();
+        break;
+    case PendingAction::DeleteFolder:
+        changed = DeleteFolderCommand();
+        break;
+    default: // moving files, and any other code, runs nothing
+        break;
+    }
+    if (!changed) {
+        SetStatus(StatusPart::Message, tr("Ready!"));
+        return;
+    }
+    // The census counted a disk that is no longer so.
+    UnloadCensus();
+    if (!profile_.Settings().AutoRescanAfterAction) {
+        SetStatus(StatusPart::Message, ChangedListText());
+        return;
+    }
+    const Rescan advice = RescanOrAdvise(profile_.Settings(), ModelOf(VisibleList())->rowCount());
+    if (advice == Rescan::Now) {
+        SearchButtonClicked();
+    } else {
+        SetStatus(StatusPart::Message, RescanAdviceText(advice));
+    }
+}
+
+CommandContext frmMain::Context() {
+    return CommandContext{
+        profile_.Settings(),
+        prompts_,
+        desktop_,
+        cancel_,
+        status_,
+        [this] { yield_.Yield(); },
+        [this](std::string_view path) {
+            // Shortened in its middle to fit the message part after "Deleting ".
+            const QLabel* part = statusParts_[0];
+            const QFontMetrics metrics = part->fontMetrics();
+            const int room = part->contentsRect().width() -
+                             metrics.horizontalAdvance(QStringLiteral(" Deleting ")) - 4;
+            return metrics.elidedText(DisplayPath(path), Qt::ElideMiddle, std::max(room, 40));
+        },
+        [this](std::string_view path) { RemoveFromViews(path); },
+        [this] {
+            SetBusy(true);
+            commandRunning_ = true;
+            status_.State(QStringLiteral("save&clear"));
+            cmdSearch->setText(tr("Cancel"));
+        },
+        {}};
+}
+
+void frmMain::CommandEnded() {
+    cmdSearch->setText(tr("&Begin Search"));
+    status_.State(QStringLiteral("restore"));
+    commandRunning_ = false;
+    SetBusy(false);
+}
+
+void frmMain::ShowNotProcessed(PendingAction command, const std::vector<SkippedItem>& items) {
+    dlgCopyErr dialog(profile_, prompts_, desktop_, this);
+    dialog.Create(command);
+    dialog.AddItems(items);
+    dialog.CreateFinalize();
+    SetStatus(StatusPart::Message, tr("Ready!"));
+    prompts_.ShowModal(&dialog);
+}
+
+std::vector<SelectedItem> frmMain::SelectedItems() const {
+    QListView* list = VisibleList();
+    const ResultListModel* model = ModelOf(list);
+    std::vector<SelectedItem> items;
+    for (const int row : SelectedRows(list)) {
+        const FileDataEntry& record = session_.Store()[model->ItemIndexAt(row)];
+        items.push_back({std::string(record.FullPath()), record.LastWriteTime});
+    }
+    return items;
+}
+
+bool frmMain::DeleteSelectedFilesCommand() {
+    cancel_.Lower();
+    const std::vector<SelectedItem> selection = SelectedItems();
+    CommandContext context = Context();
+    if (!PrepareDelete(PendingAction::DeleteFiles, SelectedPaths(), context)) {
+        return false;
+    }
+    const DeleteOutcome outcome = DeleteSelectedFiles(selection, context);
+    UpdateSelectedCount();
+    if (!outcome.notProcessed.empty()) {
+        ShowNotProcessed(PendingAction::DeleteFiles, outcome.notProcessed);
+    }
+    CommandEnded();
+    return outcome.changed;
+}
+
+bool frmMain::DeleteFolderCommand() {
+    cancel_.Lower();
+    const std::vector<std::string> selected = SelectedPaths();
+    CommandContext context = Context();
+    if (selected.size() != 1 || !PrepareDelete(PendingAction::DeleteFolder, selected, context)) {
+        return false;
+    }
+    const bool deleted = DeleteFolder(selected.front(), context);
+    const QString outcome = status_.Text(StatusPart::Message);
+    CommandEnded();
+    SetStatus(StatusPart::Message, outcome.trimmed());
+    return deleted;
+}

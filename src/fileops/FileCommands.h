@@ -1,0 +1,97 @@
+#pragma once
+
+#include "app/StatusLine.h"
+
+#include <QString>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class CancelFlag;
+class Desktop;
+class Prompts;
+struct AppSettings;
+
+// The file commands that wait for the window's timer, by their codes. Moving files (4) is
+// offered by no command and runs nothing.
+enum class PendingAction {
+    None = 0,
+    CopyFiles = 1,
+    CopyFolder = 2,
+    CopyFolderContents = 3,
+    MoveFiles = 4,
+    MoveFolder = 5,
+    DeleteFiles = 6,
+    DeleteFolder = 7,
+};
+
+// A selected result: its path's bytes and its modification time (FILETIME ticks).
+struct SelectedItem {
+    std::string path;
+    int64_t lastWriteTime = 0;
+};
+
+// An item a command did not handle. `remark` is the outcome word ("file doesn't exist", ...);
+// `reason` the system's words when there are any; `remarkDate` a copy's target.
+struct SkippedItem {
+    size_t slot = 0; // its place in the selection
+    std::string path;
+    int64_t lastWriteTime = 0;
+    std::string remark;
+    std::string remarkDate;
+    std::string reason;
+};
+
+// What a command reaches while it runs: the settings, the user, the desktop, the cancel flag,
+// the status line, and the window around it.
+struct CommandContext {
+    const AppSettings& settings;
+    Prompts& prompts;
+    Desktop& desktop;
+    const CancelFlag& cancel;
+    StatusLine& status;
+    std::function<void()> yield;                           // lets the event loop run
+    std::function<QString(std::string_view)> shortPath;    // a path shortened for the status line
+    std::function<void(std::string_view)> removeFromViews; // a path gone from the disk
+    std::function<void()> prepareWindow;                   // saves and clears the controls
+    std::function<void(std::string_view)> trashed;         // hears each item sent to the trash
+};
+
+// The question a command asks before it runs, by its confirmation setting and the number of
+// selected items (folder commands ask only for exactly one); true when it may go on. The box is
+// titled with the application title and " Confirmation".
+bool ConfirmAction(PendingAction command, const std::vector<std::string>& selected,
+                   const AppSettings& settings, Prompts& prompts);
+
+// `PrepareAction` for the delete commands: the question, then the window prepared.
+bool PrepareDelete(PendingAction command, const std::vector<std::string>& selected,
+                   CommandContext& context);
+
+struct DeleteOutcome {
+    bool changed = false;
+    int processed = 0;
+    int deleted = 0;
+    int skipped = 0;
+    std::vector<SkippedItem> notProcessed; // in selection order
+};
+
+// `DeleteSelectedFiles`, after PrepareDelete: the selection walked from the last item to the
+// first; with ConfirmOnEachFileDelete each file is asked for and sent to the trash at once,
+// otherwise the existing files are gathered and, unless the walk was cancelled, sent to the
+// trash one by one. A file the trash cannot take stays where it is and is listed.
+DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
+                                  CommandContext& context);
+
+// `DeleteFolder`, after PrepareDelete: one existing folder to the trash. True when it went;
+// otherwise says why. The status line tells "Folder deleted" or "Folder not deleted".
+bool DeleteFolder(const std::string& folder, CommandContext& context);
+
+// What follows a command that changed the disk (`RescanOrAdvise`).
+enum class Rescan { Now, AdviseChanged, AdviseTooLarge };
+Rescan RescanOrAdvise(const AppSettings& settings, int listRows);
+// "Ready! (...)" for an advice.
+QString RescanAdviceText(Rescan advice);
+// The status after a command: "Ready!" when nothing changed, else the advice to rescan.
+QString ChangedListText();

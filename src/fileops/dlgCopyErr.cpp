@@ -1,0 +1,283 @@
+#include "fileops/dlgCopyErr.h"
+
+#include "fileops/modShell.h"
+#include "output/ListSaving.h"
+#include "output/modFileDialog.h"
+#include "platform/Prompts.h"
+#include "search/SearchStatus.h"
+#include "settings/modPProfile.h"
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QClipboard>
+#include <QDate>
+#include <QDateTime>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPainter>
+#include <QStyledItemDelegate>
+#include <QTableWidget>
+#include <QVBoxLayout>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr int PathRole = Qt::UserRole;     // the item's path as bytes
+constexpr int SortRole = Qt::UserRole + 1; // what a column sorts by, when not its text
+
+// An item that sorts by its sort value when it has one (times), else by its text.
+class SortableItem : public QTableWidgetItem {
+public:
+    using QTableWidgetItem::QTableWidgetItem;
+    bool operator<(const QTableWidgetItem& other) const override {
+        const QVariant mine = data(SortRole);
+        return mine.isValid() ? mine.toLongLong() < other.data(SortRole).toLongLong()
+                              : QTableWidgetItem::operator<(other);
+    }
+};
+
+// Shades the sorted column with the colour of the settings, when they ask for it.
+class SortedColumnDelegate : public QStyledItemDelegate {
+public:
+    SortedColumnDelegate(const AppSettings& settings, QTableWidget* table)
+        : QStyledItemDelegate(table), settings_(settings), table_(table) {}
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        const QHeaderView* header = table_->horizontalHeader();
+        if (settings_.LVUseCustomSortColor && header->isSortIndicatorShown() &&
+            index.column() == header->sortIndicatorSection() &&
+            !(option.state & QStyle::State_Selected)) {
+            const auto bgr = static_cast<uint32_t>(settings_.LVCustomSortColor);
+            painter->fillRect(option.rect, QColor(bgr & 0xFF, (bgr >> 8) & 0xFF, (bgr >> 16) & 0xFF));
+        }
+        QStyledItemDelegate::paint(painter, option, index);
+    }
+
+private:
+    const AppSettings& settings_;
+    QTableWidget* table_;
+};
+
+// A FILETIME (100-ns ticks since 1601) as the locale's date and time.
+QString DateTimeText(int64_t fileTime) {
+    constexpr int64_t kTicksTo1970 = 116444736000000000LL;
+    const QDateTime when =
+        QDateTime::fromMSecsSinceEpoch((fileTime - kTicksTo1970) / 10000, Qt::LocalTime);
+    return QLocale::system().toString(when, QLocale::ShortFormat);
+}
+
+QString TargetDateText(const std::string& target, int64_t& ticks) {
+    struct stat st {};
+    ticks = 0;
+    if (target.empty() || lstat(target.c_str(), &st) != 0) {
+        return {};
+    }
+    ticks = (st.st_mtim.tv_sec + 11644473600LL) * 10000000 + st.st_mtim.tv_nsec / 100;
+    return DateTimeText(ticks);
+}
+
+} // namespace
+
+dlgCopyErr::dlgCopyErr(modPProfile& profile, Prompts& prompts, Desktop& desktop, QWidget* parent)
+    : QDialog(parent), profile_(profile), prompts_(prompts), desktop_(desktop),
+      Label1(new QLabel(this)), ListView1(new QTableWidget(this)), Text1(new QLineEdit(this)) {
+    setObjectName("dlgCopyErr");
+    setWindowTitle(QStringLiteral("Files Not Processed"));
+    Label1->setObjectName("Label1");
+    Label1->setText(QStringLiteral("The following files were not processed due to the reasons "
+                                   "stated. Selecting a file\ndisplays its complete path in the "
+                                   "textbox below."));
+    ListView1->setObjectName("ListView1");
+    ListView1->setSelectionBehavior(QAbstractItemView::SelectRows);
+    ListView1->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    ListView1->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    ListView1->setTextElideMode(Qt::ElideMiddle);
+    ListView1->verticalHeader()->hide();
+    ListView1->setItemDelegate(new SortedColumnDelegate(profile_.Settings(), ListView1));
+    Text1->setObjectName("Text1");
+    Text1->setReadOnly(true);
+    connect(ListView1, &QTableWidget::currentCellChanged, this, [this](int row) {
+        const QTableWidgetItem* item = ListView1->item(row, 0);
+        Text1->setText(item ? DisplayPath(item->data(PathRole).toByteArray().toStdString())
+                            : QString());
+    });
+
+    auto* bar = new QMenuBar(this);
+    QMenu* file = bar->addMenu(tr("&File"));
+    QMenu* edit = bar->addMenu(tr("&Edit"));
+    BuildMenus(file, edit, bar->addMenu(tr("&View")));
+    auto* layout = new QVBoxLayout(this);
+    layout->setMenuBar(bar);
+    layout->addWidget(Label1);
+    layout->addWidget(ListView1, 1);
+    layout->addWidget(Text1);
+    resize(720, 420);
+}
+
+void dlgCopyErr::BuildMenus(QMenu* file, QMenu* edit, QMenu* view) {
+    file->setObjectName("mnuErrFile");
+    file->addAction(tr("Save..."), this, [this] { FileSaveListview(true); });
+    const auto properties = [this] {
+        modShell::ShellShowProperties(Paths(true), prompts_, desktop_);
+    };
+    file->addAction(tr("Properties"), this, properties);
+    file->addSeparator();
+    file->addAction(tr("&Close"), this, &QDialog::accept);
+
+    edit->setObjectName("mnuErrEdit");
+    edit->addAction(tr("Select All"), ListView1, &QAbstractItemView::selectAll);
+    edit->addAction(tr("Select None"), ListView1, &QAbstractItemView::clearSelection);
+    edit->addAction(tr("Send To Clipboard as Name"), this, &dlgCopyErr::CopyToClipboard);
+    // It opens the preferences, which are not there yet.
+    edit->addAction(tr("Preferences..."))->setVisible(false);
+
+    view->setObjectName("mnuErrView");
+    reportView_ = view->addAction(tr("&Report View"), this, [this] { SetReportView(true); });
+    listView_ = view->addAction(tr("&List View"), this, [this] { SetReportView(false); });
+    gridLines_ = view->addAction(tr("&Gridlines"), this,
+                                 [this] { SetGridLines(!profile_.Settings().LVUseGridLines); });
+    for (QAction* action : {reportView_, listView_, gridLines_}) {
+        action->setCheckable(true);
+    }
+    auto* views = new QActionGroup(view); // one view at a time, shown as radio items
+    views->addAction(reportView_);
+    views->addAction(listView_);
+
+    mnuErrListPopup_ = new QMenu(this);
+    mnuErrListPopup_->setObjectName("mnuErrListPopup");
+    QMenu* sendTo = mnuErrListPopup_->addMenu(tr("Send To"));
+    sendTo->setObjectName("mnuErrListSendTo");
+    sendTo->addAction(tr("File..."), this, [this] { FileSaveListview(false); });
+    sendTo->addAction(tr("Clipboard..."), this, &dlgCopyErr::CopyToClipboard);
+    mnuErrListPopup_->addAction(tr("Select All"), ListView1, &QAbstractItemView::selectAll);
+    mnuErrListPopup_->addAction(tr("Select None"), ListView1, &QAbstractItemView::clearSelection);
+    mnuErrListPopup_->addAction(tr("Properties"), this, properties);
+    ListView1->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(ListView1, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
+        mnuErrListPopup_->popup(ListView1->viewport()->mapToGlobal(at));
+    });
+}
+
+void dlgCopyErr::Create(PendingAction command) {
+    copyLayout_ = command == PendingAction::CopyFiles || command == PendingAction::MoveFiles;
+    const QStringList columns =
+        copyLayout_ ? QStringList{"Source File", "Source Path", "Source Date/Time",
+                                  "Target Date/Time", "Status"}
+                    : QStringList{"File", "Status"};
+    ListView1->clear();
+    ListView1->setRowCount(0);
+    ListView1->setColumnCount(static_cast<int>(columns.size()));
+    ListView1->setHorizontalHeaderLabels(columns);
+}
+
+void dlgCopyErr::AddItems(const std::vector<SkippedItem>& items) {
+    ListView1->setSortingEnabled(false);
+    for (const SkippedItem& item : items) {
+        const int row = ListView1->rowCount();
+        ListView1->insertRow(row);
+        const size_t slash = item.path.rfind('/');
+        const std::string name = slash == std::string::npos ? item.path : item.path.substr(slash + 1);
+        const std::string folder = slash == std::string::npos ? "" : item.path.substr(0, slash + 1);
+        QString status = QString::fromStdString(item.remark);
+        if (!item.reason.empty()) {
+            status += " (" + QString::fromStdString(item.reason) + ")";
+        }
+        QStringList cells;
+        int64_t targetTicks = 0;
+        if (copyLayout_) {
+            cells = {DisplayPath(name), DisplayPath(folder), DateTimeText(item.lastWriteTime),
+                     TargetDateText(item.remarkDate, targetTicks), status};
+        } else {
+            cells = {DisplayPath(item.path), status};
+        }
+        for (int column = 0; column < static_cast<int>(cells.size()); ++column) {
+            auto* cell = new SortableItem(cells[column]);
+            if (copyLayout_ && column == 2) {
+                cell->setData(SortRole, static_cast<qlonglong>(item.lastWriteTime));
+            } else if (copyLayout_ && column == 3) {
+                cell->setData(SortRole, static_cast<qlonglong>(targetTicks));
+            }
+            ListView1->setItem(row, column, cell);
+        }
+        ListView1->item(row, 0)->setData(PathRole, QByteArray::fromStdString(item.path));
+    }
+}
+
+void dlgCopyErr::CreateFinalize() {
+    ListView1->resizeColumnsToContents();
+    ListView1->horizontalHeader()->setStretchLastSection(true);
+    // In the command's order until the user sorts by a column.
+    ListView1->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
+    ListView1->setSortingEnabled(true);
+    ListView1->horizontalHeader()->setSortIndicatorShown(false);
+    connect(ListView1->horizontalHeader(), &QHeaderView::sectionClicked, ListView1->horizontalHeader(),
+            [header = ListView1->horizontalHeader()] { header->setSortIndicatorShown(true); });
+    const AppSettings& s = profile_.Settings();
+    SetReportView(s.LVDefaultView == 1);
+    SetGridLines(s.LVUseGridLines);
+}
+
+void dlgCopyErr::SetReportView(bool report) {
+    for (int column = 1; column < ListView1->columnCount(); ++column) {
+        ListView1->setColumnHidden(column, !report);
+    }
+    ListView1->horizontalHeader()->setVisible(report);
+    reportView_->setChecked(report);
+    listView_->setChecked(!report);
+    const int view = report ? 1 : 0;
+    if (profile_.Settings().LVDefaultView != view) {
+        profile_.Settings().LVDefaultView = view;
+        profile_.ProfileSetOptionsKey("LVDefaultView", std::to_string(view));
+    }
+}
+
+void dlgCopyErr::SetGridLines(bool on) {
+    ListView1->setShowGrid(on);
+    gridLines_->setChecked(on);
+    if (profile_.Settings().LVUseGridLines != on) {
+        profile_.Settings().LVUseGridLines = on;
+        profile_.ProfileSetOptionsKey("LVUseGridLines", BoolText(on));
+    }
+}
+
+std::vector<std::string> dlgCopyErr::Paths(bool selectedOnly) const {
+    std::vector<std::string> paths;
+    for (int row = 0; row < ListView1->rowCount(); ++row) {
+        const QTableWidgetItem* item = ListView1->item(row, 0);
+        if (!selectedOnly || ListView1->selectionModel()->isRowSelected(row)) {
+            paths.push_back(item->data(PathRole).toByteArray().toStdString());
+        }
+    }
+    return paths;
+}
+
+void dlgCopyErr::FileSaveListview(bool allItems) {
+    bool entireList = allItems;
+    const std::string path =
+        modFileDialog::AskForOutputFile(prompts_, profile_, false, entireList, "", false);
+    if (path.empty()) {
+        return;
+    }
+    if (const std::string error = WriteLines(path, Paths(!allItems), false); !error.empty()) {
+        prompts_.Message(QString::fromStdString(error), MessageIcon::Critical, MessageButtons::Ok);
+    }
+}
+
+void dlgCopyErr::CopyToClipboard() {
+    const std::vector<std::string> paths = Paths(true);
+    if (paths.empty()) {
+        return;
+    }
+    QString text = QStringLiteral("Files not Processed\r\n") +
+                   QLocale::system().toString(QDate::currentDate(), QLocale::LongFormat) +
+                   QStringLiteral("\r\n");
+    for (const std::string& path : paths) {
+        text += DisplayPath(path) + QStringLiteral("\r\n");
+    }
+    QGuiApplication::clipboard()->setText(text);
+    Text1->setText(QStringLiteral("Ready! (Selected items copied to clipboard.)"));
+}

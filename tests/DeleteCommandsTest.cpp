@@ -1,0 +1,151 @@
+#include "WindowFixture.h"
+#include "fileops/dlgCopyErr.h"
+
+#include <QCheckBox>
+#include <QClipboard>
+#include <QDateTime>
+#include <QHeaderView>
+#include <QTableWidget>
+#include <QTimer>
+#include <sys/stat.h>
+
+namespace {
+
+class DeleteCommandsTest : public WindowFixture {
+protected:
+    // The command waits for the timer, so that menus close first; runs it.
+    void RunPendingCommand() {
+        auto* timer = Find<QTimer>("Timer1");
+        ASSERT_TRUE(timer->isActive());
+        EXPECT_EQ(timer->interval(), 5);
+        while (timer->isActive()) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+    }
+    static bool Exists(const std::string& path) {
+        struct stat st {};
+        return lstat(path.c_str(), &st) == 0;
+    }
+    // The rows of a "Files Not Processed" list, cells joined by " | ".
+    static QStringList Cells(const QTableWidget* list) {
+        QStringList rows;
+        for (int r = 0; r < list->rowCount(); ++r) {
+            QStringList cells;
+            for (int c = 0; c < list->columnCount(); ++c) {
+                cells << list->item(r, c)->text();
+            }
+            rows << cells.join(" | ");
+        }
+        return rows;
+    }
+    static QStringList Headers(const QTableWidget* list) {
+        QStringList headers;
+        for (int c = 0; c < list->columnCount(); ++c) {
+            headers << list->horizontalHeaderItem(c)->text();
+        }
+        return headers;
+    }
+};
+
+TEST_F(DeleteCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
+    for (const char* name : {"a.txt", "b.txt", "c.txt"}) {
+        tree.File(name);
+    }
+    Search(tree.Root(), "*.txt");
+    const std::vector<std::string> found = ReaddirOrder(tree.Root());
+    const QString first = QString::fromStdString(found[0]);
+    const QString second = QString::fromStdString(found[1]);
+    SelectRows({0, 1});
+    Key(Find<QListView>("List1"), Qt::Key_Delete);
+    prompts.answers = {MessageAnswer::Yes, MessageAnswer::Yes, MessageAnswer::No};
+    prompts.modals.push_back([&](QDialog* dialog) {
+        EXPECT_EQ(dialog->windowTitle(), "Files Not Processed");
+        EXPECT_EQ(dialog->findChild<QLabel*>("Label1")->text(),
+                  "The following files were not processed due to the reasons stated. Selecting a "
+                  "file\ndisplays its complete path in the textbox below.");
+        const auto* list = dialog->findChild<QTableWidget*>("ListView1");
+        EXPECT_EQ(Headers(list), QStringList({"File", "Status"}));
+        EXPECT_EQ(Cells(list), QStringList{first + " | file deletion skipped by user"});
+        EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "Cancel");
+        return 0;
+    });
+    RunPendingCommand();
+    EXPECT_EQ(prompts.Texts(), QStringList({"Are you sure you want to delete both selected files?",
+                                            "Are you sure you want to delete ' " + second + " '?",
+                                            "Are you sure you want to delete ' " + first + " '?"}));
+    EXPECT_FALSE(Exists(found[1]));
+    EXPECT_EQ(Rows("List1"), QStringList({first, QString::fromStdString(found[2])}));
+    EXPECT_EQ(Status(StatusPart::Message), " Ready! (The list has changed - rescan recommended.)");
+    EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "&Begin Search");
+}
+
+TEST_F(DeleteCommandsTest, InTheFoldersViewDeleteTakesTheFolderThenRescans) {
+    tree.File("keep/a.txt");
+    tree.File("old/b.txt");
+    profile->Settings().AutoRescanAfterAction = true;
+    Find<QCheckBox>("chkOpts_1")->click();
+    Search(tree.Root(), "*");
+    const int old = static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path("old"))));
+    ASSERT_GE(old, 0);
+    SelectRows({old});
+    Key(Find<QListView>("List1"), Qt::Key_Delete);
+    prompts.answers = {MessageAnswer::Yes};
+    RunPendingCommand();
+    EXPECT_EQ(prompts.Texts(), QStringList{"Send ' " + QString::fromStdString(tree.Path("old")) +
+                                           " '\r\nand all its contents to the recycle bin?"});
+    EXPECT_EQ(desktop.calls, std::vector<std::string>{"trash " + tree.Path("old")});
+    EXPECT_EQ(Rows("List1"), QStringList{QString::fromStdString(tree.Path("keep"))});
+}
+
+TEST_F(DeleteCommandsTest, TheNotProcessedListOfACopyAndItsRememberedView) {
+    tree.File("src/dup.txt");
+    tree.File("dst/dup.txt");
+    tree.SetTime("dst/dup.txt", 1700000000, 0);
+    const std::vector<SkippedItem> items = {
+        {0, tree.Path("src/dup.txt"), 133444736000000000LL, "duplicate file",
+         tree.Path("dst/dup.txt"), ""},
+        {1, tree.Path("src/gone.txt"), 133444736000000000LL, "source file not found",
+         tree.Path("dst/gone.txt"), ""},
+    };
+    const QString shown = QLocale::system().toString(
+        QDateTime::fromSecsSinceEpoch(1700000000), QLocale::ShortFormat);
+    {
+        dlgCopyErr dialog(*profile, prompts, desktop);
+        dialog.Create(PendingAction::CopyFiles);
+        dialog.AddItems(items);
+        dialog.CreateFinalize();
+        EXPECT_EQ(Headers(dialog.List()), QStringList({"Source File", "Source Path",
+                                                       "Source Date/Time", "Target Date/Time",
+                                                       "Status"}));
+        const QStringList rows = Cells(dialog.List());
+        EXPECT_TRUE(rows[0].startsWith("dup.txt | ")) << rows[0].toStdString();
+        EXPECT_TRUE(rows[0].endsWith(" | " + shown + " | duplicate file")) << rows[0].toStdString();
+        EXPECT_TRUE(rows[1].endsWith(" |  | source file not found")) << rows[1].toStdString();
+        dialog.SetGridLines(!profile->Settings().LVUseGridLines);
+        dialog.SetReportView(profile->Settings().LVDefaultView == 0);
+
+        dialog.List()->selectRow(1);
+        dialog.CopyToClipboard();
+        EXPECT_EQ(QGuiApplication::clipboard()->text(),
+                  "Files not Processed\r\n" +
+                      QLocale::system().toString(QDate::currentDate(), QLocale::LongFormat) +
+                      "\r\n" + QString::fromStdString(tree.Path("src/gone.txt")) + "\r\n");
+        EXPECT_EQ(dialog.findChild<QLineEdit*>("Text1")->text(),
+                  "Ready! (Selected items copied to clipboard.)");
+    }
+    // The next list opens as the last one was left.
+    const bool grid = profile->Settings().LVUseGridLines;
+    const int view = profile->Settings().LVDefaultView;
+    modPProfile reread(config.Path("tallymoor.ini"), "/home/ann");
+    reread.Start();
+    EXPECT_EQ(reread.Settings().LVUseGridLines, grid);
+    EXPECT_EQ(reread.Settings().LVDefaultView, view);
+    dlgCopyErr next(reread, prompts, desktop);
+    next.Create(PendingAction::DeleteFiles);
+    next.AddItems(items);
+    next.CreateFinalize();
+    EXPECT_EQ(next.List()->showGrid(), grid);
+    EXPECT_EQ(!next.List()->horizontalHeader()->isHidden(), view == 1);
+}
+
+} // namespace
