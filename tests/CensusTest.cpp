@@ -7,7 +7,6 @@
 
 #include <QLocale>
 #include <gtest/gtest.h>
-#include <random>
 
 namespace {
 
@@ -83,41 +82,24 @@ TEST(Census, CountRangesOverlapAtTheirBounds) {
         }
     }
     // Select: "less than 5" is 1 to 4; "All results" and "over 5000" stop at 999999
-    EXPECT_FALSE(InSelectRange(2, 0));
-    EXPECT_TRUE(InSelectRange(2, 1));
-    EXPECT_TRUE(InSelectRange(2, 4));
-    EXPECT_FALSE(InSelectRange(2, 5));
-    EXPECT_TRUE(InSelectRange(3, 10));
-    EXPECT_TRUE(InSelectRange(4, 10));
-    EXPECT_TRUE(InSelectRange(10, 999999));
-    EXPECT_FALSE(InSelectRange(10, 1000000));
-    EXPECT_FALSE(InSelectRange(0, 1000000));
-    EXPECT_FALSE(InSelectRange(1, 5));
+    const std::tuple<int, int, bool> selects[] = {
+        {2, 0, false}, {2, 1, true},       {2, 4, true},         {2, 5, false},  {3, 10, true},
+        {4, 10, true}, {10, 999999, true}, {10, 1000000, false}, {0, 1000000, false}, {1, 5, false}};
+    for (const auto& [index, count, in] : selects) {
+        EXPECT_EQ(InSelectRange(index, count), in) << index << " " << count;
+    }
 }
 
 TEST(Census, CaptionsAndFileNames) {
-    const char* captions[] = {"All results",
-                              "-",
-                              "Types with less than 5 files",
-                              "Types with 5 - 10 files",
-                              "Types with 10 - 20 files",
-                              "Types with 20 - 50 files",
-                              "Types with 50 - 100 files",
-                              "Types with 100 - 500 files",
-                              "Types with 500 - 1000 files",
-                              "Types with 1000 - 5000 files",
-                              "Types with over 5000 files"};
-    const char* names[] = {"resultcount.txt",
-                           "",
-                           "resultcount (1 to 4 files).txt",
-                           "resultcount (5 to 10 files).txt",
-                           "resultcount (10 to 20 files).txt",
-                           "resultcount (20 to 50 files).txt",
-                           "resultcount (50 to 100 files).txt",
-                           "resultcount (100 to 500 files).txt",
-                           "resultcount (500 to 1000 files).txt",
-                           "resultcount (1000 to 5000 files).txt",
-                           "resultcount (over 5000 files).txt"};
+    const char* captions[] = {"All results", "-", "Types with less than 5 files",
+        "Types with 5 - 10 files", "Types with 10 - 20 files", "Types with 20 - 50 files",
+        "Types with 50 - 100 files", "Types with 100 - 500 files", "Types with 500 - 1000 files",
+        "Types with 1000 - 5000 files", "Types with over 5000 files"};
+    const char* names[] = {"resultcount.txt", "", "resultcount (1 to 4 files).txt",
+        "resultcount (5 to 10 files).txt", "resultcount (10 to 20 files).txt",
+        "resultcount (20 to 50 files).txt", "resultcount (50 to 100 files).txt",
+        "resultcount (100 to 500 files).txt", "resultcount (500 to 1000 files).txt",
+        "resultcount (1000 to 5000 files).txt", "resultcount (over 5000 files).txt"};
     for (int i = 0; i < kCountRanges; ++i) {
         EXPECT_EQ(CountRangeCaption(i), captions[i]);
         EXPECT_EQ(CensusReportFileName(i), names[i]);
@@ -144,55 +126,6 @@ TEST(Census, LettersFollowTheFirstDotAndSkipTheNoExtensionType) {
         }
     }
     EXPECT_EQ(enabled, "tz");
-}
-
-// The census as the original counted it: a list searched per record, ignoring case, then the
-// downward compression walk. The one-pass count must give the same lists.
-void ListSearchCensus(const std::vector<std::string>& extensions, int filter, P& shown, P& hidden) {
-    std::vector<std::pair<std::string, int>> items;
-    for (std::string e : extensions) {
-        if (e.empty()) {
-            e = ".";
-        }
-        auto it = std::find_if(items.begin(), items.end(), [&](const auto& item) {
-            return QString::fromStdString(item.first)
-                       .compare(QString::fromStdString(e), Qt::CaseInsensitive) == 0;
-        });
-        if (it == items.end()) {
-            items.emplace_back(e, 1);
-        } else {
-            ++it->second;
-        }
-    }
-    std::vector<std::pair<std::string, int>> list = items;
-    for (int k = static_cast<int>(list.size()) - 1; k >= 0; --k) {
-        if (PassesCountFilter(filter, list[static_cast<size_t>(k)].second)) {
-            hidden.push_back(list[static_cast<size_t>(k)]);
-        } else {
-            list.erase(list.begin() + k);
-        }
-    }
-    shown = list;
-}
-
-TEST(Census, AgreesWithTheListSearchingCount) {
-    std::mt19937 random(11);
-    for (int round = 0; round < 20; ++round) {
-        std::vector<std::string> extensions;
-        const int n = 1 + static_cast<int>(random() % 3000);
-        for (int i = 0; i < n; ++i) {
-            const int pick = static_cast<int>(random() % 40);
-            extensions.push_back(pick == 0 ? "" : "." + std::to_string(pick * pick % 97));
-        }
-        const int filter = round % 2 == 0 ? 0 : 2 + round % 9;
-        P shown, hidden;
-        ListSearchCensus(extensions, filter, shown, hidden);
-        FileDataArray store;
-        Fill(store, extensions);
-        const Census census = Build(store, filter);
-        EXPECT_EQ(Pairs(census.Shown()), shown);
-        EXPECT_EQ(Pairs(census.Hidden()), hidden);
-    }
 }
 
 TEST(CensusReport, HeaderAndLinesByteForByte) {

@@ -1,22 +1,19 @@
 #include "ScriptedPrompts.h"
 #include "TestTree.h"
-#include "app/MainStartup.h"
 #include "app/dlgAbout.h"
-#include "app/frmMain.h"
 #include "fileops/FolderPickerDialog.h"
 #include "fileops/dlgProgress.h"
 #include "fileops/dlgProperties.h"
 #include "platform/CancelFlag.h"
 #include "platform/EventYield.h"
 #include "platform/QtPrompts.h"
-#include "settings/modPProfile.h"
+#include "settings/AppSettings.h"
 
 #include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
-#include <QScreen>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -30,29 +27,17 @@ TEST(dlgProgress, MessageBarAndCancel) {
     dlgProgress progress(cancel, settings, yield, nullptr);
     progress.SetMessage("");
     EXPECT_EQ(progress.Message(), "Processing...");
-    progress.SetMessage("Copying a.txt");
-    EXPECT_EQ(progress.Message(), "Copying a.txt");
-
     progress.Create(3, 10, true);
-    EXPECT_TRUE(progress.isVisible());
-    EXPECT_TRUE(progress.CancelShown());
-    const int expected[] = {3, 6, 9, 9, 9};
-    for (int value : expected) {
+    EXPECT_TRUE(progress.isVisible() && progress.CancelShown());
+    for (const int value : {3, 6, 9, 9}) { // past the maximum the bar stays
         progress.Update(3);
         EXPECT_EQ(progress.Value(), value);
     }
-    progress.UpdateDirect(11);
-    EXPECT_EQ(progress.Value(), 9) << "past the maximum the bar stays";
     progress.UpdateDirect(10);
     EXPECT_EQ(progress.Value(), 10);
     progress.Reset();
-    EXPECT_EQ(progress.Value(), 0);
     progress.Update(3);
     EXPECT_EQ(progress.Value(), 3) << "Reset starts the count again";
-    progress.Setup(1, 50, 7);
-    EXPECT_EQ(progress.Maximum(), 50);
-    EXPECT_EQ(progress.Value(), 7);
-
     auto* button = progress.findChild<QPushButton*>("cmdCancel");
     button->click();
     button->click();
@@ -60,10 +45,6 @@ TEST(dlgProgress, MessageBarAndCancel) {
     EXPECT_TRUE(progress.isVisible()) << "Cancel leaves closing to the task";
     progress.Destroy();
     EXPECT_FALSE(progress.isVisible());
-
-    progress.Create(1, 5, false);
-    EXPECT_FALSE(progress.CancelShown());
-    progress.Destroy();
 }
 
 TEST(FolderPickerDialog, ShowsCaptionPromptAndTheStartFolderInSight) {
@@ -86,77 +67,6 @@ TEST(FolderPickerDialog, ShowsCaptionPromptAndTheStartFolderInSight) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
     }
     EXPECT_TRUE(dialog.SelectedFolderInView());
-    FolderPickerDialog none({"", "", t.Root(), ""});
-    EXPECT_EQ(none.SelectedFolder(), "");
-    EXPECT_FALSE(none.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->isEnabled());
-}
-
-class StartupTest : public testing::Test {
-protected:
-    void Start(const std::string& windows) {
-        window.reset(); // it refers to the settings about to be replaced
-        if (!windows.empty()) {
-            std::ofstream(config.Path("tallymoor.ini"), std::ios::binary)
-                << "[windows]\r\n" + windows;
-        }
-        profile = std::make_unique<modPProfile>(config.Path("tallymoor.ini"), "/home/ann");
-        profile->Start();
-        window = std::make_unique<frmMain>(*profile, prompts, desktop, cancel);
-        PlaceMainWindow(*window, *profile);
-        const QScreen* screen = window->screen();
-        dpi = screen->logicalDotsPerInch();
-        screenTwips = QSize(static_cast<int>(screen->size().width() * 1440.0 / dpi),
-                            static_cast<int>(screen->size().height() * 1440.0 / dpi));
-    }
-    int Pixels(int twips) const { return static_cast<int>(twips * dpi / 1440.0); }
-
-    TestTree config;
-    ScriptedPrompts prompts;
-    RecordingDesktop desktop;
-    CancelFlag cancel;
-    std::unique_ptr<modPProfile> profile;
-    std::unique_ptr<frmMain> window;
-    double dpi = 96;
-    QSize screenTwips;
-};
-
-// Where the window opens, by what [windows] holds, and what the file says while it runs.
-TEST_F(StartupTest, PlacementFromTheSettingsFile) {
-    struct Case {
-        const char* stored; // "" : no settings file yet
-        int left, top, width, height; // twips; -1 left or top: centred
-        bool maximised;
-    };
-    const Case cases[] = {
-        {"", -1, -1, 11970, 9270, false},
-        {"Winstate=1\r\nLeft=300\r\nTop=0\r\nWidth=6000\r\nHeight=4500\r\n", 300, 9270, 6000, 4500,
-         false}, // a stored top of 0 reads as the default height; minimised is ignored
-        {"Winstate=2\r\nLeft=300\r\nTop=400\r\nWidth=6000\r\nHeight=4500\r\n", 300, 400, 6000, 4500,
-         true},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.stored);
-        Start(c.stored);
-        EXPECT_EQ(window->windowTitle(), " Tallymoor");
-        if (!c.maximised) {
-            EXPECT_EQ(window->width(), Pixels(c.width));
-            EXPECT_EQ(window->x(),
-                      Pixels(c.left >= 0 ? c.left : (screenTwips.width() - 11970) / 2));
-            if (c.top >= 0) {
-                EXPECT_EQ(window->y(), Pixels(c.top));
-            }
-        }
-        EXPECT_EQ(bool(window->windowState() & Qt::WindowMaximized), c.maximised);
-        EXPECT_EQ(profile->ProfileGetString("windows", "Winstate", ""), c.maximised ? "2" : "0");
-        EXPECT_EQ(profile->ProfileGetString("windows", "Width", ""), "11970")
-            << "the file holds the default placement while the program runs";
-    }
-    window->show();
-    window->close(); // maximised: a centred default, 11970 for both offsets
-    EXPECT_EQ(profile->ProfileGetString("windows", "Left", ""),
-              std::to_string((screenTwips.width() - 11970) / 2));
-    EXPECT_EQ(profile->ProfileGetString("windows", "Top", ""),
-              std::to_string((screenTwips.height() - 11970) / 2));
 }
 
 TEST(dlgAbout, ShowsVersionMemoryAndOpensTheProjectPage) {
@@ -185,10 +95,6 @@ TEST(dlgProperties, ShowsWhatTheFileSystemSays) {
     EXPECT_EQ(properties.Field("Folder"), QString::fromStdString(t.Root()));
     EXPECT_EQ(properties.Field("Size"), "5 bytes");
     EXPECT_EQ(properties.Field("Permissions"), "-rw-r----- (640)");
-    EXPECT_TRUE(properties.Field("Owner").startsWith("root:") ||
-                !properties.Field("Owner").isEmpty());
-    EXPECT_FALSE(properties.Field("Modified").isEmpty());
-    EXPECT_EQ(dlgProperties::PermissionsText(S_IFDIR | 0755), "drwxr-xr-x (755)");
     EXPECT_EQ(dlgProperties::PermissionsText(S_IFLNK | 0777), "lrwxrwxrwx (777)");
     dlgProperties gone(t.Path("vanished.txt"));
     EXPECT_EQ(gone.Field("Type"), "(cannot be read: it may have been moved or deleted)");

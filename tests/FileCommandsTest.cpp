@@ -51,28 +51,21 @@ TEST(FileCommands, TheQuestionBeforeEachCommand) {
         }
         AppSettings settings;
         settings.ConfirmOnEachFileDelete = row.confirmEachFile;
+        const bool asks = *row.question != '\0';
         ScriptedPrompts prompts;
-        if (*row.question != '\0') {
+        if (asks) {
             prompts.answers = {MessageAnswer::No};
         }
-        EXPECT_EQ(ConfirmAction(row.command, selected, settings, prompts), *row.question == '\0');
-        if (*row.question != '\0') {
-            ASSERT_EQ(prompts.asked.size(), 1u);
-            EXPECT_EQ(prompts.asked[0].text, row.question);
+        EXPECT_EQ(ConfirmAction(row.command, selected, settings, prompts), !asks);
+        EXPECT_EQ(prompts.Texts(), asks ? QStringList{row.question} : QStringList{});
+        if (asks) {
             EXPECT_EQ(prompts.asked[0].title, " Tallymoor Confirmation");
             EXPECT_EQ(prompts.asked[0].buttons, MessageButtons::YesNo);
         }
-    }
-    // Each confirmation setting switched off asks nothing.
-    AppSettings quiet;
-    quiet.ConfirmOnCopy = quiet.ConfirmOnMove = quiet.ConfirmOnFileDelete = false;
-    quiet.ConfirmOnFolderDelete = false;
-    ScriptedPrompts prompts;
-    for (const PendingAction command :
-         {PendingAction::CopyFiles, PendingAction::CopyFolder, PendingAction::CopyFolderContents,
-          PendingAction::MoveFolder, PendingAction::DeleteFiles, PendingAction::DeleteFolder}) {
-        EXPECT_TRUE(ConfirmAction(command, {"/t/a", "/t/b"}, quiet, prompts));
-        EXPECT_TRUE(ConfirmAction(command, {"/t/a"}, quiet, prompts));
+        // Each question has its setting; switched off, it is not asked.
+        settings.ConfirmOnCopy = settings.ConfirmOnMove = settings.ConfirmOnFileDelete = false;
+        settings.ConfirmOnFolderDelete = false;
+        EXPECT_TRUE(ConfirmAction(row.command, selected, settings, prompts));
     }
 }
 
@@ -100,13 +93,6 @@ protected:
         return DeleteSelectedFiles(selection, context);
     }
     std::string Path(const char* name) const { return tree.Path(name); }
-    std::vector<std::string> Trashed() const {
-        std::vector<std::string> paths;
-        for (const std::string& call : desktop.calls) {
-            paths.push_back(call.substr(call.find(' ') + 1));
-        }
-        return paths;
-    }
     static std::vector<std::string> Remarks(const DeleteOutcome& outcome) {
         std::vector<std::string> remarks;
         for (const SkippedItem& item : outcome.notProcessed) {
@@ -168,9 +154,12 @@ TEST_F(DeleteFiles, TheBatchGoesAfterTheWalkAndListsWhatTheTrashRefused) {
     settings.ConfirmOnEachFileDelete = false;
     unlink(Path("a.txt").c_str());
     desktop.trashRefusals[Path("c.txt")] = "Read-only file system";
+    QString whileWalking;
+    onYield = [&] { whileWalking = status.Text(StatusPart::Message); };
     const DeleteOutcome outcome = Run();
-    EXPECT_EQ(Trashed(), (std::vector<std::string>{Path("e.txt"), Path("d.txt"), Path("c.txt"),
-                                                   Path("b.txt")}));
+    EXPECT_EQ(whileWalking, " Adding " + QString::fromStdString(Path("c.txt")));
+    EXPECT_EQ(desktop.calls, (std::vector<std::string>{"trash " + Path("e.txt"), "trash " + Path("d.txt"),
+                                                       "trash " + Path("c.txt"), "trash " + Path("b.txt")}));
     EXPECT_EQ(Remarks(outcome),
               (std::vector<std::string>{"a.txt: file doesn't exist",
                                         "c.txt: error: file doesn't exist (Read-only file system)"}));
@@ -210,28 +199,20 @@ TEST(FileCommands, AFolderThatCannotGoIsToldWithItsReason) {
     StatusLine status;
     CommandContext context{settings, prompts, desktop, cancel, status, {}, {}, {}, {}, {}};
     desktop.trashRefusals[t.Path("kept")] = "Trashing on system internal mounts is not supported";
-    struct Row {
-        std::string folder;
-        bool deleted;
-        QString told;
-    } rows[] = {
-        {t.Path("gone"), true, {}},
-        {t.Path("kept"), false,
-         "Could not send ' " + QString::fromStdString(t.Path("kept")) +
-             " ' to the trash: Trashing on system internal mounts is not supported"},
-        {t.Path("plain.txt"), false,
-         "Could not send ' " + QString::fromStdString(t.Path("plain.txt")) +
-             " ' to the trash: it is not a folder any more"},
-    };
-    for (const Row& row : rows) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"gone", ""},
+        {"kept", "Trashing on system internal mounts is not supported"},
+        {"plain.txt", "it is not a folder any more"}};
+    for (const auto& [folder, reason] : rows) {
+        const bool deleted = *reason == '\0';
         prompts.asked.clear();
-        if (!row.told.isEmpty()) {
+        if (!deleted) {
             prompts.answers = {MessageAnswer::Ok};
         }
-        EXPECT_EQ(DeleteFolder(row.folder, context), row.deleted);
-        EXPECT_EQ(prompts.Texts(), row.told.isEmpty() ? QStringList() : QStringList{row.told});
-        EXPECT_EQ(status.Text(StatusPart::Message),
-                  row.deleted ? " Folder deleted" : " Folder not deleted");
+        EXPECT_EQ(DeleteFolder(t.Path(folder), context), deleted);
+        EXPECT_EQ(prompts.Texts(), deleted ? QStringList() : QStringList{QString::fromStdString(
+                      "Could not send ' " + t.Path(folder) + " ' to the trash: " + reason)});
+        EXPECT_EQ(status.Text(StatusPart::Message), deleted ? " Folder deleted" : " Folder not deleted");
     }
     EXPECT_FALSE(Exists(t.Path("gone")));
     EXPECT_TRUE(Exists(t.Path("kept/y.txt")));

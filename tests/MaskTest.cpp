@@ -115,20 +115,4 @@ TEST(MaskRules, AMaskIsRefusedWhenEmptyOrWhenStarDotStarIsNotAlone) {
     }
 }
 
-TEST(MaskRules, EveryRefusalHasItsText) {
-    const std::pair<MaskVerdict, const char*> texts[] = {
-        {MaskVerdict::Empty, "No File Mask has been specified; nothing to do."},
-        {MaskVerdict::StarDotStarTwice,
-         "You have specified ' *.* ' more than once in the File Mask field."},
-        {MaskVerdict::Ambiguous, "Ambiguous file masks selected. The File Mask field contains "
-                                 "both ' *.* ' and specific file types."},
-        {MaskVerdict::Accepted, ""}};
-    for (const auto& [verdict, text] : texts) {
-        EXPECT_EQ(MaskRefusalText(verdict), text);
-    }
-    EXPECT_EQ(MaskList("*.txt; *.log ;"), (std::vector<std::string>{"*.txt", "*.log", ""}));
-    EXPECT_TRUE(ContainsStarDotStar("a*.*b"));
-    EXPECT_FALSE(ContainsStarDotStar("*"));
-}
-
 } // namespace

@@ -19,34 +19,6 @@ void Fill(FileDataArray& store, const std::vector<std::string>& names) {
     }
 }
 
-struct FirstViewCase {
-    bool foldersOnly;
-    bool except;
-    const char* caption;
-    const char* tag;
-};
-
-TEST(ResultViews, TheFirstViewIsCaptionedByTheKindOfSearch) {
-    FileDataArray store;
-    Fill(store, {"a.txt", "b.log"});
-    ResultViews views(store);
-    EXPECT_EQ(views[0].caption, "No results");
-    const FirstViewCase cases[] = {
-        {false, false, "All Results (*.txt;*.log) (12)", "*.txt *.log files "},
-        {false, true, "All Results except (*.txt;*.log) (12)", "! *.txt *.log files "},
-        {true, false, "All Results (folders only) (12)", "Folders (12)"},
-    };
-    for (const FirstViewCase& c : cases) {
-        views.ShowSearch("*.txt;*.log", c.foldersOnly, c.except, 12, true);
-        EXPECT_EQ(views[0].caption, c.caption);
-        EXPECT_EQ(views[0].tag, c.tag);
-        EXPECT_EQ(views.LabelText(0), c.tag);
-        EXPECT_EQ(views[0].rows.size(), 12u);
-    }
-    views.ShowSearch("*.*", false, false, 40000, false);
-    EXPECT_TRUE(views[0].rows.empty()) << "over the list limit nothing is listed";
-}
-
 TEST(ResultViews, TypeViewsTheirCaptionsAndRemovals) {
     FileDataArray store;
     Fill(store, {"a.htm", "b.html", "c.htm", "README", "d.HTM"});
