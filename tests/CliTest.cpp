@@ -97,6 +97,10 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
         {{"census", t.Root(), "*.doc", "--report", t.Path("r.txt")}, 0, ".doc\t\t2 files\n", "Objects: 3"},
         {{"census", t.Root(), "*.none"}, 1, "", "No files matching ' *.none '"},
         {{"--version"}, 0, "tallymoor " TALLYMOOR_VERSION "\n", ""},
+        {{"copy", t.Root(), "*.doc", t.Path("top.txt")}, 2, "",
+         "tallymoor: DEST ' " + t.Path("top.txt") + " ' is not a folder\n"},
+        {{"copy", t.Root(), "*.doc", "--folders-only", t.Root()}, 2, "",
+         "tallymoor: unknown option '--folders-only'"},
     };
     for (const Case& c : cases) {
         const CliRun run = RunCli(c.args);
@@ -109,6 +113,16 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
     EXPECT_NE(ReadBytes(t.Path("r.txt")).find("#     Root Path:\t" + t.Root() + "\r\n#     File Mask:\t*.doc\r\n"),
               std::string::npos);
     EXPECT_NE(RunCli({"--help"}).out.find("tallymoor search ROOT MASK"), std::string::npos);
+    // Copies go flat into DEST; the second time every name is there already.
+    TestTree dest;
+    const std::string into = dest.Root().substr(0, dest.Root().size() - 1);
+    const CliRun copy = RunCli({"copy", t.Root(), "*.doc", into});
+    EXPECT_EQ(copy.status, 0);
+    EXPECT_EQ(copy.out.size(), dest.Path("top.doc\n").size() + dest.Path("inner.doc\n").size());
+    EXPECT_NE(copy.out.find(dest.Path("inner.doc\n")), std::string::npos);
+    const CliRun again = RunCli({"copy", t.Root(), "*.doc", into});
+    EXPECT_EQ(again.status, 4);
+    EXPECT_NE(again.err.find(t.Path("top.doc") + "\tduplicate file\n"), std::string::npos);
     EXPECT_NE(RunCli({"census", t.Root(), "*.*", "--report", t.Path("top.txt")}).err.find(
                   "tallymoor: Cannot create " + t.Path("top.txt") + ": File exists"),
               std::string::npos)

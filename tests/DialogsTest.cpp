@@ -54,7 +54,7 @@ TEST(FolderPickerDialog, ShowsCaptionPromptAndTheStartFolderInSight) {
         t.Folder("z/f" + std::to_string(1000 + i));
     }
     t.Folder("z/z-start");
-    FolderPickerDialog dialog({"Select Local Folder", "Pick one.", t.Root(), t.Path("z/z-start")});
+    FolderPickerDialog dialog({"Select Local Folder", "Pick one.", t.Root(), t.Path("z/z-start"), {}});
     dialog.show();
     EXPECT_EQ(dialog.windowTitle(), "Select Local Folder");
     EXPECT_EQ(dialog.findChild<QLabel*>("lblPrompt")->text(), "Pick one.");

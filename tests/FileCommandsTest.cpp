@@ -1,12 +1,16 @@
 #include "fileops/FileCommands.h"
+#include "fileops/FileCopy.h"
 
 #include "ScriptedPrompts.h"
 #include "TestTree.h"
 #include "platform/CancelFlag.h"
+#include "platform/Progress.h"
 #include "settings/AppSettings.h"
 
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -69,6 +73,21 @@ TEST(FileCommands, TheQuestionBeforeEachCommand) {
     }
 }
 
+// A progress window that keeps what it was last told.
+class RecordingProgress : public Progress {
+public:
+    void Create(int, int maximum, bool) override { this->maximum = maximum; }
+    void Destroy() override {}
+    void Reset() override {}
+    void SetMessage(const QString& text) override { message = text; }
+    void Setup(int, int maximum, int) override { this->maximum = maximum; }
+    void Update(int) override {}
+    void UpdateDirect(int value) override { this->value = value; }
+    QString message;
+    int maximum = 0;
+    int value = 0;
+};
+
 // A tree of files a.txt .. e.txt, the selection in that order, and a command context that
 // records what it was told.
 class DeleteFiles : public testing::Test {
@@ -79,21 +98,18 @@ protected:
             selection.push_back({tree.Path(name), 7});
         }
     }
+    CommandContext Context() {
+        return {settings, prompts, desktop, cancel, status, [this] { onYield(); },
+                [](std::string_view p) { return QString::fromUtf8(p); },
+                [this](std::string_view p) { removed.emplace_back(p); }, [] {}, {}, &progress,
+                &faults};
+    }
     DeleteOutcome Run() {
-        CommandContext context{settings,
-                               prompts,
-                               desktop,
-                               cancel,
-                               status,
-                               [this] { onYield(); },
-                               [](std::string_view p) { return QString::fromUtf8(p); },
-                               [this](std::string_view p) { removed.emplace_back(p); },
-                               [] {},
-                               {}};
+        CommandContext context = Context();
         return DeleteSelectedFiles(selection, context);
     }
-    std::string Path(const char* name) const { return tree.Path(name); }
-    static std::vector<std::string> Remarks(const DeleteOutcome& outcome) {
+    std::string Path(const std::string& name) const { return tree.Path(name); }
+    template <class Outcome> static std::vector<std::string> Remarks(const Outcome& outcome) {
         std::vector<std::string> remarks;
         for (const SkippedItem& item : outcome.notProcessed) {
             remarks.push_back(item.path.substr(item.path.rfind('/') + 1) + ": " + item.remark +
@@ -111,6 +127,8 @@ protected:
     StatusLine status;
     std::function<void()> onYield = [] {};
     std::vector<std::string> removed;
+    CopyFaults faults;
+    RecordingProgress progress;
 };
 
 TEST_F(DeleteFiles, EachFileAskedFromTheLastUpToCancel) {
@@ -216,6 +234,183 @@ TEST(FileCommands, AFolderThatCannotGoIsToldWithItsReason) {
     }
     EXPECT_FALSE(Exists(t.Path("gone")));
     EXPECT_TRUE(Exists(t.Path("kept/y.txt")));
+}
+
+// Copies never write over anything: each fault through the real engine on a real tree.
+using CopyFiles = DeleteFiles;
+
+TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
+    TestTree to;
+    WriteBytes(Path("a.txt"), "new a");
+    WriteBytes(Path("e.txt"), std::string(3 << 20, 'e'));
+    tree.SetTime("a.txt", 1500000000, 0);
+    WriteBytes(to.Path("b.txt"), "there before");
+    to.Link("c.txt", to.Path("nowhere")); // a dangling link: nothing is written through it
+    unlink(Path("d.txt").c_str());        // gone since the search
+    selection.push_back({Path("a.txt"), 7}); // its own copy made a moment ago is there now
+    onYield = [&] { WriteBytes(to.Path("e.txt"), "appeared"); }; // between the check and the copy
+    CommandContext context = Context();
+    const CopyFilesOutcome outcome =
+        CopySelectedFiles(selection, to.Root().substr(0, to.Root().size() - 1), context);
+    EXPECT_EQ(Remarks(outcome), (std::vector<std::string>{
+                                    "b.txt: duplicate file", "c.txt: duplicate file",
+                                    "d.txt: source file not found", "e.txt: duplicate file",
+                                    "a.txt: duplicate file"}));
+    EXPECT_EQ(outcome.notProcessed[0].remarkDate, to.Path("b.txt"));
+    EXPECT_EQ(ReadBytes(to.Path("b.txt")), "there before");
+    EXPECT_EQ(ReadBytes(to.Path("e.txt")), "appeared");
+    EXPECT_FALSE(Exists(to.Path("nowhere")));
+    EXPECT_EQ(ReadBytes(to.Path("a.txt")), "new a");
+    struct stat st {};
+    ASSERT_EQ(stat(to.Path("a.txt").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mtim.tv_sec, 1500000000) << "the source's time kept";
+    EXPECT_EQ(std::make_tuple(outcome.processed, outcome.copied, outcome.skipped), std::make_tuple(5, 1, 5));
+    EXPECT_EQ(status.Text(StatusPart::Message), " Copying " + QString::fromStdString(Path("a.txt")));
+    EXPECT_EQ(status.Text(StatusPart::Objects), " File: 5 of 6");
+    EXPECT_EQ(status.Text(StatusPart::Matched), " Copied: 1");
+    EXPECT_EQ(status.Text(StatusPart::Elapsed), " Skipped: 5");
+    const CopyFilesOutcome itself = CopySelectedFiles({{Path("a.txt"), 1}}, tree.Root(), context);
+    EXPECT_EQ(Remarks(itself), std::vector<std::string>{"a.txt: duplicate file"}) << "into its own folder";
+    EXPECT_EQ(ReadBytes(Path("a.txt")), "new a");
+
+    // A full disk, a read-only target, a file too large, a cancel: no partial file remains.
+    const std::pair<int, const char*> failures[] = {
+        {ENOSPC, "28 (No space left on device)"}, {EROFS, "30 (Read-only file system)"},
+        {EFBIG, "27 (File too large)"}, {ECANCELED, "125 (Operation canceled)"}};
+    for (const auto& [error, remark] : failures) {
+        TestTree empty;
+        faults.write = [&, error = error](std::string_view, int64_t done) {
+            if (done >= (1 << 20) && error == ECANCELED) {
+                cancel.Raise(); // Cancel pressed while the big file copies
+            }
+            return done >= (1 << 20) && error != ECANCELED ? error : 0;
+        };
+        const CopyFilesOutcome failed = CopySelectedFiles(
+            {{Path("a.txt"), 1}, {Path("e.txt"), 2}, {Path("c.txt"), 3}},
+            empty.Root().substr(0, empty.Root().size() - 1), context);
+        cancel.Lower();
+        EXPECT_EQ(Remarks(failed), std::vector<std::string>{std::string("e.txt: ") + remark});
+        EXPECT_EQ(ReaddirOrder(empty.Root()).size(), error == ECANCELED ? 1u : 2u) << remark;
+        EXPECT_FALSE(Exists(empty.Path("e.txt"))) << remark;
+    }
+}
+
+TEST_F(CopyFiles, AFolderCopyAsksAboutNamesThereAndKeepsLinksAsLinks) {
+    TestTree to;
+    tree.File("sub/deep/f.txt");
+    tree.Link("sub/link", "deep/f.txt");
+    ASSERT_EQ(mkfifo(Path("sub/pipe").c_str(), 0600), 0);
+    to.Folder("sub");
+    WriteBytes(to.Path("sub/a.txt"), "mine"); // the folder is merged; its names are asked about
+    WriteBytes(to.Path("sub/b.txt"), "mine too");
+    tree.File("sub/a.txt");
+    tree.File("sub/b.txt");
+    tree.File("sub/c.txt");
+    WriteBytes(to.Path("sub/c.txt"), "keep");
+    prompts.conflicts = {{ConflictChoice::Replace, false}, {ConflictChoice::Skip, true}};
+    std::vector<SkippedItem> notProcessed;
+    CommandContext context = Context();
+    EXPECT_TRUE(CopyFolder(Path("sub"), to.Root().substr(0, to.Root().size() - 1),
+                           PendingAction::CopyFolder, context, notProcessed));
+    ASSERT_EQ(prompts.conflictsAsked.size(), 2u); // the third name follows "for all"
+    const std::string first = prompts.conflictsAsked[0].toStdString();
+    const std::string name = first.substr(to.Path("sub/").size() + 2, 5); // in readdir order
+    EXPECT_EQ(first, "' " + to.Path("sub/" + name) + " ' is already there.\n\nReplace it with ' " +
+                         Path("sub/" + name) +
+                         " '? What is there now goes to the trash, from where it can be restored.");
+    EXPECT_EQ(desktop.calls.size(), 1u) << "the replaced file went to the trash first";
+    EXPECT_EQ(ReadBytes(to.Path("sub/c.txt")), "keep");
+    EXPECT_EQ(ReadBytes(to.Path("sub/deep/f.txt")), "");
+    char link[64] = {};
+    EXPECT_EQ(readlink(to.Path("sub/link").c_str(), link, sizeof link), 10);
+    EXPECT_STREQ(link, "deep/f.txt");
+    ASSERT_EQ(notProcessed.size(), 1u);
+    EXPECT_EQ(notProcessed[0].path + ": " + notProcessed[0].remark,
+              Path("sub/pipe") + ": special file not copied");
+    EXPECT_EQ(status.Text(StatusPart::Message), " Folder not copied");
+
+    // Into itself, or below itself: refused before anything is written.
+    for (const std::string& into : {Path("sub/deep"), Path("sub"), tree.Root().substr(0, tree.Root().size() - 1)}) {
+        for (const PendingAction mode : {PendingAction::CopyFolder, PendingAction::CopyFolderContents}) {
+            if (mode == PendingAction::CopyFolderContents && into != Path("sub/deep")) {
+                continue; // the contents of a folder into its parent are no copy into itself
+            }
+            prompts.answers = {MessageAnswer::Ok};
+            EXPECT_FALSE(CopyFolder(Path("sub"), into, mode, context, notProcessed));
+            EXPECT_TRUE(prompts.Texts().back().endsWith("': that is the folder itself or lies inside it."));
+            EXPECT_EQ(status.Text(StatusPart::Message), mode == PendingAction::CopyFolder
+                                                            ? " Folder not copied" : " Contents not copied");
+        }
+    }
+    TestTree contents;
+    const std::string into = contents.Root().substr(0, contents.Root().size() - 1);
+    EXPECT_TRUE(CopyFolder(Path("sub/deep"), into, PendingAction::CopyFolderContents, context, notProcessed));
+    EXPECT_EQ(ReaddirOrder(contents.Root()), std::vector<std::string>{contents.Path("f.txt")});
+    EXPECT_EQ(status.Text(StatusPart::Message), " Contents copied");
+    EXPECT_TRUE(CopyFolder(Path("sub/deep"), into, PendingAction::CopyFolder, context, notProcessed));
+    EXPECT_TRUE(Exists(contents.Path("deep/f.txt")));
+    EXPECT_EQ(status.Text(StatusPart::Message), " Folder copied");
+}
+
+TEST_F(CopyFiles, AMoveAcrossFileSystemsLeavesTheSourceWholeUntilAllArrived) {
+    for (int i = 0; i < 5; ++i) {
+        tree.File("m/f" + std::to_string(i));
+        WriteBytes(Path("m/f" + std::to_string(i)), std::string(100, 'm'));
+    }
+    tree.Folder("to");
+    const std::vector<std::string> before = ReaddirOrder(Path("m/"));
+    faults.rename = [] { return EXDEV; };
+    int files = 0;
+    faults.write = [&](std::string_view, int64_t done) { return done == 0 && ++files == 3 ? EIO : 0; };
+    std::vector<SkippedItem> notProcessed;
+    CommandContext context = Context();
+    EXPECT_FALSE(MoveFolder(Path("m"), Path("to"), context, notProcessed));
+    EXPECT_EQ(ReaddirOrder(Path("m/")), before) << "the source whole";
+    EXPECT_FALSE(Exists(Path("to/m"))) << "the partial copy taken back";
+    ASSERT_EQ(notProcessed.size(), 1u);
+    EXPECT_EQ(notProcessed[0].remark + " (" + notProcessed[0].reason + ")", "5 (Input/output error)");
+    EXPECT_EQ(status.Text(StatusPart::Message), " Folder not moved");
+
+    faults.write = {};
+    EXPECT_TRUE(MoveFolder(Path("m"), Path("to"), context, notProcessed));
+    EXPECT_FALSE(Exists(Path("m")));
+    EXPECT_EQ(ReadBytes(Path("to/m/f4")), std::string(100, 'm'));
+    EXPECT_EQ(status.Text(StatusPart::Message), " Folder moved");
+
+    // On one file system a rename; a name already there is never replaced.
+    faults.rename = {};
+    tree.Folder("back/m");
+    prompts.answers = {MessageAnswer::Ok};
+    EXPECT_FALSE(MoveFolder(Path("to/m"), Path("back"), context, notProcessed));
+    EXPECT_EQ(prompts.Texts().back(), QString::fromStdString("Could not move ' " + Path("to/m") +
+              " ' to ' " + Path("back") + " ': something named ' m ' is already there"));
+    EXPECT_TRUE(MoveFolder(Path("to/m"), tree.Root().substr(0, tree.Root().size() - 1), context, notProcessed));
+    EXPECT_EQ(ReadBytes(Path("m/f0")), std::string(100, 'm'));
+}
+
+// On a small file system of its own, when the test may mount one: a real full disk, and a
+// real move to another file system.
+TEST_F(CopyFiles, ARealFullDiskAndARealMoveAcrossFileSystems) {
+    TestTree small;
+    const std::string root = small.Root().substr(0, small.Root().size() - 1);
+    if (mount("tmpfs", root.c_str(), "tmpfs", 0, "size=1m") != 0) {
+        GTEST_SKIP() << "no tmpfs may be mounted here; the injected faults stand in";
+    }
+    const struct Unmount {
+        std::string path;
+        ~Unmount() { umount2(path.c_str(), MNT_DETACH); }
+    } unmount{root};
+    WriteBytes(Path("a.txt"), std::string(3 << 20, 'a'));
+    CommandContext context = Context();
+    const CopyFilesOutcome full = CopySelectedFiles({{Path("a.txt"), 1}}, root, context);
+    EXPECT_EQ(Remarks(full), std::vector<std::string>{"a.txt: 28 (No space left on device)"});
+    EXPECT_TRUE(ReaddirOrder(small.Root()).empty()) << "no partial file";
+    tree.File("m/x/y.txt");
+    WriteBytes(Path("m/x/y.txt"), "moved");
+    std::vector<SkippedItem> notProcessed;
+    EXPECT_TRUE(MoveFolder(Path("m"), root, context, notProcessed));
+    EXPECT_EQ(ReadBytes(small.Path("m/x/y.txt")), "moved");
+    EXPECT_FALSE(Exists(Path("m")));
 }
 
 TEST(FileCommands, RescanOrAdvice) {

@@ -11,14 +11,14 @@ struct PurposeCase {
     int purpose;
     const char* caption;
     const char* prompt;
-    const char* root; // "home", "/" or "network"
+    const char* root; // "/" or "network"
     const char* key;
 };
 
 TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
     const PurposeCase cases[] = {
         {1, "Select Destination Folder",
-         "Select the folder or drive into which the selected files will be copied.", "home",
+         "Select the folder or drive into which the selected files will be copied.", "/",
          "LastCopyFileTarget"},
         {2, "Select Local Folder",
          "Select the folder or drive into which the selected folder should be copied.", "/",
@@ -26,11 +26,11 @@ TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
         {3, "Select Destination Folder",
          "Choose the folder or drive into which all contents of selected folder should be copied.",
          "/", "LastCopyFolderTarget"},
-        {4, "", "", "home", "LastMoveFileTarget"},
+        {4, "", "", "/", "LastMoveFileTarget"},
         {5, "Select Destination Location",
          "You are about to move a folder and all its contents. Choose a new location for the "
          "selected folder.",
-         "home", "LastMoveFolderTarget"},
+         "/", "LastMoveFolderTarget"},
         {6, "Select Local Folder", "Select the folder or drive in which to begin the search.", "/",
          "LastSourceFolder"},
         {7, "Select Network Share", "Select the network share in which to begin the search.",
@@ -60,10 +60,10 @@ TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
         const FolderRequest& r = prompts.folderRequests[0];
         EXPECT_EQ(r.caption, c.caption) << c.purpose;
         EXPECT_EQ(r.prompt, c.prompt) << c.purpose;
-        const std::string root = std::string(c.root) == "home" ? t.Path("home/")
-                                 : std::string(c.root) == "/"  ? "/"
-                                                               : r.root;
-        EXPECT_EQ(r.root, root) << c.purpose;
+        EXPECT_EQ(r.root, std::string(c.root) == "/" ? "/" : r.root) << c.purpose;
+        ASSERT_GE(r.places.size(), 2u); // the home folder and the file system, then the volumes
+        EXPECT_EQ(r.places[0].path, t.Path("home/"));
+        EXPECT_EQ(r.places[1].path, "/");
         // purpose 4 always starts at the home folder
         EXPECT_EQ(r.start, c.purpose == 4 ? t.Path("home/") : t.Path("start")) << c.purpose;
         EXPECT_EQ(profile.ProfileGetString("paths", c.key, ""), t.Path("picked")) << c.purpose;

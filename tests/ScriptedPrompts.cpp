@@ -37,17 +37,15 @@ ScriptedPrompts::~ScriptedPrompts() {
     EXPECT_TRUE(saves.empty()) << saves.size() << " save answers left over";
     EXPECT_TRUE(applications.empty()) << applications.size() << " Open With answers left over";
     EXPECT_TRUE(modals.empty()) << modals.size() << " dialogs never shown";
+    EXPECT_TRUE(conflicts.empty()) << conflicts.size() << " conflict answers left over";
     EXPECT_EQ(propertiesToShow, 0) << "properties never shown";
 }
 
 MessageAnswer ScriptedPrompts::Message(const QString& text, MessageIcon icon,
                                        MessageButtons buttons, const QString& title) {
     asked.push_back({text, icon, buttons, title});
-    if (answers.empty()) {
-        ADD_FAILURE() << "unscripted message box: " << text.toStdString();
-        return MessageAnswer::Cancel;
-    }
-    const MessageAnswer answer = Next(answers, "");
+    const MessageAnswer answer = Next(answers, "message box: " + text.toStdString(),
+                                      MessageAnswer::Cancel);
     EXPECT_TRUE(IsButtonOf(answer, buttons))
         << "the scripted answer is not a button of: " << text.toStdString();
     return answer;
@@ -74,6 +72,11 @@ void ScriptedPrompts::ShowFileProperties(const std::string& path) {
         ADD_FAILURE() << "unscripted properties of " << path;
         propertiesToShow = 0;
     }
+}
+
+ConflictAnswer ScriptedPrompts::AskConflict(const QString& text) {
+    conflictsAsked << text;
+    return Next(conflicts, "conflict question: " + text.toStdString());
 }
 
 int ScriptedPrompts::ShowModal(QDialog* dialog) {

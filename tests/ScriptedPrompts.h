@@ -31,6 +31,7 @@ public:
     SaveAnswer SaveFile(const SaveRequest& request) override;
     OpenWithAnswer ChooseApplication(const OpenWithRequest& request) override;
     void ShowFileProperties(const std::string& path) override;
+    ConflictAnswer AskConflict(const QString& text) override;
     int ShowModal(QDialog* dialog) override;
 
     // The texts asked, in order.
@@ -40,6 +41,7 @@ public:
     std::deque<std::string> folders;  // "" cancels
     std::deque<SaveAnswer> saves;     // an empty path cancels
     std::deque<OpenWithAnswer> applications; // an empty answer cancels
+    std::deque<ConflictAnswer> conflicts;
     std::deque<std::function<int(QDialog*)>> modals;
     int propertiesToShow = 0;
 
@@ -48,6 +50,7 @@ public:
     std::vector<SaveRequest> saveRequests;
     std::vector<OpenWithRequest> openWithRequests;
     std::vector<std::string> propertiesShown;
+    QStringList conflictsAsked;
 };
 
 // Records what would be launched, as "verb path" lines; paths keep their bytes.

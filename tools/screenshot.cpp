@@ -33,6 +33,7 @@ public:
     SaveAnswer SaveFile(const SaveRequest&) override { return {}; }
     OpenWithAnswer ChooseApplication(const OpenWithRequest&) override { return {}; }
     void ShowFileProperties(const std::string&) override {}
+    ConflictAnswer AskConflict(const QString&) override { return {ConflictChoice::Skip, true}; }
     int ShowModal(QDialog*) override { return 0; }
 };
 

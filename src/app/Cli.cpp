@@ -18,6 +18,7 @@
 #include <cstring>
 #include <cstdlib>
 #include <set>
+#include <sys/stat.h>
 #include <string_view>
 #include <unistd.h>
 
@@ -38,6 +39,7 @@ constexpr const char* kUsage =
     "  tallymoor census ROOT MASK [--filter N] [--report FILE] [--folders-only] [--except]\n"
     "                   [--no-recurse]\n"
     "  tallymoor trash ROOT MASK [--folders-only] [--except] [--no-recurse] [--yes]\n"
+    "  tallymoor copy ROOT MASK DEST [--except] [--no-recurse]\n"
     "  tallymoor --help | --version\n"
     "\n"
     "search walks ROOT depth first and prints every path the search keeps, one per line, in\n"
@@ -56,6 +58,11 @@ constexpr const char* kUsage =
     "output; an item not processed goes to standard error as its path, a TAB and why. A\n"
     "folder takes along the results inside it.\n"
     "\n"
+    "copy runs the same search and copies every result file into the folder DEST, under its\n"
+    "own name; a name already in DEST is never written over (the file is listed as a\n"
+    "\"duplicate file\"). The new copies' paths go to standard output; a file not copied goes to\n"
+    "standard error as its path, a TAB and why.\n"
+    "\n"
     "  --folders-only   list folders instead of files\n"
     "  --except         list every file that matches none of the patterns\n"
     "  --no-recurse     examine ROOT's own entries only\n"
@@ -69,7 +76,8 @@ constexpr const char* kUsage =
     "  --               end of options (for a ROOT or MASK that begins with \"-\")\n"
     "\n"
     "Exit status: 0 something found, 1 nothing found (or ROOT is not a folder),\n"
-    "2 bad usage, a refused mask or no terminal to ask on, 3 the report could not be written,\n"
+    "2 bad usage, a refused mask, a DEST that is not a folder or no terminal to ask on,\n"
+    "3 the report could not be written,\n"
     "4 some items were not processed (each is listed),\n"
     "5 standard output could not be written (the reason goes to standard error),\n"
     "130 interrupted by Ctrl-C (what was found is printed).\n";
@@ -152,6 +160,7 @@ struct Request {
     int filter = 0;
     std::string report;
     bool yes = false;
+    std::string destination; // copy's DEST
 };
 
 // Parses the arguments after the command; returns false (after saying why) on bad usage.
@@ -167,7 +176,7 @@ bool ParseRequest(const std::vector<std::string>& args, Request& request, std::F
             positional.push_back(args[i]);
         } else if (a == "--") {
             optionsEnded = true;
-        } else if (a == "--folders-only") {
+        } else if (a == "--folders-only" && args[0] != "copy") {
             request.options.FoldersOnly = true;
         } else if (a == "--except") {
             request.options.ExpectedMatch = 0;
@@ -195,12 +204,25 @@ bool ParseRequest(const std::vector<std::string>& args, Request& request, std::F
             return false;
         }
     }
-    if (positional.size() != 2) {
-        std::fprintf(err, "tallymoor: %s needs ROOT and MASK\n%s", args[0].c_str(), kUsage);
+    const bool copy = args[0] == "copy";
+    if (positional.size() != (copy ? 3u : 2u)) {
+        std::fprintf(err, "tallymoor: %s needs ROOT%s\n%s", args[0].c_str(),
+                     copy ? ", MASK and DEST" : " and MASK", kUsage);
         return false;
     }
     request.root = positional[0];
     request.options.MaskText = positional[1];
+    if (copy) {
+        request.destination = positional[2];
+        struct stat st {};
+        if (stat(request.destination.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+            std::fprintf(err, "tallymoor: DEST ' %s ' is not a folder\n", request.destination.c_str());
+            return false;
+        }
+        while (request.destination.size() > 1 && request.destination.back() == '/') {
+            request.destination.pop_back();
+        }
+    }
     return true;
 }
 
@@ -330,6 +352,7 @@ public:
     SaveAnswer SaveFile(const SaveRequest&) override { return {}; }
     OpenWithAnswer ChooseApplication(const OpenWithRequest&) override { return {}; }
     void ShowFileProperties(const std::string&) override {}
+    ConflictAnswer AskConflict(const QString&) override { return {ConflictChoice::Skip, true}; }
     int ShowModal(QDialog*) override { return 0; }
 
 private:
@@ -354,26 +377,10 @@ private:
     const CliSystem& system_;
 };
 
-// The trash command: the search, one question, then every result through the delete engine
-// (each file sent to the trash on its own), in the order found.
-int TrashCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
-                 WalkListener* walkObserver, const CliSystem& system) {
-    Request request;
-    if (!ParseRequest(args, request, err)) {
-        return kExitUsage;
-    }
-    SearchSession session;
-    CancelFlag cancel;
-    if (const int status = RunSearch(request, session, cancel, err, walkObserver); status >= 0) {
-        return status;
-    }
-    PrintCounts(session, err);
-    if (!session.ResultsAvailable()) {
-        return ExitStatus(session, cancel);
-    }
-    const FileDataArray& store = session.Store();
-    // The engine walks from the last item to the first: handed over reversed, the items go
-    // in the order they were found. A result inside a listed folder goes with that folder.
+// The trash's selection: every result, reversed (the engine walks from the last item to the
+// first, so they go in the order found), without the results inside a listed folder, which
+// go with it.
+std::vector<SelectedItem> TrashSelection(const FileDataArray& store) {
     std::set<std::string_view> listed;
     for (int32_t i = 0; i <= store.UBound(); ++i) {
         listed.insert(store[i].FullPath());
@@ -393,8 +400,39 @@ int TrashCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::F
             selection.push_back({std::string(store[i].FullPath()), store[i].LastWriteTime});
         }
     }
+    return selection;
+}
+
+// The trash and copy commands: the search, then every result through the window's engine.
+// What was handled goes to standard output (a trashed path, a new copy's path), what was not to
+// standard error as its path, a TAB and its remark.
+int FileCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
+                WalkListener* walkObserver, const CliSystem& system) {
+    const bool trash = args[0] == "trash";
+    Request request;
+    if (!ParseRequest(args, request, err)) {
+        return kExitUsage;
+    }
+    SearchSession session;
+    CancelFlag cancel;
+    if (const int status = RunSearch(request, session, cancel, err, walkObserver); status >= 0) {
+        return status;
+    }
+    PrintCounts(session, err);
+    if (!session.ResultsAvailable()) {
+        return ExitStatus(session, cancel);
+    }
+    const FileDataArray& store = session.Store();
+    std::vector<SelectedItem> selection;
+    if (trash) {
+        selection = TrashSelection(store);
+    } else {
+        for (int32_t i = 0; i <= store.UBound(); ++i) {
+            selection.push_back({std::string(store[i].FullPath()), store[i].LastWriteTime});
+        }
+    }
     const std::string count = std::to_string(selection.size());
-    if (!request.yes) {
+    if (trash && !request.yes) {
         const auto answer = system.askTerminal
                                 ? system.askTerminal("Send " + count + " items to the trash? [y/N] ")
                                 : std::nullopt;
@@ -427,22 +465,23 @@ int TrashCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::F
                                out.Write(path);
                                out.Put('\n');
                            }};
-    DeleteOutcome outcome;
+    std::vector<SkippedItem> notProcessed;
     {
         InterruptCancels interrupts(cancel);
-        outcome = DeleteSelectedFiles(selection, context);
+        notProcessed = trash ? DeleteSelectedFiles(selection, context).notProcessed
+                             : CopySelectedFiles(selection, request.destination, context).notProcessed;
     }
     if (!out.Finish()) {
         return OutputFailed(out, err);
     }
-    for (const SkippedItem& item : outcome.notProcessed) {
+    for (const SkippedItem& item : notProcessed) {
         std::fprintf(err, "%s\t%s%s\n", item.path.c_str(), item.remark.c_str(),
                      item.reason.empty() ? "" : (" (" + item.reason + ")").c_str());
     }
     if (cancel.IsRaised()) {
         return kExitInterrupted;
     }
-    return outcome.notProcessed.empty() ? kExitFound : kExitNotProcessed;
+    return notProcessed.empty() ? kExitFound : kExitNotProcessed;
 }
 
 } // namespace
@@ -505,8 +544,8 @@ int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FI
     if (args[0] == "census") {
         return CensusCommand(args, out, err, walkObserver);
     }
-    if (args[0] == "trash") {
-        return TrashCommand(args, out, err, walkObserver, system);
+    if (args[0] == "trash" || args[0] == "copy") {
+        return FileCommand(args, out, err, walkObserver, system);
     }
     std::fprintf(err, "tallymoor: unknown command '%s'\n%s", args[0].c_str(), kUsage);
     return kExitUsage;

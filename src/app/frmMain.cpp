@@ -254,6 +254,15 @@ void frmMain::BuildMenus() {
     saveAllAction_ = file->addAction(tr("Save &All..."), this, &frmMain::SaveAllResults);
     saveAllAction_->setObjectName("mnuFile_8");
     file->addSeparator();
+    QAction* copyTo = file->addAction(tr("&Copy..."), this, [this] {
+        RequestCommand(FolderView() ? PendingAction::CopyFolder : PendingAction::CopyFiles);
+    });
+    copyTo->setObjectName("mnuFile_10");
+    // Moving files is offered nowhere; the entry is kept, hidden.
+    QAction* move = file->addAction(tr("&Move..."));
+    move->setObjectName("mnuFile_11");
+    move->setVisible(false);
+    move->setEnabled(false);
     QAction* remove = file->addAction(tr("&Delete"), this, [this] {
         RequestCommand(FolderView() ? PendingAction::DeleteFolder : PendingAction::DeleteFiles);
     });
@@ -298,7 +307,7 @@ void frmMain::BuildMenus() {
     help->addSeparator();
     help->addAction(tr("&About Tallymoor..."), this, &frmMain::AboutRequested);
 
-    verbActions_ = {open, notepad, openWith, remove, properties};
+    verbActions_ = {open, notepad, openWith, copyTo, remove, properties};
     BuildPopups();
 
     storeActions_ = {closeViews, all, none, invert, copy, local, share, admin};
@@ -398,6 +407,9 @@ void frmMain::UpdateCommandStates() {
     saveAllAction_->setEnabled(!busy_ && session_.Store().UBound() >= 0);
     for (QAction* action : verbActions_) {
         action->setEnabled(results);
+    }
+    if (moveFolderAction_ != nullptr) {
+        moveFolderAction_->setEnabled(results && folderResults_);
     }
     if (cmdFileTypes != nullptr) {
         cmdFileTypes->setEnabled(results);

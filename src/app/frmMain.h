@@ -118,6 +118,8 @@ public:
     // ---- file commands (frmMainCommands.cpp) ----
     // Starts a copy, move or delete once the menu or key that asked for it is done.
     void RequestCommand(PendingAction action);
+    // Faults put into the copies (tests only).
+    void SetCopyFaultsForTesting(const CopyFaults* faults) { copyFaults_ = faults; }
     // The timer's event: runs the waiting command, then rescans or advises a rescan.
     void Timer1Fired();
 
@@ -170,6 +172,13 @@ private:
     std::vector<SelectedItem> SelectedItems() const;
     bool DeleteSelectedFilesCommand();
     bool DeleteFolderCommand();
+    bool CopySelectedFilesCommand();
+    bool CopyFolderCommand(PendingAction mode);
+    bool MoveFolderCommand();
+    // The destination of a copy or move, after its question; nothing when the command ends.
+    std::optional<std::string> PrepareCopyCommand(PendingAction command,
+                                                  const std::vector<std::string>& selected,
+                                                  CommandContext& context);
 
     void RowRemoving(int tab, int row) override;
     void RowRemoved(int tab) override;
@@ -220,6 +229,8 @@ private:
     QAction* saveAction_ = nullptr;
     QAction* saveAllAction_ = nullptr;
     std::vector<QAction*> verbActions_; // need results (the verbs and the file commands)
+    QAction* moveFolderAction_ = nullptr;
+    const CopyFaults* copyFaults_ = nullptr;
     QMenu* mnuListPop_ = nullptr;
     QMenu* mnuFolderPopup_ = nullptr;
     bool shiftAtPress_ = false;

@@ -7,6 +7,8 @@
 #include "fileops/FileCommands.h"
 #include "search/SearchStatus.h"
 #include "fileops/dlgCopyErr.h"
+#include "fileops/dlgProgress.h"
+#include "fileops/modBrowse.h"
 #include "platform/CancelFlag.h"
 #include "platform/Prompts.h"
 #include "settings/modPProfile.h"
@@ -36,7 +38,18 @@ void frmMain::Timer1Fired() {
     case PendingAction::DeleteFolder:
         changed = DeleteFolderCommand();
         break;
-    default: // moving files, and any other code, runs nothing
+    case PendingAction::CopyFiles:
+        changed = CopySelectedFilesCommand();
+        break;
+    case PendingAction::CopyFolder:
+    case PendingAction::CopyFolderContents:
+        changed = CopyFolderCommand(pendingAction_);
+        break;
+    case PendingAction::MoveFolder:
+        changed = MoveFolderCommand();
+        break;
+    case PendingAction::MoveFiles: // offered by no entry, and runs nothing
+    case PendingAction::None:
         break;
     }
     if (!changed) {
@@ -80,7 +93,9 @@ CommandContext frmMain::Context() {
             status_.State(QStringLiteral("save&clear"));
             cmdSearch->setText(tr("Cancel"));
         },
-        {}};
+        {},
+        progress_,
+        copyFaults_};
 }
 
 void frmMain::CommandEnded() {
@@ -124,6 +139,74 @@ bool frmMain::DeleteSelectedFilesCommand() {
     }
     CommandEnded();
     return outcome.changed;
+}
+
+std::optional<std::string> frmMain::PrepareCopyCommand(PendingAction command,
+                                                      const std::vector<std::string>& selected,
+                                                      CommandContext& context) {
+    return PrepareCopy(command, selected, context, [this](int purpose) {
+        return modBrowse::PickFolder(purpose, true, StartPath(), profile_, prompts_);
+    });
+}
+
+bool frmMain::CopySelectedFilesCommand() {
+    cancel_.Lower();
+    const std::vector<SelectedItem> selection = SelectedItems();
+    CommandContext context = Context();
+    const auto destination = PrepareCopyCommand(PendingAction::CopyFiles, SelectedPaths(), context);
+    if (!destination) {
+        return false;
+    }
+    const CopyFilesOutcome outcome = CopySelectedFiles(selection, *destination, context);
+    if (!outcome.notProcessed.empty()) {
+        ShowNotProcessed(PendingAction::CopyFiles, outcome.notProcessed);
+    }
+    CommandEnded();
+    return outcome.changed;
+}
+
+bool frmMain::CopyFolderCommand(PendingAction mode) {
+    cancel_.Lower();
+    const std::vector<std::string> selected = SelectedPaths();
+    CommandContext context = Context();
+    if (selected.size() != 1) {
+        return false;
+    }
+    const auto destination = PrepareCopyCommand(mode, selected, context);
+    if (!destination) {
+        return false;
+    }
+    std::vector<SkippedItem> notProcessed;
+    const bool changed = CopyFolder(selected.front(), *destination, mode, context, notProcessed);
+    const QString outcome = status_.Text(StatusPart::Message);
+    if (!notProcessed.empty()) {
+        ShowNotProcessed(mode, notProcessed);
+    }
+    CommandEnded();
+    SetStatus(StatusPart::Message, outcome.trimmed());
+    return changed;
+}
+
+bool frmMain::MoveFolderCommand() {
+    cancel_.Lower();
+    const std::vector<std::string> selected = SelectedPaths();
+    CommandContext context = Context();
+    if (selected.size() != 1) {
+        return false;
+    }
+    const auto destination = PrepareCopyCommand(PendingAction::MoveFolder, selected, context);
+    if (!destination) {
+        return false;
+    }
+    std::vector<SkippedItem> notProcessed;
+    const bool changed = MoveFolder(selected.front(), *destination, context, notProcessed);
+    const QString outcome = status_.Text(StatusPart::Message);
+    if (!notProcessed.empty()) {
+        ShowNotProcessed(PendingAction::MoveFolder, notProcessed);
+    }
+    CommandEnded();
+    SetStatus(StatusPart::Message, outcome.trimmed());
+    return changed;
 }
 
 bool frmMain::DeleteFolderCommand() {

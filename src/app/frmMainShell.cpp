@@ -33,6 +33,11 @@ void frmMain::BuildPopups() {
         line->setObjectName(name);
         return line;
     };
+    add(mnuListPop_, "mnuListPop_0", tr("Copy..."),
+        [this] { RequestCommand(PendingAction::CopyFiles); });
+    QAction* moveFiles = add(mnuListPop_, "mnuListPop_1", tr("Move..."), [] {});
+    moveFiles->setVisible(false);
+    moveFiles->setEnabled(false);
     add(mnuListPop_, "mnuListPop_2", tr("Delete"),
         [this] { RequestCommand(PendingAction::DeleteFiles); });
     separator(mnuListPop_, "mnuListPop_3");
@@ -60,6 +65,14 @@ void frmMain::BuildPopups() {
     add(mnuFolderPopup_, "mnuFolderPopup_0", tr("Set as New Start Path"),
         &frmMain::SetAsNewStartPath);
     separator(mnuFolderPopup_, "mnuFolderPopup_1");
+    add(mnuFolderPopup_, "mnuFolderPopup_2", tr("Copy Folder..."),
+        [this] { RequestCommand(PendingAction::CopyFolder); });
+    add(mnuFolderPopup_, "mnuFolderPopup_3", tr("Copy Folder Contents..."),
+        [this] { RequestCommand(PendingAction::CopyFolderContents); });
+    // Disabled until there are folders to move.
+    moveFolderAction_ = add(mnuFolderPopup_, "mnuFolderPopup_4", tr("Move Folder..."),
+                            [this] { RequestCommand(PendingAction::MoveFolder); });
+    moveFolderAction_->setEnabled(false);
     add(mnuFolderPopup_, "mnuFolderPopup_5", tr("Delete Folder"),
         [this] { RequestCommand(PendingAction::DeleteFolder); });
     separator(mnuFolderPopup_, "mnuFolderPopup_6");

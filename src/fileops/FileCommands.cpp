@@ -1,12 +1,16 @@
 #include "fileops/FileCommands.h"
 
+#include "fileops/FileCopy.h"
 #include "platform/CancelFlag.h"
 #include "platform/Desktop.h"
+#include "platform/Progress.h"
 #include "platform/Prompts.h"
 #include "search/SearchStatus.h"
 #include "settings/AppSettings.h"
 
 #include <algorithm>
+#include <climits>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace {
@@ -20,6 +24,50 @@ bool IsFolder(const std::string& path) {
     struct stat st {};
     return !path.empty() && lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
+
+// A destination may be a link to a folder.
+bool LeadsToFolder(const std::string& path) {
+    struct stat st {};
+    return !path.empty() && stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+bool SameFile(const std::string& a, const std::string& b) {
+    struct stat x {};
+    struct stat y {};
+    return lstat(a.c_str(), &x) == 0 && lstat(b.c_str(), &y) == 0 && x.st_dev == y.st_dev &&
+           x.st_ino == y.st_ino;
+}
+
+// A folder copy's or move's reach: the prompts for names already there, the trash for what a
+// Replace takes away.
+TreeCopyContext TreeContext(CommandContext& context) {
+    TreeCopyContext tree{context.cancel, context.progress, context.yield, {}, {}, context.faults};
+    tree.conflict = [&context](const std::string& existing, const std::string& source) {
+        return context.prompts.AskConflict(ConflictQuestion(existing, source));
+    };
+    tree.trash = [&context](const std::string& path) { return context.desktop.MoveToTrash(path); };
+    return tree;
+}
+
+// The progress window over a folder copy or move, open while it lives.
+class FolderProgress {
+public:
+    explicit FolderProgress(Progress* progress) : progress_(progress) {
+        if (progress_) {
+            progress_->Create(0, 0, true);
+        }
+    }
+    ~FolderProgress() {
+        if (progress_) {
+            progress_->Destroy();
+        }
+    }
+    FolderProgress(const FolderProgress&) = delete;
+    FolderProgress& operator=(const FolderProgress&) = delete;
+
+private:
+    Progress* progress_;
+};
 
 QString Shown(const std::string& path) {
     return DisplayPath(path);
@@ -140,8 +188,8 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
                        reason.empty() && !Exists(path)) {
                 ++outcome.deleted;
                 context.removeFromViews(path);
-                if (context.trashed) {
-                    context.trashed(path);
+                if (context.handled) {
+                    context.handled(path);
                 }
             } else {
                 // The wording stands although the file does exist: it is the program's own.
@@ -161,8 +209,8 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
             const std::string& path = selection[position].path;
             if (const std::string reason = context.desktop.MoveToTrash(path); reason.empty()) {
                 ++outcome.deleted;
-                if (context.trashed) {
-                    context.trashed(path);
+                if (context.handled) {
+                    context.handled(path);
                 }
             } else {
                 skip(position, "error: file doesn't exist", reason);
@@ -186,13 +234,172 @@ bool DeleteFolder(const std::string& folder, CommandContext& context) {
         context.prompts.Message("Could not send ' " + Shown(folder) + " ' to the trash: " +
                                     QString::fromStdString(reason),
                                 MessageIcon::Critical, MessageButtons::Ok);
-    } else if (context.trashed) {
-        context.trashed(folder);
+    } else if (context.handled) {
+        context.handled(folder);
     }
     context.status.Set(StatusPart::Message,
                        reason.empty() ? QStringLiteral("Folder deleted")
                                       : QStringLiteral("Folder not deleted"));
     return reason.empty();
+}
+
+std::optional<std::string> PrepareCopy(PendingAction command,
+                                       const std::vector<std::string>& selected,
+                                       CommandContext& context,
+                                       const std::function<std::string(int purpose)>& pick) {
+    if (selected.empty() || !ConfirmAction(command, selected, context.settings, context.prompts)) {
+        return std::nullopt;
+    }
+    std::string destination = pick(static_cast<int>(command));
+    if (!LeadsToFolder(destination)) {
+        return std::nullopt;
+    }
+    while (destination.size() > 1 && destination.back() == '/') {
+        destination.pop_back();
+    }
+    context.prepareWindow();
+    return destination;
+}
+
+CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
+                                   const std::string& destination, CommandContext& context) {
+    CopyFilesOutcome outcome;
+    const size_t n = selection.size();
+    Progress* progress = context.progress;
+    if (n == 0) {
+        return outcome;
+    }
+    if (progress) {
+        progress->Create(1, static_cast<int>(std::min<size_t>(n, INT_MAX)), true);
+    }
+    StatusLine& status = context.status;
+    const QString total = QString::number(n);
+    int shift = 0; // the bar counts in larger units for files past 2 GiB
+    const CopyProgress bytes{[&](int64_t size) {
+                                 for (shift = 0; (size >> shift) > INT_MAX; ++shift) {
+                                 }
+                                 if (progress && size > 0) {
+                                     progress->Setup(0, static_cast<int>(size >> shift), 0);
+                                 }
+                             },
+                             [&](int64_t done) {
+                                 if (progress) {
+                                     progress->UpdateDirect(static_cast<int>(done >> shift));
+                                 }
+                             }};
+    for (size_t i = 0; i < n; ++i) {
+        if (i % 20 == 1) {
+            context.yield();
+        }
+        const SelectedItem& item = selection[i];
+        const auto skip = [&](const std::string& remark, const std::string& target,
+                              const std::string& reason) {
+            ++outcome.skipped;
+            outcome.notProcessed.push_back(
+                {i, item.path, item.lastWriteTime, remark, target, reason});
+        };
+        if (!Exists(item.path)) {
+            skip("source file not found", {}, {});
+        } else {
+            const std::string target = JoinPath(destination, BaseName(item.path));
+            if (progress) {
+                progress->SetMessage(Shown(item.path));
+            }
+            ++outcome.processed;
+            const CopyOutcome copy = CopyOneFile(AT_FDCWD, item.path, AT_FDCWD, target,
+                                                 context.cancel, bytes, context.faults);
+            switch (copy.result) {
+            case CopyResult::Copied:
+                ++outcome.copied;
+                if (context.handled) {
+                    context.handled(target);
+                }
+                break;
+            case CopyResult::TargetExists:
+                skip("duplicate file", target, {});
+                break;
+            case CopyResult::SourceMissing:
+                skip("source file not found", {}, {});
+                break;
+            case CopyResult::Failed:
+            case CopyResult::Cancelled:
+                skip(std::to_string(copy.error), target, copy.reason);
+                break;
+            }
+        }
+        status.Set(StatusPart::Message, "Copying " + context.shortPath(item.path));
+        status.Set(StatusPart::Objects,
+                   "File: " + QString::number(outcome.processed) + " of " + total);
+        status.Set(StatusPart::Matched, "Copied: " + QString::number(outcome.copied));
+        status.Set(StatusPart::Elapsed, "Skipped: " + QString::number(outcome.skipped));
+        if (context.cancel.IsRaised()) {
+            break;
+        }
+    }
+    if (progress) {
+        progress->Destroy();
+    }
+    outcome.changed = outcome.copied > 0;
+    return outcome;
+}
+
+bool CopyFolder(const std::string& folder, const std::string& destination, PendingAction mode,
+                CommandContext& context, std::vector<SkippedItem>& notProcessed) {
+    const bool contents = mode == PendingAction::CopyFolderContents;
+    const std::string target = contents ? destination : JoinPath(destination, BaseName(folder));
+    const auto finish = [&](bool copied) {
+        context.status.Set(StatusPart::Message,
+                           copied ? (contents ? "Contents copied" : "Folder copied")
+                                  : (contents ? "Contents not copied" : "Folder not copied"));
+    };
+    if (!IsFolder(folder)) {
+        finish(false);
+        return false;
+    }
+    if (IsSameOrInside(destination, folder) || (!contents && SameFile(target, folder))) {
+        context.prompts.Message("' " + Shown(folder) + " ' cannot be copied into ' " +
+                                    Shown(destination) + " ': that is the folder itself or " +
+                                    "lies inside it.",
+                                MessageIcon::Critical, MessageButtons::Ok);
+        finish(false);
+        return false;
+    }
+    TreeCopyContext tree = TreeContext(context);
+    TreeOutcome outcome;
+    {
+        const FolderProgress window(context.progress);
+        outcome = CopyTree(folder, target, contents, tree);
+    }
+    notProcessed = outcome.problems;
+    finish(outcome.Complete());
+    return outcome.files > 0;
+}
+
+bool MoveFolder(const std::string& folder, const std::string& destination,
+                CommandContext& context, std::vector<SkippedItem>& notProcessed) {
+    MoveOutcome outcome;
+    if (IsFolder(folder)) {
+        TreeCopyContext tree = TreeContext(context);
+        const FolderProgress window(context.progress);
+        outcome = MoveTree(folder, JoinPath(destination, BaseName(folder)), tree);
+    } else {
+        outcome.reason = "it is not a folder any more";
+    }
+    notProcessed = outcome.problems;
+    const bool moved = outcome.result == MoveResult::Moved;
+    if (!moved && outcome.result != MoveResult::Cancelled && outcome.problems.empty()) {
+        context.prompts.Message("Could not move ' " + Shown(folder) + " ' to ' " +
+                                    Shown(destination) + " ': " +
+                                    QString::fromStdString(outcome.reason),
+                                MessageIcon::Critical, MessageButtons::Ok);
+    }
+    context.status.Set(StatusPart::Message, moved ? "Folder moved" : "Folder not moved");
+    return moved;
+}
+
+QString ConflictQuestion(const std::string& existing, const std::string& source) {
+    return "' " + Shown(existing) + " ' is already there.\n\nReplace it with ' " + Shown(source) +
+           " '? What is there now goes to the trash, from where it can be restored.";
 }
 
 Rescan RescanOrAdvise(const AppSettings& s, int listRows) {

@@ -5,14 +5,17 @@
 #include <QString>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 class CancelFlag;
 class Desktop;
+class Progress;
 class Prompts;
 struct AppSettings;
+struct CopyFaults;
 
 // The file commands that wait for the window's timer, by their codes. Moving files (4) is
 // offered by no command and runs nothing.
@@ -56,7 +59,9 @@ struct CommandContext {
     std::function<QString(std::string_view)> shortPath;    // a path shortened for the status line
     std::function<void(std::string_view)> removeFromViews; // a path gone from the disk
     std::function<void()> prepareWindow;                   // saves and clears the controls
-    std::function<void(std::string_view)> trashed;         // hears each item sent to the trash
+    std::function<void(std::string_view)> handled; // hears each item trashed, or each copy made
+    Progress* progress = nullptr;                  // the progress window, when there is one
+    const CopyFaults* faults = nullptr;            // faults a test puts into copies
 };
 
 // The question a command asks before it runs, by its confirmation setting and the number of
@@ -68,6 +73,14 @@ bool ConfirmAction(PendingAction command, const std::vector<std::string>& select
 // `PrepareAction` for the delete commands: the question, then the window prepared.
 bool PrepareDelete(PendingAction command, const std::vector<std::string>& selected,
                    CommandContext& context);
+
+// `PrepareAction` for copies and moves: the question, then the destination picked for the
+// command's purpose (`pick`: "" when cancelled), which must be an existing folder; then the window
+// prepared. The destination without a trailing "/", or nothing when the command ends.
+std::optional<std::string> PrepareCopy(PendingAction command,
+                                       const std::vector<std::string>& selected,
+                                       CommandContext& context,
+                                       const std::function<std::string(int purpose)>& pick);
 
 struct DeleteOutcome {
     bool changed = false;
@@ -87,6 +100,39 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
 // `DeleteFolder`, after PrepareDelete: one existing folder to the trash. True when it went;
 // otherwise says why. The status line tells "Folder deleted" or "Folder not deleted".
 bool DeleteFolder(const std::string& folder, CommandContext& context);
+
+struct CopyFilesOutcome {
+    bool changed = false;
+    int processed = 0;
+    int copied = 0;
+    int skipped = 0;
+    std::vector<SkippedItem> notProcessed; // in selection order
+};
+
+// `CopySelectedFiles`, after PrepareCopy: each selected file into `destination` under its own
+// name, never over anything there. A file gone since the search is "source file not found", a
+// name already there "duplicate file" (with the target as its date's source), any other failure
+// its error number with the system's words. Cancel stops after the current file, whose partial
+// copy is removed.
+CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
+                                   const std::string& destination, CommandContext& context);
+
+// `CopyFolder`, after PrepareCopy: the folder itself (CopyFolder) or what it holds
+// (CopyFolderContents) into `destination`; a name already there is asked about (Skip, Replace,
+// Cancel), and what is replaced goes to the trash first. Never into itself. The status line
+// tells "Folder copied", "Contents copied", "Folder not copied" or "Contents not copied". True
+// when anything was copied; what was not goes to `notProcessed`.
+bool CopyFolder(const std::string& folder, const std::string& destination, PendingAction mode,
+                CommandContext& context, std::vector<SkippedItem>& notProcessed);
+
+// `MoveFolder`, after PrepareCopy: the folder with all it holds into `destination`, where its
+// name must be free; across file systems the source goes only once all of it arrived. "Folder
+// moved" or "Folder not moved". True when the disk changed.
+bool MoveFolder(const std::string& folder, const std::string& destination,
+                CommandContext& context, std::vector<SkippedItem>& notProcessed);
+
+// The question for a name already at a copy's target.
+QString ConflictQuestion(const std::string& existing, const std::string& source);
 
 // What follows a command that changed the disk (`RescanOrAdvise`).
 enum class Rescan { Now, AdviseChanged, AdviseTooLarge };

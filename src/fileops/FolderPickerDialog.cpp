@@ -1,6 +1,10 @@
 #include "fileops/FolderPickerDialog.h"
 
 #include <QDialogButtonBox>
+#include <QHBoxLayout>
+#include <QInputDialog>
+#include <QListWidget>
+#include <QMessageBox>
 #include <QEvent>
 #include <QFile>
 #include <QFileSystemModel>
@@ -9,6 +13,9 @@
 #include <QPushButton>
 #include <QTreeView>
 #include <QVBoxLayout>
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
 
 FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* parent)
     : QDialog(parent), model_(new QFileSystemModel(this)), tree_(new QTreeView(this)) {
@@ -27,29 +34,45 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
         tree_->hideColumn(column);
     }
     tree_->header()->hide();
-    if (!request.start.empty()) {
-        const QString start = QFile::decodeName(QByteArray::fromStdString(request.start));
-        const QModelIndex index = model_->index(start);
-        if (index.isValid()) {
-            tree_->setCurrentIndex(index);
+    // The model reads folders in the background: rows arriving or being sorted above the folder
+    // shown (the start, or a place clicked) would push it out of sight, so it is brought back
+    // each time, until the user moves in the tree.
+    const auto keepInSight = [this] {
+        const QModelIndex index = following_.isEmpty() ? QModelIndex() : model_->index(following_);
+        if (!userMoved_ && index.isValid()) {
+            if (tree_->currentIndex() != index) {
+                tree_->setCurrentIndex(index); // a folder just made appears only now
+            }
             tree_->scrollTo(index, QAbstractItemView::PositionAtCenter);
-            // The model reads folders in the background: rows arriving or being sorted above the
-            // start folder would push it out of sight, so it is brought back each time, until
-            // the user moves in the tree.
-            const auto keepInSight = [this, start] {
-                if (!userMoved_) {
-                    tree_->scrollTo(model_->index(start), QAbstractItemView::PositionAtCenter);
-                }
-            };
-            connect(model_, &QAbstractItemModel::rowsInserted, this, keepInSight);
-            connect(model_, &QAbstractItemModel::layoutChanged, this, keepInSight);
-            connect(model_, &QFileSystemModel::directoryLoaded, this, keepInSight);
-            tree_->viewport()->installEventFilter(this);
-            tree_->installEventFilter(this);
         }
+    };
+    connect(model_, &QAbstractItemModel::rowsInserted, this, keepInSight);
+    connect(model_, &QAbstractItemModel::layoutChanged, this, keepInSight);
+    connect(model_, &QFileSystemModel::directoryLoaded, this, keepInSight);
+    tree_->viewport()->installEventFilter(this);
+    tree_->installEventFilter(this);
+    if (!request.start.empty()) {
+        Show(QFile::decodeName(QByteArray::fromStdString(request.start)));
     }
 
+    // The places beside the tree: a click shows that folder in the tree and selects it.
+    auto* places = new QListWidget(this);
+    places->setObjectName("lstPlaces");
+    for (const FolderPlace& place : request.places) {
+        auto* item = new QListWidgetItem(place.label, places);
+        item->setData(Qt::UserRole, QFile::decodeName(QByteArray::fromStdString(place.path)));
+        item->setToolTip(item->data(Qt::UserRole).toString());
+    }
+    places->setMaximumWidth(180);
+    places->setVisible(!request.places.empty());
+    connect(places, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) {
+        Show(item->data(Qt::UserRole).toString());
+    });
+
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    auto* newFolder = buttons->addButton(tr("&New Folder..."), QDialogButtonBox::ActionRole);
+    newFolder->setObjectName("cmdNewFolder");
+    connect(newFolder, &QPushButton::clicked, this, &FolderPickerDialog::MakeFolder);
     ok_ = buttons->button(QDialogButtonBox::Ok);
     ok_->setEnabled(tree_->currentIndex().isValid());
     connect(tree_->selectionModel(), &QItemSelectionModel::currentChanged, this,
@@ -59,9 +82,49 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(prompt);
-    layout->addWidget(tree_, 1);
+    auto* middle = new QHBoxLayout;
+    middle->addWidget(places);
+    middle->addWidget(tree_, 1);
+    layout->addLayout(middle, 1);
     layout->addWidget(buttons);
-    resize(420, 480);
+    resize(request.places.empty() ? 420 : 600, 480);
+}
+
+void FolderPickerDialog::MakeFolder() {
+    const std::string parent = SelectedFolder();
+    if (parent.empty()) {
+        return;
+    }
+    bool ok = false;
+    const QString name = QInputDialog::getText(this, tr("New Folder"),
+                                               tr("Name of the new folder in %1:")
+                                                   .arg(QFile::decodeName(parent.c_str())),
+                                               QLineEdit::Normal, tr("New Folder"), &ok);
+    if (!ok || name.isEmpty()) {
+        return;
+    }
+    const std::string path = parent + (parent == "/" ? "" : "/") + QFile::encodeName(name).toStdString();
+    // mkdir makes a new folder or fails: nothing that is there is touched.
+    if (name.contains(QLatin1Char('/')) || name == "." || name == ".." ||
+        mkdir(path.c_str(), 0777) != 0) {
+        const int error = name.contains(QLatin1Char('/')) || name == "." || name == ".." ? EINVAL : errno;
+        QMessageBox::critical(this, windowTitle(),
+                              tr("Could not make the folder ' %1 ': %2")
+                                  .arg(QFile::decodeName(path.c_str()),
+                                       QString::fromLocal8Bit(std::strerror(error))));
+        return;
+    }
+    Show(QFile::decodeName(path.c_str()));
+}
+
+void FolderPickerDialog::Show(const QString& folder) {
+    following_ = folder;
+    userMoved_ = false;
+    const QModelIndex index = model_->index(folder);
+    if (index.isValid()) {
+        tree_->setCurrentIndex(index);
+        tree_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+    }
 }
 
 bool FolderPickerDialog::eventFilter(QObject* watched, QEvent* event) {

@@ -22,10 +22,15 @@ public:
     bool SelectedFolderInView() const;
 
 private:
+    // Asks for a name and makes that folder in the selected one.
+    void MakeFolder();
+    // Selects a folder and keeps it in sight while the tree fills.
+    void Show(const QString& folder);
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     QFileSystemModel* model_;
     bool userMoved_ = false;
+    QString following_;
     QTreeView* tree_;
     QPushButton* ok_;
 };

@@ -204,6 +204,8 @@ void dlgCopyErr::AddItems(const std::vector<SkippedItem>& items) {
             ListView1->setItem(row, column, cell);
         }
         ListView1->item(row, 0)->setData(PathRole, QByteArray::fromStdString(item.path));
+        // The list view shows the first column alone: the reason is there as its tip.
+        ListView1->item(row, 0)->setToolTip(status);
     }
 }
 

@@ -3,6 +3,10 @@
 #include "platform/Prompts.h"
 #include "settings/modPProfile.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStorageInfo>
 #include <cstdlib>
 #include <optional>
 #include <sys/stat.h>
@@ -83,13 +87,8 @@ Purpose PurposeOf(int purpose) {
     }
 }
 
-std::string RootFolderOf(BrowseRoot root, const std::string& home) {
-    switch (root) {
-    case BrowseRoot::Desktop:
-        return home;
-    case BrowseRoot::Drives:
-        return "/";
-    case BrowseRoot::Network:
+std::string RootFolderOf(BrowseRoot root) {
+    if (root == BrowseRoot::Network) {
         if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime && runtime[0] == '/') {
             const std::string gvfs = std::string(runtime) + "/gvfs";
             if (IsFolder(gvfs)) {
@@ -99,6 +98,28 @@ std::string RootFolderOf(BrowseRoot root, const std::string& home) {
         return "/mnt";
     }
     return "/";
+}
+
+std::vector<FolderPlace> StartingPlaces(const std::string& home, const std::string& runtimeDir) {
+    std::vector<FolderPlace> places = {{QStringLiteral("Home"), home},
+                                       {QStringLiteral("File System"), "/"}};
+    for (const QStorageInfo& volume : QStorageInfo::mountedVolumes()) {
+        const std::string root = QFile::encodeName(volume.rootPath()).toStdString();
+        if (root.rfind("/media/", 0) == 0 || root.rfind("/run/media/", 0) == 0 ||
+            root.rfind("/mnt/", 0) == 0 || root == "/mnt" || root == "/media") {
+            const QString name = volume.name().isEmpty()
+                                     ? QFileInfo(volume.rootPath()).fileName()
+                                     : volume.name();
+            places.push_back({name, root});
+        }
+    }
+    if (!runtimeDir.empty()) {
+        const QDir gvfs(QFile::decodeName(QByteArray::fromStdString(runtimeDir + "/gvfs")));
+        for (const QFileInfo& mount : gvfs.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            places.push_back({mount.fileName(), QFile::encodeName(mount.filePath()).toStdString()});
+        }
+    }
+    return places;
 }
 
 std::string PickFolder(int purpose, bool remember, const std::string& rootFieldText,
@@ -135,7 +156,9 @@ std::string PickFolder(int purpose, bool remember, const std::string& rootFieldT
         start = profile.RootFolder();
     }
     const Purpose p = PurposeOf(purpose);
-    FolderRequest request{p.caption, p.prompt, RootFolderOf(p.root, profile.RootFolder()), start};
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    FolderRequest request{p.caption, p.prompt, RootFolderOf(p.root), start,
+                          StartingPlaces(profile.RootFolder(), runtime ? runtime : "")};
     const std::string picked = prompts.PickFolder(request);
     if (!picked.empty() && remember) {
         RememberPickedFolder(purpose, picked, profile);

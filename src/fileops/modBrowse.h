@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/Prompts.h"
+
 #include <QString>
 #include <string>
+#include <vector>
 
 class modPProfile;
-class Prompts;
 
 // Folder picking with remembered locations. Purposes: 1 copy files, 2 copy folder, 3 copy folder
 // contents, 4 move files, 5 move folder, 6 search root (local), 7 search root (network share),
@@ -24,9 +26,14 @@ struct Purpose {
 // The caption, prompt and root of a purpose; empty texts for a number outside 1 to 8.
 Purpose PurposeOf(int purpose);
 
-// Where a browse root is on this system: the desktop is the home folder, the drives are "/", the
-// network is the GVFS mount folder when there is one, else /mnt.
-std::string RootFolderOf(BrowseRoot root, const std::string& home);
+// Where a browse root is on this system: the desktop and the drives are the whole file system
+// ("/", so that any disk or stick can be reached), the network is the GVFS mount folder when
+// there is one, else /mnt.
+std::string RootFolderOf(BrowseRoot root);
+
+// The places offered beside the tree: the home folder, the file system, and every volume mounted
+// under /media, /run/media or /mnt and every GVFS mount (`runtimeDir`/gvfs), by their names.
+std::vector<FolderPlace> StartingPlaces(const std::string& home, const std::string& runtimeDir);
 
 // `PickFolder`: asks for a folder for `purpose`; `rootFieldText` is the root path field's text
 // (the start for purpose 6). Returns the path picked, empty on cancel; remembers a pick when

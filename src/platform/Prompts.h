@@ -11,13 +11,21 @@ enum class MessageIcon { None, Information, Warning, Critical, Question };
 enum class MessageButtons { Ok, OkCancel, YesNo, YesNoCancel };
 enum class MessageAnswer { Ok, Cancel, Yes, No };
 
+// A place the folder picker offers to jump to: the home folder, a mounted volume.
+struct FolderPlace {
+    QString label;
+    std::string path;
+};
+
 // What the folder picker is asked to show: its window caption, the prompt above the tree, the
-// folder at the top of the tree and the folder selected at the start (paths as bytes).
+// folder at the top of the tree, the folder selected at the start (paths as bytes) and the
+// places beside the tree.
 struct FolderRequest {
     QString caption;
     QString prompt;
     std::string root;
     std::string start;
+    std::vector<FolderPlace> places;
 };
 
 // What the save dialog is asked to show, and what it answers (an empty path on cancel).
@@ -55,6 +63,14 @@ struct OpenWithAnswer {
     QString commandLine;
 };
 
+// A name a copy finds already at its target: what to do with it, and whether with every other
+// such name too.
+enum class ConflictChoice { Skip, Replace, Cancel };
+struct ConflictAnswer {
+    ConflictChoice choice = ConflictChoice::Cancel;
+    bool forAll = false;
+};
+
 // Every modal interaction of the program goes through here: the program uses real dialogs, tests
 // a scripted double that records each question and answers from a queue. Boxes are owned by the
 // window the user is working in.
@@ -73,6 +89,8 @@ public:
     virtual OpenWithAnswer ChooseApplication(const OpenWithRequest& request) = 0;
     // The program's own properties of a file or folder, for desktops whose file manager shows none.
     virtual void ShowFileProperties(const std::string& path) = 0;
+    // Skip, Replace or Cancel for a name already at a copy's target, with "for all remaining".
+    virtual ConflictAnswer AskConflict(const QString& text) = 0;
     // Shows a dialog modally and returns its result code.
     virtual int ShowModal(QDialog* dialog) = 0;
 };

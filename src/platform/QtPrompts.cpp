@@ -11,8 +11,9 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QMessageBox>
-#include <QRegularExpression>
+#include <QPushButton>
 #include <QHeaderView>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QTreeView>
 
@@ -156,6 +157,26 @@ OpenWithAnswer QtPrompts::ChooseApplication(const OpenWithRequest& request) {
 void QtPrompts::ShowFileProperties(const std::string& path) {
     dlgProperties dialog(path, Owner());
     dialog.exec();
+}
+
+ConflictAnswer QtPrompts::AskConflict(const QString& text) {
+    QMessageBox box(Owner());
+    box.setWindowTitle(QStringLiteral("Name Already There"));
+    box.setIcon(QMessageBox::Warning);
+    box.setTextFormat(Qt::PlainText);
+    box.setText(text);
+    QPushButton* skip = box.addButton(QStringLiteral("&Skip"), QMessageBox::RejectRole);
+    QPushButton* replace = box.addButton(QStringLiteral("&Replace"), QMessageBox::AcceptRole);
+    box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(skip);
+    box.setEscapeButton(QMessageBox::Cancel);
+    auto* forAll = new QCheckBox(QStringLiteral("Do the &same for every other name already there"));
+    box.setCheckBox(forAll);
+    box.exec();
+    const ConflictChoice choice = box.clickedButton() == skip      ? ConflictChoice::Skip
+                                  : box.clickedButton() == replace ? ConflictChoice::Replace
+                                                                   : ConflictChoice::Cancel;
+    return {choice, forAll->isChecked()};
 }
 
 int QtPrompts::ShowModal(QDialog* dialog) {

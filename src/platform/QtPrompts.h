@@ -23,6 +23,7 @@ public:
     SaveAnswer SaveFile(const SaveRequest& request) override;
     OpenWithAnswer ChooseApplication(const OpenWithRequest& request) override;
     void ShowFileProperties(const std::string& path) override;
+    ConflictAnswer AskConflict(const QString& text) override;
     int ShowModal(QDialog* dialog) override;
 
 private:

@@ -11,7 +11,7 @@
 
 namespace {
 
-class DeleteCommandsTest : public WindowFixture {
+class WindowCommandsTest : public WindowFixture {
 protected:
     // The command waits for the timer, so that menus close first; runs it.
     void RunPendingCommand() {
@@ -47,7 +47,7 @@ protected:
     }
 };
 
-TEST_F(DeleteCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
+TEST_F(WindowCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
     for (const char* name : {"a.txt", "b.txt", "c.txt"}) {
         tree.File(name);
     }
@@ -79,7 +79,7 @@ TEST_F(DeleteCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
     EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "&Begin Search");
 }
 
-TEST_F(DeleteCommandsTest, InTheFoldersViewDeleteTakesTheFolderThenRescans) {
+TEST_F(WindowCommandsTest, InTheFoldersViewDeleteTakesTheFolderThenRescans) {
     tree.File("keep/a.txt");
     tree.File("old/b.txt");
     profile->Settings().AutoRescanAfterAction = true;
@@ -97,7 +97,52 @@ TEST_F(DeleteCommandsTest, InTheFoldersViewDeleteTakesTheFolderThenRescans) {
     EXPECT_EQ(Rows("List1"), QStringList{QString::fromStdString(tree.Path("keep"))});
 }
 
-TEST_F(DeleteCommandsTest, TheNotProcessedListOfACopyAndItsRememberedView) {
+TEST_F(WindowCommandsTest, CopyAsksThenPicksTheDestinationAndListsTheDuplicates) {
+    tree.File("a.txt");
+    tree.File("b.txt");
+    TestTree to;
+    WriteBytes(to.Path("a.txt"), "there before");
+    Search(tree.Root(), "*.txt");
+    window->SelectAll();
+    prompts.answers = {MessageAnswer::Yes};
+    prompts.folders = {to.Root()};
+    prompts.modals.push_back([&](QDialog* dialog) {
+        const auto* list = dialog->findChild<QTableWidget*>("ListView1");
+        EXPECT_EQ(list->columnCount(), 5);
+        EXPECT_TRUE(Cells(list)[0].startsWith("a.txt | ") && Cells(list)[0].endsWith(" | duplicate file"));
+        return 0;
+    });
+    Action("Copy...")->trigger();
+    RunPendingCommand();
+    EXPECT_EQ(prompts.Texts(), QStringList{"Are you sure you want to copy both selected files?"});
+    EXPECT_EQ(prompts.folderRequests.at(0).caption, "Select Destination Folder");
+    EXPECT_EQ(ReadBytes(to.Path("a.txt")), "there before");
+    EXPECT_TRUE(Exists(to.Path("b.txt")));
+    EXPECT_EQ(profile->ProfileGetString("paths", "LastCopyFileTarget", ""), to.Root());
+    EXPECT_EQ(Status(StatusPart::Message), " Ready! (The list has changed - rescan recommended.)");
+}
+
+TEST_F(WindowCommandsTest, TheFolderPopupMovesTheSelectedFolder) {
+    tree.File("old/a.txt");
+    tree.Folder("new");
+    Find<QCheckBox>("chkOpts_1")->click();
+    Search(tree.Root(), "*");
+    auto* move = window->findChild<QAction*>("mnuFolderPopup_4");
+    EXPECT_TRUE(move->isEnabled()) << "enabled once there are folders";
+    SelectRows({static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path("old"))))});
+    prompts.answers = {MessageAnswer::Yes};
+    prompts.folders = {tree.Path("new")};
+    move->trigger();
+    RunPendingCommand();
+    EXPECT_EQ(prompts.Texts(), QStringList{"Are you sure you want to move ' " +
+                                           QString::fromStdString(tree.Path("old")) +
+                                           "/ ' and all its contents to another location?"});
+    EXPECT_EQ(prompts.folderRequests.at(0).caption, "Select Destination Location");
+    EXPECT_TRUE(Exists(tree.Path("new/old/a.txt")));
+    EXPECT_FALSE(Exists(tree.Path("old")));
+}
+
+TEST_F(WindowCommandsTest, TheNotProcessedListOfACopyAndItsRememberedView) {
     tree.File("src/dup.txt");
     tree.File("dst/dup.txt");
     tree.SetTime("dst/dup.txt", 1700000000, 0);

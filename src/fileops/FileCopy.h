@@ -1,0 +1,100 @@
+#pragma once
+
+// Copies that never overwrite: one file, a folder tree, a folder moved. Every target is created
+// exclusively, so nothing that is already there (or appears meanwhile) is written over; what a
+// failed or cancelled copy made is taken back; a move removes its source only after the whole
+// copy is there.
+
+#include "fileops/FileCommands.h"
+#include "platform/Prompts.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class CancelFlag;
+class Progress;
+
+// What a file copy tells as its bytes arrive: the file's size once, then the bytes done so far.
+struct CopyProgress {
+    std::function<void(int64_t size)> started;
+    std::function<void(int64_t done)> advanced;
+};
+
+// Faults a test puts in: the error number for the chunk at `done` bytes into the copy to
+// `target` (0: none), and for a move's rename (0: the real one).
+struct CopyFaults {
+    std::function<int(std::string_view target, int64_t done)> write;
+    std::function<int()> rename;
+};
+
+enum class CopyResult { Copied, SourceMissing, TargetExists, Failed, Cancelled };
+struct CopyOutcome {
+    CopyResult result = CopyResult::Failed;
+    int error = 0;      // the error number of a failure
+    std::string reason; // the system's words for it
+};
+
+// Copies the file `source` (a name below the folder `sourceDir`, or a path with AT_FDCWD) to
+// `target` below `targetDir`, which it creates: an existing name, also a dangling link, is
+// TargetExists and stays untouched. The data goes in chunks (copy_file_range, else read and
+// write), the source's times are kept. Cancel is looked at between chunks. A failed or
+// cancelled copy removes the target it created.
+CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
+                        const std::string& target, const CancelFlag& cancel,
+                        const CopyProgress& progress = {}, const CopyFaults* faults = nullptr);
+
+// What a folder copy reaches while it runs.
+struct TreeCopyContext {
+    const CancelFlag& cancel;
+    Progress* progress = nullptr; // its bar runs over the bytes of the whole tree
+    std::function<void()> yield;
+    // Asked for a name at the target that is not a folder to merge with: the existing path,
+    // the source path. None: such names are listed and skipped.
+    std::function<ConflictAnswer(const std::string& existing, const std::string& source)> conflict;
+    // Sends what a Replace takes away to the trash: "" when it went, else why not.
+    std::function<std::string(const std::string& path)> trash;
+    const CopyFaults* faults = nullptr;
+};
+
+struct TreeOutcome {
+    bool cancelled = false;
+    int64_t files = 0;                 // files and links copied
+    std::vector<SkippedItem> problems; // what was not copied, and why
+    bool Complete() const { return !cancelled && problems.empty(); }
+};
+
+// Copies the folder `source` to `target` (made when missing, merged with when it is a folder),
+// or with `contentsOnly` the entries of `source` into the folder `target`. Links are copied as
+// links, special files are listed and skipped. The caller has made sure `target` is not inside
+// `source`.
+TreeOutcome CopyTree(const std::string& source, const std::string& target, bool contentsOnly,
+                     TreeCopyContext& context);
+
+// Whether the folder `folder` is `other` or lies below it, by the file system's own identities
+// (links and ".." resolved as the system resolves them).
+bool IsSameOrInside(const std::string& folder, const std::string& other);
+
+enum class MoveResult { Moved, Refused, Failed, Cancelled };
+struct MoveOutcome {
+    MoveResult result = MoveResult::Failed;
+    std::string reason;                // why it was refused or failed
+    std::vector<SkippedItem> problems; // items not copied, or not removed from the source
+};
+
+// Moves the folder `source` to the new path `target`: a rename that replaces nothing when both
+// are on one file system; otherwise a copy, after which the source is removed only when every
+// item arrived. A move that fails or is cancelled removes its partial copy; the source stays
+// whole.
+MoveOutcome MoveTree(const std::string& source, const std::string& target,
+                     TreeCopyContext& context);
+
+// Removes the tree at `path` without following links; what could not be removed is listed.
+std::vector<SkippedItem> RemoveTree(const std::string& path);
+
+// `folder` + "/" + `name`, without doubling the slash of "/".
+std::string JoinPath(const std::string& folder, const std::string& name);
+// The last name of a path ("" for "/").
+std::string BaseName(const std::string& path);
