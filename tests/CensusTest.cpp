@@ -3,6 +3,7 @@
 #include "QtPrinters.h"
 #include "TestTree.h"
 #include "analysis/CensusReport.h"
+#include "analysis/CompoundMask.h"
 #include "search/FileDataArray.h"
 
 #include <QLocale>
@@ -115,19 +116,6 @@ TEST(Census, CaptionsAndFileNames) {
               (std::pair<std::string_view, std::string_view>{"whole", ""}));
 }
 
-TEST(Census, LettersFollowTheFirstDotAndSkipTheNoExtensionType) {
-    FileDataArray store;
-    Fill(store, {".txt", ".Zip", "", ".7z", "._x", ".\xc3\xa4u"});
-    const auto letters = Build(store).EnabledLetters();
-    std::string enabled;
-    for (int i = 0; i < 26; ++i) {
-        if (letters[static_cast<size_t>(i)]) {
-            enabled += static_cast<char>('a' + i);
-        }
-    }
-    EXPECT_EQ(enabled, "tz");
-}
-
 TEST(CensusReport, HeaderAndLinesByteForByte) {
     const QDateTime when(QDate(2026, 11, 15), QTime(2, 1, 23));
     const std::string text = CensusReportText({{".doc", 3}, {".txt", 12345}}, "/data", "*.*", when);
@@ -164,6 +152,42 @@ TEST(CensusReport, ExportWritesOneTypeInStoreOrderAndFailuresNameTheFile) {
     EXPECT_EQ(WriteCensusReport(t.Path("old.txt"), TextFile::Mode::CreateNew, {{".a", 1}}, "/r",
                                 "*.*"),
               "Cannot create " + t.Path("old.txt") + ": File exists");
+}
+
+// Several types: what is offered, the mask they make, the records it holds.
+TEST(CompoundMask, OfferedTypesTheirMaskAndTheRecordsOfWholeExtensions) {
+    FileDataArray store;
+    Fill(store, {".htm", ".html", "", ".txt", ".htm", ".a", ".b", ".c", ".d", ".e", ""});
+    const std::vector<std::string> offered = {".a", ".b", ".c", ".d", ".e", ".htm", ".html", ".txt"};
+    EXPECT_EQ(OfferedExtensions(store), offered) << "no \".\" before the census";
+    EXPECT_EQ(CompoundMaskText({".txt"}), "*.txt; ");
+    EXPECT_EQ(CompoundMaskText({".doc", ".txt"}), "*.doc; *.txt; ");
+    EXPECT_EQ(RecordsOfExtensions(store, {".htm"}), (std::vector<int32_t>{0, 4})) << "not .html";
+    EXPECT_EQ(RecordsOfExtensions(store, {".a", ".b", ".c", ".d", ".e", ".htm", ".txt"}).size(), 8u)
+        << "seven types, all used";
+    Build(store); // the census marks the files without an extension (and folders) "."
+    EXPECT_EQ(OfferedExtensions(store).front(), ".");
+    EXPECT_EQ(RecordsOfExtensions(store, {"."}), (std::vector<int32_t>{2, 10}));
+    const std::pair<const char*, std::vector<QString>> masks[] = {
+        {"", {}}, {"*.*", {}}, {"*.txt; *.doc", {".txt", ".doc"}}, {"*.txt; ", {".txt"}}};
+    for (const auto& [mask, extensions] : masks) {
+        EXPECT_EQ(MaskExtensions(mask), extensions) << mask;
+    }
+    EXPECT_EQ(ExtensionOfPath("/a.b/NOTES.TXT"), ".TXT");
+    EXPECT_EQ(ExtensionOfPath("/a.b/.bashrc"), "");
+}
+
+TEST(CompoundMask, RegisteredTypesComeFromTheMimeDatabase) {
+    const auto has = [](const std::vector<RegisteredType>& types, const char* extension) {
+        return std::any_of(types.begin(), types.end(),
+                           [&](const RegisteredType& t) { return t.extension == extension; });
+    };
+    const std::vector<RegisteredType> all = RegisteredTypes();
+    EXPECT_TRUE(has(all, ".txt") && has(all, ".html"));
+    EXPECT_FALSE(has(all, ".[1-9]")) << "patterns are no suffixes";
+    const std::vector<RegisteredType> dos = RegisteredTypes(4);
+    EXPECT_TRUE(has(dos, ".txt"));
+    EXPECT_FALSE(has(dos, ".html"));
 }
 
 } // namespace

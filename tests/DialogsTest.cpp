@@ -1,5 +1,8 @@
 #include "ScriptedPrompts.h"
 #include "TestTree.h"
+#include "analysis/dlgDosLen.h"
+#include "analysis/dlgRegFiles.h"
+#include "analysis/dlgViewMasks.h"
 #include "app/dlgAbout.h"
 #include "fileops/FolderPickerDialog.h"
 #include "fileops/dlgProgress.h"
@@ -8,11 +11,14 @@
 #include "platform/EventYield.h"
 #include "platform/QtPrompts.h"
 #include "settings/AppSettings.h"
+#include "settings/modPProfile.h"
 
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QListWidget>
 #include <QPushButton>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -119,6 +125,52 @@ TEST(QtPrompts, PathsInMessagesStayWhole) {
         EXPECT_EQ(KeepPathsWhole(text, metrics, room, widest).split('\n'), lines);
         EXPECT_LE(widest, room);
     }
+}
+
+// The Masks menu's dialogs: every text of theirs, and the masks they build.
+TEST(MaskDialogs, TheirTextsAndTheMasksTheyBuild) {
+    dlgDosLen dos;
+    dos.InitDialog(4);
+    EXPECT_EQ(dos.windowTitle(), "Define DOS Length");
+    EXPECT_EQ(dos.findChild<QLabel*>("Label1")->text(),
+              "Select the number of characters that the Registered File Types dialog will list "
+              "when 'DOS Extensions Only' is selected.");
+    EXPECT_EQ(dos.findChild<QComboBox*>("Combo1")->currentText(), "3");
+
+    dlgViewMasks view;
+    view.SetupMaskArray({".doc", ".txt"});
+    view.SetupControls("All Results (*.*) (5)");
+    EXPECT_EQ(view.windowTitle(), "Existing File Types in All Results (*.*) (5)");
+    EXPECT_EQ(view.findChild<QLabel*>("Label1")->text(),
+              "Select up to six items to create a compond file mask. A new view will be created "
+              "containing all files matching the selections made. Uncheck Filter Current Results "
+              "to use selection as a new File Mask instead.");
+    EXPECT_FALSE(view.findChild<QPushButton*>("cmd_1")->isEnabled());
+    view.findChild<QListWidget*>("lstExtensions")->selectAll();
+    EXPECT_EQ(view.Mask(), "*.doc; *.txt; ");
+    EXPECT_TRUE(view.CommandFilter() && view.findChild<QPushButton*>("cmd_1")->isEnabled());
+
+    TestTree t;
+    modPProfile profile(t.Path("s.ini"), "/home/ann");
+    profile.Start();
+    ScriptedPrompts prompts;
+    for (const auto& [mask, built] : {std::pair{"*.txt; *.html", "*.html; *.txt; "}, {"*.*", "*.*"}}) {
+        dlgRegFiles registered(profile, prompts);
+        registered.PrefillList();
+        registered.SetCurrentObjectMask(mask);
+        EXPECT_EQ(registered.CurrentObjectMask(), built) << "selected from the mask, in list order";
+    }
+    dlgRegFiles registered(profile, prompts);
+    registered.PrefillList();
+    const auto count = [&] { return registered.findChild<QLabel*>("lbExtensionCount")->text(); };
+    EXPECT_TRUE(count().startsWith("&Registered File Extensions (all) : ")) << count().toStdString();
+    prompts.modals.push_back([](QDialog* d) {
+        d->findChild<QComboBox*>("Combo1")->setCurrentText("2");
+        return static_cast<int>(QDialog::Accepted);
+    });
+    registered.FilterMenu(3);
+    EXPECT_TRUE(count().startsWith("&Registered File Extensions (dos) : ")) << count().toStdString();
+    EXPECT_EQ(profile.ProfileGetString("options", "RegFilesDosLength", ""), "3");
 }
 
 } // namespace

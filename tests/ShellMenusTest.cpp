@@ -2,6 +2,9 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QDialog>
+#include <QListWidget>
+#include <QRadioButton>
 
 namespace {
 
@@ -84,6 +87,31 @@ TEST_F(ShellMenusTest, TheFolderPopupExploresAndSetsTheStartPath) {
     // The field shows text, but the search gets the folder's bytes.
     Find<QPushButton>("cmdSearch")->click();
     EXPECT_EQ(window->Session().Store()[0].FullPath(), photos + "/p.jpg");
+}
+
+// "Filter" makes the view of the current item's type; the multiple-types dialog, unchecked,
+// makes the File Mask instead.
+TEST_F(ShellMenusTest, FiltersMakeViewsOrAMask) {
+    for (const char* f : {"a.htm", "b.html", "c.txt"}) {
+        tree.File(f);
+    }
+    Search(tree.Root(), "*.*");
+    auto* list = Find<QListView>("List1");
+    list->setCurrentIndex(list->model()->index(
+        static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path("a.htm")))), 0));
+    window->findChild<QAction*>("mnuListPop_5")->trigger();
+    EXPECT_EQ(window->Views()[1].caption, "*.htm (1)") << "no .html in it";
+    prompts.modals.push_back([](QDialog* d) {
+        auto* types = d->findChild<QListWidget*>("lstExtensions");
+        types->findItems(".txt", Qt::MatchExactly).at(0)->setSelected(true);
+        d->findChild<QCheckBox*>("Check1")->setChecked(false);
+        return static_cast<int>(QDialog::Accepted);
+    });
+    Find<QRadioButton>("optListTypes_1")->click();
+    window->findChild<QAction*>("mnuMasks_3")->trigger();
+    EXPECT_EQ(Find<QLineEdit>("txtObjMask")->text(), "*.txt; ");
+    EXPECT_TRUE(Find<QRadioButton>("optListTypes_0")->isChecked());
+    EXPECT_EQ(window->Views().Count(), 2) << "no view when unchecked";
 }
 
 } // namespace

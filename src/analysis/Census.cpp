@@ -179,25 +179,6 @@ QString Census::ResultsCountText() const {
     return text;
 }
 
-std::array<bool, 26> Census::EnabledLetters() const {
-    std::array<bool, 26> enabled{};
-    for (const CensusType& type : shown_) {
-        const std::string line = CensusDisplayLine(type);
-        const size_t dot = line.find('.');
-        if (dot == std::string::npos || dot + 1 >= line.size()) {
-            continue;
-        }
-        char c = line[dot + 1];
-        if (c >= 'A' && c <= 'Z') {
-            c = static_cast<char>(c - 'A' + 'a');
-        }
-        if (c >= 'a' && c <= 'z') {
-            enabled[static_cast<size_t>(c - 'a')] = true;
-        }
-    }
-    return enabled;
-}
-
 int64_t Census::ShownFiles() const {
     int64_t files = 0;
     for (const CensusType& type : shown_) {

@@ -59,8 +59,6 @@ public:
     int FilterIndex() const { return filterIndex_; }
     // "12/40 masks", or "12/40 masks (filter applied)" under a filter.
     QString ResultsCountText() const;
-    // Letters a..z that begin a shown extension (the character after its dot).
-    std::array<bool, 26> EnabledLetters() const;
     int64_t ShownFiles() const;
 
 private:

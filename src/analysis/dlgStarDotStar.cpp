@@ -1,5 +1,7 @@
 #include "analysis/dlgStarDotStar.h"
 
+#include "analysis/LetterMenu.h"
+
 #include "analysis/CensusReport.h"
 #include "platform/Progress.h"
 #include "output/modFileDialog.h"
@@ -80,12 +82,12 @@ dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Promp
     auto* layout = new QVBoxLayout(this);
     auto* bar = new QMenuBar(this);
     layout->setMenuBar(bar);
+    lstExtensions = new QListWidget(this);
     BuildMenus(bar);
 
     Label1 = new QLabel(this);
     Label1->setObjectName("Label1");
     Label1->setWordWrap(true);
-    lstExtensions = new QListWidget(this);
     lstExtensions->setObjectName("lstExtensions");
     lstExtensions->setSelectionMode(QAbstractItemView::ExtendedSelection);
     lstExtensions->setUniformItemSizes(true);
@@ -158,13 +160,7 @@ void dlgStarDotStar::BuildMenus(QWidget* barWidget) {
     QAction* clear = select->addAction(tr("Clear Selection"), this, &dlgStarDotStar::DeselectAll);
     clear->setObjectName("mnuSelect_14");
 
-    QMenu* alpha = bar->addMenu(tr("&Letter"));
-    alpha->setObjectName("zmnuAlpha");
-    for (int i = 0; i < 26; ++i) {
-        mnuAlpha[i] =
-            alpha->addAction(QString(QChar(65 + i)), this, [this, i] { JumpToLetter(i); });
-        mnuAlpha[i]->setObjectName(QStringLiteral("mnuAlpha_%1").arg(i));
-    }
+    letters_ = new LetterMenu(bar, lstExtensions);
 }
 
 void dlgStarDotStar::CreateMaskArrayCountSR(int filterIndex) {
@@ -209,10 +205,7 @@ void dlgStarDotStar::FillList() {
     }
     static_cast<TypeLineDelegate*>(lstExtensions->itemDelegate())
         ->SetFirstColumnWidth(std::max(widest, 40));
-    const auto letters = census_.EnabledLetters();
-    for (int i = 0; i < 26; ++i) {
-        mnuAlpha[i]->setEnabled(letters[static_cast<size_t>(i)]);
-    }
+    letters_->Refresh();
     lblResultsCount->setText(census_.ResultsCountText());
     SelectionChanged();
     lblTotalFiles->clear();
@@ -256,20 +249,7 @@ void dlgStarDotStar::SelectRange(int index) {
 }
 
 void dlgStarDotStar::JumpToLetter(int index) {
-    if (lstExtensions->count() == 0) {
-        return;
-    }
-    const QString prefix = QLatin1Char('.') + QChar(97 + index);
-    for (int row = 0; row < lstExtensions->count(); ++row) {
-        QListWidgetItem* item = lstExtensions->item(row);
-        if (item->text().startsWith(prefix, Qt::CaseInsensitive)) {
-            lstExtensions->setFocus();
-            lstExtensions->clearSelection();
-            lstExtensions->scrollToItem(item, QAbstractItemView::PositionAtTop);
-            return;
-        }
-    }
-    mnuAlpha[index]->setEnabled(false);
+    letters_->Jump(index);
 }
 
 void dlgStarDotStar::DeselectAll() {

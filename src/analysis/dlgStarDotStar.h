@@ -85,5 +85,5 @@ private:
     std::array<QPushButton*, 4> cmd;
     std::array<QAction*, kCountRanges> mnuFilter{};
     QAction* appendSelection_ = nullptr;
-    std::array<QAction*, 26> mnuAlpha{};
+    class LetterMenu* letters_ = nullptr;
 };

@@ -23,7 +23,7 @@ QString ResultViews::LabelText(int tab) const {
 }
 
 void ResultViews::Clear() {
-    views_.assign(1, ResultView{QStringLiteral("No results"), {}, {}});
+    views_.assign(1, ResultView{QStringLiteral("No results"), {}, {}, {}});
 }
 
 void ResultViews::CloseViews() {
@@ -77,10 +77,21 @@ int ResultViews::AddTypeView(const std::string& extension, int32_t expectedCount
     if (FindViewByTag(tag) >= 0) {
         return -1;
     }
-    views_.push_back({tag, tag, RecordsOfExtension(store_, extension, yield, expectedCount)});
-    const int tab = Count() - 1;
     // "*." for the type without an extension, "." itself.
-    SetViewCaption(tab, QLatin1Char('*') + tag, static_cast<int>(views_.back().rows.size()));
+    views_.push_back({tag, tag, RecordsOfExtension(store_, extension, yield, expectedCount),
+                      QLatin1Char('*') + tag});
+    const int tab = Count() - 1;
+    SetViewCaption(tab, views_.back().mask, static_cast<int>(views_.back().rows.size()));
+    return tab;
+}
+
+int ResultViews::AddMaskView(const QString& mask, std::vector<int32_t> rows) {
+    if (FindViewByTag(mask) >= 0) {
+        return -1;
+    }
+    views_.push_back({mask, mask, std::move(rows), mask});
+    const int tab = Count() - 1;
+    SetViewCaption(tab, mask, static_cast<int>(views_.back().rows.size()));
     return tab;
 }
 
@@ -123,6 +134,6 @@ void ResultViews::RemoveFromViews(std::string_view path, const QString& mask, Ob
     first.tag = Spaced(mask) + QStringLiteral(" files (") + left + QLatin1Char(')');
     for (int tab = 1; tab < Count(); ++tab) {
         const ResultView& view = views_[static_cast<size_t>(tab)];
-        SetViewCaption(tab, QLatin1Char('*') + view.tag, static_cast<int>(view.rows.size()));
+        SetViewCaption(tab, view.mask, static_cast<int>(view.rows.size()));
     }
 }

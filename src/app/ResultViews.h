@@ -16,6 +16,7 @@ struct ResultView {
     QString caption;
     QString tag;
     std::vector<int32_t> rows;
+    QString mask; // what its caption names, before the count ("*.txt", "*.doc; *.txt; ")
 };
 
 // The result views of the window: the first over every record of the search, the others over
@@ -55,6 +56,10 @@ public:
     // pattern ("*.txt (12)"); -1 when the type has a view already. `yield` runs now and then.
     int AddTypeView(const std::string& extension, int32_t expectedCount,
                     const std::function<void()>& yield = {});
+
+    // A view of the records of several types, tagged and captioned with their compound mask
+    // ("*.doc; *.txt; "); -1 when that mask has a view already.
+    int AddMaskView(const QString& mask, std::vector<int32_t> rows);
 
     // Takes `path` out of every view (the first row equal to it byte for byte, else ignoring
     // case) and refreshes the counts: the first view's caption and tag name the rows left.

@@ -29,6 +29,7 @@
 #include <QTabBar>
 #include <QTimer>
 #include <QToolButton>
+#include <algorithm>
 #include <QVBoxLayout>
 
 namespace {
@@ -295,6 +296,22 @@ void frmMain::BuildMenus() {
 
     masksMenu_ = menuBar()->addMenu(tr("&Masks"));
     masksMenu_->setObjectName("zmnuMasks");
+    // Kept across the menu's rebuilds; the favourites are made anew each time.
+    const auto masksEntry = [this](const QString& text, int index, auto handler) {
+        auto* action = new QAction(text, this);
+        action->setObjectName(QStringLiteral("mnuMasks_%1").arg(index));
+        connect(action, &QAction::triggered, this, handler);
+        return action;
+    };
+    registeredTypesAction_ =
+        masksEntry(tr("Registered File Types..."), 0, [this] { ShowRegisteredTypes(); });
+    filterActions_ = {
+        masksEntry(tr("Filter"), 2, [this] { FilterOnCurrentType(); }),
+        masksEntry(tr("Filter on Multiple Types..."), 3, [this] { FilterOnMultipleTypes(false); }),
+        masksEntry(tr("Filter with Multiple Views..."), 4, [this] { FilterOnMultipleTypes(true); })};
+    // It opens the preferences at their masks; there are none yet.
+    editFavoritesAction_ = masksEntry(tr("Edit Favorite Masks List..."), 6, [] {});
+    editFavoritesAction_->setVisible(false);
     appendMaskAction_ = new QAction(tr("Append Selection to Existing Mask"), this);
     appendMaskAction_->setObjectName("mnuMasks_8");
     appendMaskAction_->setCheckable(true);
@@ -316,6 +333,14 @@ void frmMain::BuildMenus() {
 
 void frmMain::RebuildMasksMenu() {
     masksMenu_->clear();
+    masksMenu_->addAction(registeredTypesAction_);
+    masksMenu_->addSeparator();
+    for (QAction* filter : filterActions_) {
+        masksMenu_->addAction(filter);
+    }
+    masksMenu_->addSeparator();
+    masksMenu_->addAction(editFavoritesAction_);
+    masksMenu_->addSeparator()->setVisible(editFavoritesAction_->isVisible());
     masksMenu_->addAction(appendMaskAction_);
     masksMenu_->addSeparator();
     QAction* all = masksMenu_->addAction(QStringLiteral("*.*"), this, &frmMain::ChooseStarDotStar);
@@ -386,7 +411,8 @@ void frmMain::SetBusy(bool busy) {
     }
     UpdateCommandStates();
     for (QAction* action : masksMenu_->actions()) {
-        if (action != appendMaskAction_) {
+        if (action != appendMaskAction_ &&
+            std::find(filterActions_.begin(), filterActions_.end(), action) == filterActions_.end()) {
             action->setEnabled(!busy);
         }
     }
@@ -410,6 +436,9 @@ void frmMain::UpdateCommandStates() {
     }
     if (moveFolderAction_ != nullptr) {
         moveFolderAction_->setEnabled(results && folderResults_);
+    }
+    for (QAction* action : filterActions_) {
+        action->setEnabled(results && !FolderView());
     }
     if (cmdFileTypes != nullptr) {
         cmdFileTypes->setEnabled(results);

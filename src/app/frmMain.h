@@ -85,6 +85,15 @@ public:
     void InvertSelection();
     const ResultViews& Views() const { return views_; }
 
+    // ---- compound masks and registered types (frmMainMasks.cpp) ----
+    // "Registered File Types...": the File Mask built from the desktop's types.
+    void ShowRegisteredTypes();
+    // "Filter": a view of the type of the shown list's current item.
+    void FilterOnCurrentType();
+    // "Filter on Multiple Types..." (one view of all the types picked) and "Filter with
+    // Multiple Views..." (one view each); unchecked, the picks become the File Mask.
+    void FilterOnMultipleTypes(bool viewEach);
+
     // ---- file-type census (frmMainViews.cpp) ----
     // Opens the census of the last search (counted once per search, then shown again).
     void ShowFileTypes();
@@ -225,11 +234,14 @@ private:
     QMenu* masksMenu_;
     QAction* appendMaskAction_;
     std::vector<QAction*> storeActions_; // refused while a search runs
+    std::vector<QAction*> filterActions_; // need a list of files
     QAction* newAction_ = nullptr;
     QAction* saveAction_ = nullptr;
     QAction* saveAllAction_ = nullptr;
     std::vector<QAction*> verbActions_; // need results (the verbs and the file commands)
     QAction* moveFolderAction_ = nullptr;
+    QAction* registeredTypesAction_ = nullptr;
+    QAction* editFavoritesAction_ = nullptr;
     const CopyFaults* copyFaults_ = nullptr;
     QMenu* mnuListPop_ = nullptr;
     QMenu* mnuFolderPopup_ = nullptr;

@@ -49,6 +49,11 @@ void frmMain::BuildPopups() {
     separator(sendTo, "mnuListSendTo_1")->setVisible(false);
     add(sendTo, "mnuListSendTo_2", tr("File..."), &frmMain::SaveResultList);
     add(sendTo, "mnuListSendTo_3", tr("Clipboard as Name"), &frmMain::CopySelectionToClipboard);
+    add(mnuListPop_, "mnuListPop_5", tr("Filter"), &frmMain::FilterOnCurrentType);
+    add(mnuListPop_, "mnuListPop_6", tr("Filter on Multiple Types..."),
+        [this] { FilterOnMultipleTypes(false); });
+    add(mnuListPop_, "mnuListPop_7", tr("Filter with Multiple Views..."),
+        [this] { FilterOnMultipleTypes(true); });
     separator(mnuListPop_, "mnuListPop_8");
     add(mnuListPop_, "mnuListPop_9", tr("Open with Associated App"), &frmMain::OpenSelected);
     add(mnuListPop_, "mnuListPop_10", tr("Open with Notepad"), &frmMain::OpenSelectedWithNotepad);

@@ -97,6 +97,7 @@ void frmMain::TabChanged(int tab) {
     }
     lblResultType->setText(views_.LabelText(tab));
     UpdateSelectedCount();
+    UpdateCommandStates(); // the filters need a list of files
 }
 
 void frmMain::UpdateSelectedCount() {

@@ -1,0 +1,46 @@
+#include "analysis/dlgDosLen.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QVBoxLayout>
+
+dlgDosLen::dlgDosLen(QWidget* parent) : QDialog(parent) {
+    setObjectName("dlgDosLen");
+    setWindowTitle(tr("Define DOS Length"));
+    auto* label = new QLabel(tr("Select the number of characters that the Registered File Types "
+                                "dialog will list when 'DOS Extensions Only' is selected."),
+                             this);
+    label->setObjectName("Label1");
+    label->setWordWrap(true);
+    Combo1 = new QComboBox(this);
+    Combo1->setObjectName("Combo1");
+    for (int i = 1; i <= 6; ++i) {
+        Combo1->addItem(QString::number(i));
+    }
+    label->setBuddy(Combo1);
+    // Kept for its place in the dialog; the list is refilled on OK in any case.
+    chkReload = new QCheckBox(this);
+    chkReload->setObjectName("chkReload");
+    chkReload->hide();
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(label);
+    layout->addWidget(Combo1);
+    layout->addWidget(buttons);
+}
+
+void dlgDosLen::InitDialog(int dosLength) {
+    const int index = Combo1->findText(QString::number(dosLength - 1), Qt::MatchExactly);
+    if (index >= 0) {
+        Combo1->setCurrentIndex(index);
+    }
+    chkReload->setChecked(false);
+}
+
+int dlgDosLen::GetDosLen() const {
+    return Combo1->currentText().toInt();
+}

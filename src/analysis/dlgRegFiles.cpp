@@ -1,0 +1,150 @@
+#include "analysis/dlgRegFiles.h"
+
+#include "analysis/CompoundMask.h"
+#include "analysis/LetterMenu.h"
+#include "analysis/dlgDosLen.h"
+#include "platform/Prompts.h"
+#include "settings/modPProfile.h"
+
+#include <QActionGroup>
+#include <QDialogButtonBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenuBar>
+
+namespace {
+// The settings key of the DOS length (the dot counted).
+constexpr const char* kDosLengthKey = "RegFilesDosLength";
+} // namespace
+
+dlgRegFiles::dlgRegFiles(modPProfile& profile, Prompts& prompts, QWidget* parent)
+    : QDialog(parent), profile_(profile), prompts_(prompts) {
+    setObjectName("dlgRegFiles");
+    setWindowTitle(tr("Registered File Types"));
+    dosLength_ = ReadNumber(profile_.ProfileGetString("options", kDosLengthKey,
+                                                      std::to_string(kDefaultDosLength)));
+    if (dosLength_ < 2 || dosLength_ > 7) {
+        dosLength_ = kDefaultDosLength;
+    }
+    auto* bar = new QMenuBar(this);
+    QMenu* filter = bar->addMenu(tr("&Filter"));
+    filter->setObjectName("zmnuFilter");
+    auto* modes = new QActionGroup(this);
+    const QString captions[] = {tr("&All Extensions"), tr("&DOS Extensions Only"), {},
+                                tr("Define DOS &Length...")};
+    for (int i = 0; i < 4; ++i) {
+        if (i == 2) {
+            filter->addSeparator();
+            continue;
+        }
+        mnuFilter[i] = filter->addAction(captions[i], this, [this, i] { FilterMenu(i); });
+        mnuFilter[i]->setObjectName(QStringLiteral("mnuFilter_%1").arg(i));
+        if (i < 2) {
+            mnuFilter[i]->setCheckable(true);
+            modes->addAction(mnuFilter[i]);
+        }
+    }
+    mnuFilter[0]->setChecked(true);
+
+    lstExtensions = new QListWidget(this);
+    lstExtensions->setObjectName("lstExtensions");
+    lstExtensions->setSelectionMode(QAbstractItemView::MultiSelection);
+    letters_ = new LetterMenu(bar, lstExtensions);
+    lstSelected = new QListWidget(this);
+    lstSelected->setObjectName("lstSelected");
+    lbExtensionCount = new QLabel(this);
+    lbExtensionCount->setObjectName("lbExtensionCount");
+    lbExtensionCount->setBuddy(lstExtensions);
+    txtObjMask = new QLineEdit(this);
+    txtObjMask->setObjectName("txtObjMask");
+    txtObjMask->setReadOnly(true);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(lstExtensions, &QListWidget::itemSelectionChanged, this, &dlgRegFiles::CommandMask);
+
+    auto* layout = new QGridLayout(this);
+    layout->setMenuBar(bar);
+    layout->addWidget(lbExtensionCount, 0, 0);
+    layout->addWidget(lstExtensions, 1, 0);
+    layout->addWidget(lstSelected, 1, 1);
+    layout->addWidget(txtObjMask, 2, 0, 1, 2);
+    layout->addWidget(buttons, 3, 0, 1, 2);
+    layout->setColumnStretch(0, 3);
+    layout->setColumnStretch(1, 1);
+    resize(640, 480);
+}
+
+void dlgRegFiles::PrefillList() {
+    const QSignalBlocker quiet(lstExtensions);
+    lstExtensions->clear();
+    lstSelected->clear();
+    for (const RegisteredType& type : RegisteredTypes(dosOnly_ ? dosLength_ : 0)) {
+        lstExtensions->addItem(QString::fromStdString(type.extension) + QStringLiteral("\t\t") +
+                               type.name);
+    }
+    lbExtensionCount->setText((dosOnly_ ? tr("&Registered File Extensions (dos) : ")
+                                        : tr("&Registered File Extensions (all) : ")) +
+                              QString::number(lstExtensions->count()));
+    letters_->Refresh();
+    CommandMask();
+}
+
+void dlgRegFiles::SetCurrentObjectMask(const QString& mask) {
+    txtObjMask->setText(mask);
+    {
+        const QSignalBlocker quiet(lstExtensions);
+        for (const QString& extension : MaskExtensions(mask)) {
+            for (int row = 0; row < lstExtensions->count(); ++row) {
+                if (lstExtensions->item(row)->text().startsWith(extension, Qt::CaseInsensitive)) {
+                    lstExtensions->item(row)->setSelected(true);
+                    break;
+                }
+            }
+        }
+    }
+    if (!lstExtensions->selectedItems().isEmpty()) {
+        CommandMask();
+    }
+    lstExtensions->scrollToTop();
+}
+
+QString dlgRegFiles::CurrentObjectMask() const {
+    return txtObjMask->text();
+}
+
+void dlgRegFiles::FilterMenu(int index) {
+    if (index == 3) {
+        dlgDosLen dialog(this);
+        dialog.InitDialog(dosLength_);
+        if (prompts_.ShowModal(&dialog) != QDialog::Accepted) {
+            return;
+        }
+        dosLength_ = dialog.GetDosLen() + 1; // the stored length counts the dot
+        profile_.ProfileSetOptionsKey(kDosLengthKey, std::to_string(dosLength_));
+        index = 1;
+        dosOnly_ = false; // refilled below in DOS-only mode
+    }
+    if (index > 1 || (index == 1) == dosOnly_) {
+        return;
+    }
+    dosOnly_ = index == 1;
+    mnuFilter[index]->setChecked(true);
+    PrefillList();
+}
+
+void dlgRegFiles::CommandMask() {
+    QString mask;
+    lstSelected->clear();
+    for (int row = 0; row < lstExtensions->count(); ++row) {
+        const QString line = lstExtensions->item(row)->text();
+        const qsizetype tab = line.indexOf(QLatin1Char('\t'));
+        if (lstExtensions->item(row)->isSelected() && tab >= 0) {
+            mask += QLatin1Char('*') + line.left(tab) + QStringLiteral("; ");
+            lstSelected->addItem(line.left(tab));
+        }
+    }
+    txtObjMask->setText(mask);
+}

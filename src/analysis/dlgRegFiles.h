@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QDialog>
+
+class LetterMenu;
+class Prompts;
+class QAction;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class modPProfile;
+
+// `dlgRegFiles`: the file types this desktop knows, each extension with its type's name; the
+// selection becomes a File Mask. "DOS Extensions Only" lists the short extensions alone (their
+// length is set with dlgDosLen and kept in the settings file).
+class dlgRegFiles : public QDialog {
+    Q_OBJECT
+public:
+    dlgRegFiles(modPProfile& profile, Prompts& prompts, QWidget* parent = nullptr);
+
+    // Fills the list in the current mode and sets the count label.
+    void PrefillList();
+    // Shows the main window's mask and selects the types it names ("*.*" selects none).
+    void SetCurrentObjectMask(const QString& mask);
+    // The mask built from the selection.
+    QString CurrentObjectMask() const;
+    // The Filter menu: 0 all extensions, 1 DOS extensions only, 3 the DOS length.
+    void FilterMenu(int index);
+    bool DosOnly() const { return dosOnly_; }
+    int DosLength() const { return dosLength_; }
+
+private:
+    void CommandMask();
+
+    modPProfile& profile_;
+    Prompts& prompts_;
+    bool dosOnly_ = false;
+    int dosLength_;
+    QListWidget* lstExtensions;
+    QListWidget* lstSelected;
+    QLabel* lbExtensionCount;
+    QLineEdit* txtObjMask;
+    QAction* mnuFilter[4] = {};
+    LetterMenu* letters_;
+};

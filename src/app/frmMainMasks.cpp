@@ -1,0 +1,81 @@
+// The Masks menu's dialogs: the desktop's registered types, and views (or a new File Mask) made
+// of the types the last search found.
+
+#include "analysis/CompoundMask.h"
+#include "analysis/dlgRegFiles.h"
+#include "analysis/dlgViewMasks.h"
+#include "app/ResultListModel.h"
+#include "app/frmMain.h"
+#include "platform/Prompts.h"
+#include "search/PathText.h"
+#include "search/SearchStatus.h"
+
+#include <QLineEdit>
+#include <QListView>
+#include <QRadioButton>
+#include <QTabBar>
+
+void frmMain::ShowRegisteredTypes() {
+    if (busy_) {
+        return;
+    }
+    dlgRegFiles dialog(profile_, prompts_, this);
+    dialog.PrefillList();
+    dialog.SetCurrentObjectMask(txtObjMask->text());
+    // Nothing picked leaves the field as it was.
+    if (prompts_.ShowModal(&dialog) == QDialog::Accepted && !dialog.CurrentObjectMask().isEmpty()) {
+        txtObjMask->setText(dialog.CurrentObjectMask());
+    }
+}
+
+void frmMain::FilterOnCurrentType() {
+    if (busy_ || !session_.ResultsAvailable() || FolderView()) {
+        return;
+    }
+    QListView* list = VisibleList();
+    const QModelIndex current = list->currentIndex();
+    if (!current.isValid() || ModelOf(list)->ItemIndexAt(current.row()) < 0) {
+        return;
+    }
+    const FileDataEntry& record = session_.Store()[ModelOf(list)->ItemIndexAt(current.row())];
+    const std::string extension = LowerCaseName(ExtensionOfPath(std::string(record.FullPath())));
+    if (!extension.empty()) {
+        CreateTypeViews({{0, extension}});
+    }
+}
+
+void frmMain::FilterOnMultipleTypes(bool viewEach) {
+    if (busy_ || !session_.ResultsAvailable() || FolderView()) {
+        return;
+    }
+    dlgViewMasks dialog(this);
+    dialog.SetupMaskArray(OfferedExtensions(session_.Store()));
+    dialog.SetCurrentObjectMask({});
+    dialog.SetupControls(tsResults->tabText(0));
+    if (prompts_.ShowModal(&dialog) != QDialog::Accepted) {
+        return;
+    }
+    const std::vector<std::string> picked = dialog.GetSelectedItemArray();
+    if (!dialog.CommandFilter()) {
+        txtObjMask->setText(dialog.Mask());
+        optListTypes[0]->setChecked(true);
+        return;
+    }
+    if (viewEach) {
+        SelectedTypeArray types;
+        for (const std::string& extension : picked) {
+            types.push_back({0, extension});
+        }
+        CreateTypeViews(types);
+        return;
+    }
+    const QString mask = DisplayPath(CompoundMaskText(picked));
+    int tab = views_.FindViewByTag(mask);
+    if (tab < 0) {
+        tab = views_.AddMaskView(
+            mask, RecordsOfExtensions(session_.Store(), picked, [this] { yield_.Yield(); }));
+        SyncViews();
+    }
+    tsResults->setCurrentIndex(tab);
+    TabChanged(tab);
+}
