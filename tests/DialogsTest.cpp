@@ -11,15 +11,20 @@
 #include "platform/EventYield.h"
 #include "platform/QtPrompts.h"
 #include "settings/AppSettings.h"
+#include "settings/dlgPreferences.h"
 #include "settings/modPProfile.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QTabWidget>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -171,6 +176,131 @@ TEST(MaskDialogs, TheirTextsAndTheMasksTheyBuild) {
     registered.FilterMenu(3);
     EXPECT_TRUE(count().startsWith("&Registered File Extensions (dos) : ")) << count().toStdString();
     EXPECT_EQ(profile.ProfileGetString("options", "RegFilesDosLength", ""), "3");
+}
+
+// The preferences: every caption, each option written the moment it changes, the rules
+// between them, the folder question, the mask editor.
+TEST(dlgPreferences, CaptionsRulesAndWhatEachControlWrites) {
+    TestTree t;
+    modPProfile profile(t.Path("s.ini"), "/home/ann");
+    profile.Start();
+    ScriptedPrompts prompts;
+    int masksCommitted = 0;
+    dlgPreferences dialog(profile, prompts, [&] { ++masksCommitted; });
+    const auto tabs = dialog.findChild<QTabWidget*>("tsPrefs");
+    const char* tabTexts[][2] = {
+        {"&General", "General options affecting how you interact with the application.\nChanges "
+                     "made to General options are applied immediately."},
+        {"&Confirmation && Warnings", "Set warning levels for various destructive and "
+                                      "non-destructive file operations.\nChanges made to Warning "
+                                      "options are applied immediately."},
+        {"&Folders && Paths", "The paths represent the current locations the application tries to "
+                              "use for each file action. Changes made are temporary as each file "
+                              "action updates these values. If you have a location giving "
+                              "problems, change it here. Clicking each label opens the Browse "
+                              "dialog for easier selection."},
+        {"Edit &Masks", "Add favorite masks or remove unused masks from the Masks menu.\nDouble "
+                        "click to edit existing masks, or select and delete."},
+        {"View Options", "General interface preferences"}};
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(tabs->tabText(i), tabTexts[i][0]);
+        EXPECT_EQ(tabs->widget(i)->findChild<QLabel*>("lblDescription")->text(), tabTexts[i][1]);
+    }
+    const auto box = [&](const char* name) { return dialog.findChild<QCheckBox*>(name); };
+    const auto key = [&](const char* name) { return profile.ProfileGetString("options", name, "?"); };
+    const std::tuple<const char*, const char*, const char*> boxes[] = {
+        {"chkGeneral_0", "Automatically perfrom a file system rescan after a file or folder move "
+                         "or deletion", "AutoRescanAfterAction"},
+        {"chkGeneral_2", "When viewing contents of a folder, open Explorer in 'explore view'",
+         "OpenFoldersWithExplore"},
+        {"chkGeneral_3", "When performing an Edit / Invert Selection command, retain the top index "
+                         "in view", "RetainTopIndex"},
+        {"chkGeneral_4", "When a new start path selected using Browse dialog, automatically set *.* "
+                         "search", "AutoSDSOnNewSelection"},
+        {"chkGeneral_5", "Always show the File Type dialog following *.* search",
+         "AlwaysShowCountWhenSDS"},
+        {"chkGeneral_6", "Sort file or folder results in ascending order before writing the "
+                         "results to disk", "QSSortResultsOnSave"},
+        {"chkGeneral_1", "Only when list contains less than", "AutoRescanUseMaximum"},
+        {"chkWarnings_0", "Confirm file open (associated or notepad)", "ConfirmOnOpen"},
+        {"chkWarnings_1", "Confirm 'Open With' command", "AskToOpenWith"},
+        {"chkWarnings_2", "Confirm file or folder copying", "ConfirmOnCopy"},
+        {"chkWarnings_3", "Confirm file or folder move commands", "ConfirmOnMove"},
+        {"chkWarnings_4", "Confirm folder deletion", "ConfirmOnFolderDelete"},
+        {"chkWarnings_6", "Confirm delete for every file", "ConfirmOnEachFileDelete"},
+        {"chkWarnings_5", "Confirm file deletion", "ConfirmOnFileDelete"}};
+    EXPECT_FALSE(box("chkGeneral_1")->isEnabled()) << "only with the rescan";
+    for (const auto& [name, caption, written] : boxes) {
+        EXPECT_EQ(box(name)->text(), caption);
+        const std::string before = key(written);
+        box(name)->click();
+        EXPECT_NE(key(written), before) << name << " writes " << written;
+    }
+    EXPECT_TRUE(box("chkGeneral_1")->isEnabled());
+    EXPECT_FALSE(box("chkWarnings_6")->isEnabled() || box("chkWarnings_6")->isChecked())
+        << "every file is asked for only while file deletion is";
+    EXPECT_EQ(key("ConfirmOnEachFileDelete"), "0");
+    auto* maximum = dialog.findChild<QComboBox*>("cboMaxItems");
+    EXPECT_EQ(maximum->itemText(0), "no maximum");
+    emit maximum->activated(0);
+    EXPECT_EQ(key("AutoRescanMaximum"), "-1");
+    emit dialog.findChild<QComboBox*>("cboDCS")->activated(2);
+    EXPECT_EQ(key("DblClickShiftAction"), "2");
+
+    auto* folder = dialog.findChild<QLineEdit*>("txtFolders_1");
+    for (const MessageAnswer answer : {MessageAnswer::No, MessageAnswer::Yes}) {
+        folder->setText("/no/such/folder");
+        prompts.answers = {answer};
+        dialog.AcceptFolder(1);
+        EXPECT_EQ(prompts.asked.back().text,
+                  "The path entered as ' Copy File Target ' does not exist. Use it anyway?");
+    }
+    EXPECT_EQ(profile.ProfileGetString("paths", "LastCopyFileTarget", ""), "/no/such/folder");
+
+    auto* masks = dialog.findChild<QListWidget*>("lstMasks");
+    auto* entry = dialog.findChild<QLineEdit*>("txtMask");
+    for (const char* mask : {" *.B; ", "*.txt;", "*.a;"}) { // "*.txt;" is there already
+        entry->setText(mask);
+        dialog.MaskCommand(1);
+    }
+    masks->setCurrentRow(0);
+    dialog.MaskCommand(0);
+    dialog.MaskCommand(4);
+    QStringList rows;
+    for (int i = 0; i < masks->count(); ++i) {
+        rows << masks->item(i)->text();
+    }
+    EXPECT_EQ(rows, QStringList({"*.B;", "*.a;", "*.log;", "*.mdb;", "*.ppt;", "*.rtf;", "*.txt;"}));
+    prompts.answers = {MessageAnswer::No};
+    dialog.MaskCommand(3);
+    EXPECT_EQ(prompts.asked.back().text,
+              "The Mask List has changed. Reloading willl discard all changes. Continue?");
+    dialog.findChild<QPushButton*>("cmdOK")->click();
+    EXPECT_EQ(masksCommitted, 1);
+    EXPECT_EQ(profile.ProfileGetString("masks", "mask1", ""), "*.B;");
+    EXPECT_EQ(profile.File().KeyNames("masks").size(), 7u);
+}
+
+TEST(dlgPreferences, ViewOptionsAndTheSortedColumnsColour) {
+    TestTree t;
+    modPProfile profile(t.Path("s.ini"), "/home/ann");
+    profile.Start();
+    ScriptedPrompts prompts;
+    dlgPreferences dialog(profile, prompts, {});
+    dialog.SetStartupTab(5);
+    EXPECT_EQ(dialog.findChild<QTabWidget*>("tsPrefs")->currentIndex(), 4);
+    dialog.findChild<QRadioButton*>("optView_0")->click();
+    EXPECT_EQ(profile.ProfileGetString("options", "LVDefaultView", ""), "0");
+    EXPECT_FALSE(dialog.findChild<QCheckBox*>("chkViews_1")->isEnabled()) << "list view: no grid";
+    dialog.findChild<QRadioButton*>("optView_1")->click();
+    dialog.findChild<QCheckBox*>("chkViews_1")->click();
+    EXPECT_EQ(profile.ProfileGetString("options", "LVUseGridLines", ""), "0");
+    dialog.findChild<QRadioButton*>("optStyle_1")->click();
+    EXPECT_EQ(profile.ProfileGetString("options", "PBScrollStyle", ""), "1");
+    prompts.colors = {0x00336699, std::nullopt};
+    dialog.ChooseSortColor();
+    dialog.ChooseSortColor(); // cancelled: the colour stays
+    EXPECT_EQ(profile.ProfileGetString("options", "LVCustomSortColor", ""), std::to_string(0x00336699));
 }
 
 } // namespace

@@ -37,7 +37,7 @@ ScriptedPrompts::~ScriptedPrompts() {
     EXPECT_TRUE(saves.empty()) << saves.size() << " save answers left over";
     EXPECT_TRUE(applications.empty()) << applications.size() << " Open With answers left over";
     EXPECT_TRUE(modals.empty()) << modals.size() << " dialogs never shown";
-    EXPECT_TRUE(conflicts.empty()) << conflicts.size() << " conflict answers left over";
+    EXPECT_TRUE(conflicts.empty() && colors.empty()) << "conflict or colour answers left over";
     EXPECT_EQ(propertiesToShow, 0) << "properties never shown";
 }
 
@@ -77,6 +77,10 @@ void ScriptedPrompts::ShowFileProperties(const std::string& path) {
 ConflictAnswer ScriptedPrompts::AskConflict(const QString& text) {
     conflictsAsked << text;
     return Next(conflicts, "conflict question: " + text.toStdString());
+}
+
+std::optional<int32_t> ScriptedPrompts::ChooseColor(int32_t, std::array<int32_t, 16>&) {
+    return Next(colors, "colour picker");
 }
 
 int ScriptedPrompts::ShowModal(QDialog* dialog) {

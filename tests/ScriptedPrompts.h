@@ -32,6 +32,7 @@ public:
     OpenWithAnswer ChooseApplication(const OpenWithRequest& request) override;
     void ShowFileProperties(const std::string& path) override;
     ConflictAnswer AskConflict(const QString& text) override;
+    std::optional<int32_t> ChooseColor(int32_t bgr, std::array<int32_t, 16>& custom) override;
     int ShowModal(QDialog* dialog) override;
 
     // The texts asked, in order.
@@ -42,6 +43,7 @@ public:
     std::deque<SaveAnswer> saves;     // an empty path cancels
     std::deque<OpenWithAnswer> applications; // an empty answer cancels
     std::deque<ConflictAnswer> conflicts;
+    std::deque<std::optional<int32_t>> colors; // nothing cancels
     std::deque<std::function<int(QDialog*)>> modals;
     int propertiesToShow = 0;
 

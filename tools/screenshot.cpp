@@ -34,6 +34,7 @@ public:
     OpenWithAnswer ChooseApplication(const OpenWithRequest&) override { return {}; }
     void ShowFileProperties(const std::string&) override {}
     ConflictAnswer AskConflict(const QString&) override { return {ConflictChoice::Skip, true}; }
+    std::optional<int32_t> ChooseColor(int32_t, std::array<int32_t, 16>&) override { return {}; }
     int ShowModal(QDialog*) override { return 0; }
 };
 

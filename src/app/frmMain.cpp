@@ -286,6 +286,9 @@ void frmMain::BuildMenus() {
         edit->addAction(tr("&Copy to Clipboard"), this, &frmMain::CopySelectionToClipboard);
     copy->setObjectName("mnuEditCopy");
     copy->setShortcut(QKeySequence::Copy);
+    edit->addSeparator();
+    QAction* preferences = edit->addAction(tr("&Preferences..."), this, [this] { ShowPreferences(1); });
+    preferences->setObjectName("mnuEditPreferences");
 
     QMenu* select = menuBar()->addMenu(tr("&Select"));
     QAction* local = select->addAction(tr("&Local Path"), this, [this] { SelectSearchRoot(6); });
@@ -309,9 +312,8 @@ void frmMain::BuildMenus() {
         masksEntry(tr("Filter"), 2, [this] { FilterOnCurrentType(); }),
         masksEntry(tr("Filter on Multiple Types..."), 3, [this] { FilterOnMultipleTypes(false); }),
         masksEntry(tr("Filter with Multiple Views..."), 4, [this] { FilterOnMultipleTypes(true); })};
-    // It opens the preferences at their masks; there are none yet.
-    editFavoritesAction_ = masksEntry(tr("Edit Favorite Masks List..."), 6, [] {});
-    editFavoritesAction_->setVisible(false);
+    editFavoritesAction_ =
+        masksEntry(tr("Edit Favorite Masks List..."), 6, [this] { ShowPreferences(4); });
     appendMaskAction_ = new QAction(tr("Append Selection to Existing Mask"), this);
     appendMaskAction_->setObjectName("mnuMasks_8");
     appendMaskAction_->setCheckable(true);
@@ -327,7 +329,7 @@ void frmMain::BuildMenus() {
     verbActions_ = {open, notepad, openWith, copyTo, remove, properties};
     BuildPopups();
 
-    storeActions_ = {closeViews, all, none, invert, copy, local, share, admin};
+    storeActions_ = {closeViews, all, none, invert, copy, local, share, admin, preferences};
     UpdateCommandStates();
 }
 

@@ -94,6 +94,9 @@ public:
     // Multiple Views..." (one view each); unchecked, the picks become the File Mask.
     void FilterOnMultipleTypes(bool viewEach);
 
+    // The preferences at a tab (1 to 5); the settings are read again when they close.
+    void ShowPreferences(int tab);
+
     // ---- file-type census (frmMainViews.cpp) ----
     // Opens the census of the last search (counted once per search, then shown again).
     void ShowFileTypes();

@@ -110,6 +110,7 @@ void frmMain::ShowNotProcessed(PendingAction command, const std::vector<SkippedI
     dialog.Create(command);
     dialog.AddItems(items);
     dialog.CreateFinalize();
+    dialog.SetPreferencesOpener([this] { ShowPreferences(1); });
     SetStatus(StatusPart::Message, tr("Ready!"));
     prompts_.ShowModal(&dialog);
 }

@@ -9,6 +9,8 @@
 #include "platform/Prompts.h"
 #include "search/PathText.h"
 #include "search/SearchStatus.h"
+#include "settings/dlgPreferences.h"
+#include "settings/modPProfile.h"
 
 #include <QLineEdit>
 #include <QListView>
@@ -26,6 +28,23 @@ void frmMain::ShowRegisteredTypes() {
     if (prompts_.ShowModal(&dialog) == QDialog::Accepted && !dialog.CurrentObjectMask().isEmpty()) {
         txtObjMask->setText(dialog.CurrentObjectMask());
     }
+}
+
+void frmMain::ShowPreferences(int tab) {
+    if (busy_) {
+        return;
+    }
+    dlgPreferences dialog(
+        profile_, prompts_,
+        [this] {
+            favorites_.Clear();
+            favorites_.Load(profile_);
+            RebuildMasksMenu();
+        },
+        this);
+    dialog.SetStartupTab(tab);
+    prompts_.ShowModal(&dialog);
+    profile_.ProfileLoadSettings();
 }
 
 void frmMain::FilterOnCurrentType() {

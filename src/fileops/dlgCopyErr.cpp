@@ -132,8 +132,13 @@ void dlgCopyErr::BuildMenus(QMenu* file, QMenu* edit, QMenu* view) {
     edit->addAction(tr("Select All"), ListView1, &QAbstractItemView::selectAll);
     edit->addAction(tr("Select None"), ListView1, &QAbstractItemView::clearSelection);
     edit->addAction(tr("Send To Clipboard as Name"), this, &dlgCopyErr::CopyToClipboard);
-    // It opens the preferences, which are not there yet.
-    edit->addAction(tr("Preferences..."))->setVisible(false);
+    edit->addAction(tr("Preferences..."), this, [this] {
+        if (openPreferences_) {
+            openPreferences_();
+            SetReportView(profile_.Settings().LVDefaultView == 1);
+            SetGridLines(profile_.Settings().LVUseGridLines);
+        }
+    });
 
     view->setObjectName("mnuErrView");
     reportView_ = view->addAction(tr("&Report View"), this, [this] { SetReportView(true); });

@@ -3,6 +3,7 @@
 #include "fileops/FileCommands.h"
 
 #include <QDialog>
+#include <functional>
 
 class Desktop;
 class Prompts;
@@ -39,6 +40,8 @@ public:
     void SetGridLines(bool on);
 
     QTableWidget* List() const { return ListView1; }
+    // What Edit > "Preferences..." opens; the view settings are applied again afterwards.
+    void SetPreferencesOpener(std::function<void()> open) { openPreferences_ = std::move(open); }
 
 private:
     std::vector<std::string> Paths(bool selectedOnly) const;
@@ -55,4 +58,5 @@ private:
     QAction* listView_ = nullptr;
     QAction* gridLines_ = nullptr;
     QMenu* mnuErrListPopup_ = nullptr;
+    std::function<void()> openPreferences_;
 };

@@ -36,7 +36,7 @@ dlgProgress::dlgProgress(CancelFlag& cancel, const AppSettings& settings, EventY
 
 void dlgProgress::Create(int stepSize, int maximum, bool cancelAllowed) {
     // Style 1 asks for a smooth bar; the text-less bar is the closest a Qt style offers.
-    ProgressBar1->setProperty("smooth", settings_.PBScrollStyle == 1);
+    ApplyScrollStyle(ProgressBar1, settings_.PBScrollStyle);
     Setup(stepSize, maximum, 0);
     cmdCancel->setVisible(cancelAllowed);
     cmdCancel->setEnabled(cancelAllowed);
@@ -98,4 +98,13 @@ int dlgProgress::Maximum() const {
 }
 bool dlgProgress::CancelShown() const {
     return !cmdCancel->isHidden();
+}
+
+void ApplyScrollStyle(QProgressBar* bar, int style) {
+    // Blocks as the standard bar shows them, or one smooth band.
+    bar->setStyleSheet(style == 1
+                           ? QString()
+                           : QStringLiteral("QProgressBar { border: 1px solid palette(mid); }"
+                                            "QProgressBar::chunk { background: palette(highlight);"
+                                            " width: 9px; margin: 1px; }"));
 }

@@ -44,3 +44,6 @@ private:
     int maximum_ = 100;
     int counter_ = 0;
 };
+
+// Blocks (0) or a smooth bar (1), as PBScrollStyle says.
+void ApplyScrollStyle(QProgressBar* bar, int style);

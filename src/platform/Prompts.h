@@ -2,6 +2,9 @@
 
 #include <QString>
 #include <QStringList>
+#include <array>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -89,6 +92,9 @@ public:
     virtual OpenWithAnswer ChooseApplication(const OpenWithRequest& request) = 0;
     // The program's own properties of a file or folder, for desktops whose file manager shows none.
     virtual void ShowFileProperties(const std::string& path) = 0;
+    // The colour picker over a colour (0x00BBGGRR) with the 16 custom colours, which it may
+    // change; nothing on cancel.
+    virtual std::optional<int32_t> ChooseColor(int32_t bgr, std::array<int32_t, 16>& custom) = 0;
     // Skip, Replace or Cancel for a name already at a copy's target, with "for all remaining".
     virtual ConflictAnswer AskConflict(const QString& text) = 0;
     // Shows a dialog modally and returns its result code.

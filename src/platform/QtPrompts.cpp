@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QColorDialog>
 #include <QFile>
 #include <QFileDialog>
 #include <QGridLayout>
@@ -177,6 +178,25 @@ ConflictAnswer QtPrompts::AskConflict(const QString& text) {
                                   : box.clickedButton() == replace ? ConflictChoice::Replace
                                                                    : ConflictChoice::Cancel;
     return {choice, forAll->isChecked()};
+}
+
+std::optional<int32_t> QtPrompts::ChooseColor(int32_t bgr, std::array<int32_t, 16>& custom) {
+    const auto rgb = [](int32_t value) {
+        const auto v = static_cast<uint32_t>(value);
+        return QColor(v & 0xFF, (v >> 8) & 0xFF, (v >> 16) & 0xFF);
+    };
+    const auto toBgr = [](const QColor& c) {
+        return static_cast<int32_t>(c.red() | (c.green() << 8) | (c.blue() << 16));
+    };
+    for (int i = 0; i < 16; ++i) {
+        QColorDialog::setCustomColor(i, rgb(custom[static_cast<size_t>(i)]));
+    }
+    const QColor chosen = QColorDialog::getColor(rgb(bgr), Owner(), QStringLiteral("Color"),
+                                                 QColorDialog::DontUseNativeDialog);
+    for (int i = 0; i < 16; ++i) {
+        custom[static_cast<size_t>(i)] = toBgr(QColorDialog::customColor(i));
+    }
+    return chosen.isValid() ? std::optional<int32_t>(toBgr(chosen)) : std::nullopt;
 }
 
 int QtPrompts::ShowModal(QDialog* dialog) {

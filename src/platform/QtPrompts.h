@@ -24,6 +24,7 @@ public:
     OpenWithAnswer ChooseApplication(const OpenWithRequest& request) override;
     void ShowFileProperties(const std::string& path) override;
     ConflictAnswer AskConflict(const QString& text) override;
+    std::optional<int32_t> ChooseColor(int32_t bgr, std::array<int32_t, 16>& custom) override;
     int ShowModal(QDialog* dialog) override;
 
 private:

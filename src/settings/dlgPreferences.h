@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QDialog>
+#include <array>
+#include <functional>
+
+class Prompts;
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QProgressBar;
+class QPushButton;
+class QRadioButton;
+class QTabWidget;
+class QTableWidget;
+class modPProfile;
+
+// `dlgPreferences`: the options of the settings file on five tabs. Every option is written the
+// moment it changes (so Cancel undoes none), a folder path when its entry is accepted, the mask
+// list when OK confirms it; the main window reloads the settings when the dialog has closed.
+class dlgPreferences : public QDialog {
+    Q_OBJECT
+public:
+    // `masksCommitted` runs after the mask list was rewritten, so the Masks menu can reload.
+    dlgPreferences(modPProfile& profile, Prompts& prompts, std::function<void()> masksCommitted,
+                   QWidget* parent = nullptr);
+
+    // The tab shown first, 1 to 5 ("Edit Favorite Masks List..." opens at 4).
+    void SetStartupTab(int tab);
+    // A `txtFolders` entry accepted: asks when its folder does not exist, then stores it.
+    void AcceptFolder(int index);
+    // A `Label3` clicked: the folder picker for that entry.
+    void PickFolder(int index);
+    // The `cmdMasks` buttons: 0 Delete, 1 Add, 2 Select, 3 Reload, 4 Sort.
+    void MaskCommand(int index);
+    // `cmdViews`: the sorted column's colour through the colour picker.
+    void ChooseSortColor();
+
+private:
+    QWidget* GeneralTab();
+    QWidget* WarningsTab();
+    QWidget* FoldersTab();
+    QWidget* MasksTab();
+    QWidget* ViewTab();
+    void Load();
+    void LoadFolders();
+    void LoadMasks();
+    void CommitMasks();
+    void GeneralClicked(int index);
+    void WarningClicked(int index);
+    void ApplyViewSample();
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+    modPProfile& profile_;
+    Prompts& prompts_;
+    std::function<void()> masksCommitted_;
+    bool loading_ = false;
+    bool masksChanged_ = false;
+    int editedMask_ = -1; // the row "&Select" took into the entry box
+
+    QTabWidget* tsPrefs;
+    std::array<QCheckBox*, 7> chkGeneral{};
+    QComboBox* cboMaxItems;
+    QLabel* lblItems;
+    QComboBox* cboDC;
+    QComboBox* cboDCS;
+    std::array<QCheckBox*, 7> chkWarnings{};
+    std::array<QLineEdit*, 8> txtFolders{};
+    std::array<QLabel*, 8> Label3{};
+    QListWidget* lstMasks;
+    QLineEdit* txtMask;
+    std::array<QPushButton*, 5> cmdMasks{};
+    QCheckBox* chkMaskAppend;
+    std::array<QRadioButton*, 2> optView{};
+    std::array<QCheckBox*, 2> chkViews{};
+    QPushButton* cmdViews;
+    QLabel* lblSort;
+    std::array<QRadioButton*, 2> optStyle{};
+    QProgressBar* sampleBar_;
+    QTableWidget* ListView1;
+};
