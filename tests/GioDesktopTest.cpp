@@ -144,13 +144,11 @@ TEST_F(GioDesktopTest, OpenWithOffersTheTypesApplicationsFirstThenTheOthers) {
     prompts.applications.push_back({"other.desktop", {}});
     EXPECT_TRUE(desktop.OpenWith(t.Path("notes.md")));
     EXPECT_EQ(Received().at(1), t.Path("notes.md"));
-}
-
-TEST_F(GioDesktopTest, ATypeWithoutAnApplicationOffersOpenWith) {
+    // A type without an application offers Open With.
     WriteBytes(t.Path("data.zzqx"), std::string("\0\1\2\3", 4));
     prompts.applications.push_back({});
     EXPECT_FALSE(desktop.Open(t.Path("data.zzqx")));
-    EXPECT_EQ(prompts.openWithRequests.size(), 1u);
+    EXPECT_EQ(prompts.openWithRequests.size(), 3u);
 }
 
 // Every launch that fails says which application and GIO's reason.
@@ -180,11 +178,6 @@ TEST_F(GioDesktopTest, FailedLaunchesSayWhatAndWhy) {
     }
 }
 
-TEST_F(GioDesktopTest, LinksGoToTheirSchemesApplication) {
-    EXPECT_TRUE(desktop.OpenUrl("mailto:support@tallymoor.example"));
-    EXPECT_EQ(Received().at(1), "mailto:support@tallymoor.example");
-}
-
 TEST_F(GioDesktopTest, TheFileManagerShowsFoldersAndPropertiesWhenItAnswers) {
     t.Folder("my docs");
     fileManagerAnswers = true;
@@ -196,6 +189,8 @@ TEST_F(GioDesktopTest, TheFileManagerShowsFoldersAndPropertiesWhenItAnswers) {
     fileManagerAnswers = false;
     EXPECT_TRUE(desktop.Explore(t.Path("my docs")));
     EXPECT_EQ(Received().at(1), t.Path("my docs")) << "opened as a folder instead";
+    EXPECT_TRUE(desktop.OpenUrl("mailto:support@tallymoor.example"));
+    EXPECT_EQ(Received().at(1), "mailto:support@tallymoor.example") << "the scheme's application";
     prompts.propertiesToShow = 1;
     desktop.ShowProperties(t.Path("my docs"));
     EXPECT_EQ(prompts.propertiesShown, std::vector<std::string>{t.Path("my docs")});

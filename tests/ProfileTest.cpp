@@ -165,91 +165,55 @@ TEST(WindowPlacement, StoredValuesOrTheirFallbacks) {
 TEST(WindowPlacement, ExitRecordsNormalMaximisedAndMinimisedWindows) {
     const Placement window{300, 400, 10000, 8000, '0'};
     const Placement startup{150, 250, 11970, 9270, '0'};
-    const Placement normal = ExitPlacement(WindowState::Normal, window, startup, kScreen);
-    EXPECT_EQ(std::tie(normal.Left, normal.Top, normal.Width, normal.Height, normal.Winstate),
-              std::make_tuple(300, 400, 10000, 8000, '0'));
-    const Placement maximised = ExitPlacement(WindowState::Maximised, window, startup, kScreen);
-    EXPECT_EQ(std::tie(maximised.Left, maximised.Top, maximised.Width, maximised.Height,
-                       maximised.Winstate),
-              std::make_tuple((28800 - 11970) / 2, (16200 - 11970) / 2, 11970, 9270, '2'));
-    const Placement minimised = ExitPlacement(WindowState::Minimised, window, startup, kScreen);
-    EXPECT_EQ(std::tie(minimised.Left, minimised.Top, minimised.Width, minimised.Height,
-                       minimised.Winstate),
-              std::make_tuple(150, 250, 11970, 9270, '1'));
-
+    const std::pair<WindowState, Placement> cases[] = {
+        {WindowState::Normal, {300, 400, 10000, 8000, '0'}},
+        {WindowState::Maximised, {(28800 - 11970) / 2, (16200 - 11970) / 2, 11970, 9270, '2'}},
+        {WindowState::Minimised, {150, 250, 11970, 9270, '1'}}};
+    for (const auto& [state, expected] : cases) {
+        const Placement p = ExitPlacement(state, window, startup, kScreen);
+        EXPECT_EQ(std::tie(p.Left, p.Top, p.Width, p.Height, p.Winstate),
+                  std::tie(expected.Left, expected.Top, expected.Width, expected.Height,
+                           expected.Winstate));
+    }
     TestTree t;
     modPProfile profile(t.Path("tallymoor.ini"), kHome);
     profile.Start();
-    SaveWindowPlacement(profile, minimised);
+    SaveWindowPlacement(profile, cases[2].second);
     EXPECT_EQ(profile.ProfileGetString("windows", "Left", ""), "150");
-    // a minimised state is never restored
-    EXPECT_EQ(ReadWindowPlacement(profile, kScreen)->Winstate, '0');
+    EXPECT_EQ(ReadWindowPlacement(profile, kScreen)->Winstate, '0') << "never restored minimised";
 }
 
 // ---- mask favourites ----
 
-TEST(MaskFavorites, ANewFileGivesSixFavouritesInOrder) {
+TEST(MaskFavorites, LoadAddChooseAndSave) {
     TestTree t;
     modPProfile profile(t.Path("tallymoor.ini"), kHome);
     profile.Start();
     MaskFavorites favorites;
-    EXPECT_TRUE(favorites.ShowsPlaceholder());
-    EXPECT_FALSE(favorites.IsEnabled(0));
+    EXPECT_TRUE(favorites.ShowsPlaceholder() && !favorites.IsEnabled(0));
     favorites.Load(profile);
     EXPECT_EQ(favorites.Captions(), (std::vector<std::string>{"*.doc;", "*.mdb;", "*.ppt;",
                                                               "*.txt;", "*.log;", "*.rtf;"}));
-    EXPECT_TRUE(favorites.IsEnabled(0));
-}
-
-TEST(MaskFavorites, LoadingTakesEveryKeyInFileOrderWhateverItsName) {
-    TestTree t;
+    favorites.Clear();
+    favorites.Save(profile);
+    EXPECT_EQ(profile.File().KeyNames("masks").size(), 6u) << "the placeholder saves nothing";
+    // After a search: "*.*" and what is there already, trimmed and lower-cased, add nothing.
+    for (const char* mask : {"*.*", " *.*; ", "  *.txt; ", " *.TXT; ", "*.log", "*.c;*.h", "*.C;*.H "}) {
+        favorites.Add(mask);
+    }
+    EXPECT_EQ(favorites.Captions(), (std::vector<std::string>{"*.log", "*.txt;", "*.c;*.h"}))
+        << "the second real favourite takes entry 0";
+    EXPECT_EQ(favorites.Choose(0, "*.doc;", true), "*.doc;*.log") << "appended";
+    EXPECT_EQ(favorites.Choose(0, "*.doc;", false), "*.log");
+    favorites.Save(profile);
+    EXPECT_EQ(profile.File().KeyNames("masks"), (std::vector<std::string>{"mask1", "mask2", "mask3"}));
+    // Loading takes every key in file order, whatever its name; an empty section changes nothing.
     WriteBytes(t.Path("tallymoor.ini"), "[masks]\r\nzeta=*.c;\r\nmask1=*.h;\r\nx=\r\n");
-    modPProfile profile(t.Path("tallymoor.ini"), kHome);
-    MaskFavorites favorites;
     favorites.Load(profile);
     EXPECT_EQ(favorites.Captions(), (std::vector<std::string>{"*.c;", "*.h;", ""}));
     WriteBytes(t.Path("tallymoor.ini"), "[masks]\r\n");
     favorites.Load(profile);
-    EXPECT_EQ(favorites.Captions().size(), 3u) << "an empty section leaves the list";
-}
-
-TEST(MaskFavorites, AddingAfterASearch) {
-    MaskFavorites favorites;
-    favorites.Add("*.*");
-    favorites.Add(" *.*; ");
-    EXPECT_TRUE(favorites.ShowsPlaceholder());
-    favorites.Add("  *.txt; ");
-    EXPECT_EQ(favorites.Captions(), std::vector<std::string>{"*.txt;"});
-    favorites.Add(" *.TXT; ");
-    EXPECT_EQ(favorites.Captions(), std::vector<std::string>{"*.txt;"});
-    favorites.Add("*.log");
-    EXPECT_EQ(favorites.Captions(), (std::vector<std::string>{"*.log", "*.txt;"}))
-        << "with one real favourite the new mask takes entry 0 and the old one moves down";
-    favorites.Add("*.c;*.h");
-    EXPECT_EQ(favorites.Captions(), (std::vector<std::string>{"*.log", "*.txt;", "*.c;*.h"}));
-    favorites.Add("*.C;*.H ");
     EXPECT_EQ(favorites.Captions().size(), 3u);
-    EXPECT_EQ(favorites.Choose(0, "*.doc;", true), "*.doc;*.log") << "appended";
-    EXPECT_EQ(favorites.Choose(0, "*.doc;", false), "*.log");
-}
-
-TEST(MaskFavorites, SavingRewritesTheSectionUnlessThePlaceholderShows) {
-    TestTree t;
-    modPProfile profile(t.Path("tallymoor.ini"), kHome);
-    profile.Start();
-    MaskFavorites favorites;
-    favorites.Load(profile);
-    favorites.Clear();
-    EXPECT_EQ(favorites.Captions(), std::vector<std::string>{"(no favorites)"});
-    favorites.Save(profile);
-    EXPECT_EQ(profile.File().KeyNames("masks").size(), 6u);
-
-    favorites.Add("*.md;");
-    favorites.Add("*.rs;");
-    favorites.Save(profile);
-    EXPECT_EQ(profile.File().KeyNames("masks"), (std::vector<std::string>{"mask1", "mask2"}));
-    EXPECT_EQ(profile.ProfileGetString("masks", "mask1", ""), "*.rs;");
-    EXPECT_EQ(profile.ProfileGetString("masks", "mask2", ""), "*.md;");
 }
 
 // ---- where the file lives ----
