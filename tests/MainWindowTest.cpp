@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QListWidget>
 #include <QRadioButton>
+#include <QHeaderView>
 #include <QTabBar>
 #include <QToolButton>
 #include <QWindow>
@@ -197,7 +198,7 @@ TEST_F(MainWindowTest, TypeViewsTheirTabsAndWhatRemovalNewAndCloseDo) {
     EXPECT_FALSE(progress->isVisible());
     EXPECT_EQ(progress->parentWidget(), window.get()) << "the window's own, transient for it";
     tabs->setCurrentIndex(1);
-    EXPECT_TRUE(Find<QListView>("List2")->isVisible());
+    EXPECT_TRUE(Find<QTreeView>("List2")->isVisible());
     window->SelectAll();
     window->RemoveFromViews(tree.Path("a.txt"));
     EXPECT_EQ(Rows("List2"), QStringList{QString::fromStdString(tree.Path("c.txt"))});
@@ -222,7 +223,7 @@ TEST_F(MainWindowTest, SelectionCommandsAndTheSelectedCount) {
     window->SelectAll();
     EXPECT_EQ(Text("lblSelCount"), "Selected: 300");
     window->SelectNone();
-    auto* list = Find<QListView>("List1");
+    auto* list = Find<QTreeView>("List1");
     list->scrollTo(list->model()->index(150, 0), QAbstractItemView::PositionAtTop);
     const int top = list->indexAt(QPoint(1, 1)).row();
     SelectRows({299});
@@ -274,6 +275,42 @@ TEST_F(MainWindowTest, TheStartPathFromTheSelectMenuUpAndTheKeyboard) {
     Find<QLineEdit>("txtObjMask")->setText("*.txt");
     Key(root, Qt::Key_Return);
     EXPECT_EQ(Rows("List1"), QStringList{QString::fromStdString(tree.Path("picked/x.txt"))});
+}
+
+// The report view (a new settings file's default): columns sorted by a click on their header,
+// and what a command acts on is the row seen.
+TEST_F(MainWindowTest, TheReportSortsByEachColumnAndCommandsFollow) {
+    tree.File("z/a.txt");
+    tree.File("a/c.log");
+    tree.File("m/b.txt");
+    tree.SetTime("z/a.txt", 1000, 0);
+    tree.SetTime("a/c.log", 3000, 0);
+    tree.SetTime("m/b.txt", 2000, 0);
+    Search(tree.Root(), "*.*");
+    auto* list = Find<QTreeView>("List1");
+    EXPECT_FALSE(list->header()->isHidden());
+    const auto order = [&](std::initializer_list<const char*> names) {
+        QStringList rows;
+        for (const char* name : names) {
+            rows << QString::fromStdString(tree.Path(name));
+        }
+        return rows;
+    };
+    const std::pair<int, QStringList> clicks[] = {
+        {0, order({"z/a.txt", "m/b.txt", "a/c.log"})},  // Name
+        {0, order({"a/c.log", "m/b.txt", "z/a.txt"})},  // Name again: descending
+        {1, order({"a/c.log", "m/b.txt", "z/a.txt"})},  // Folder
+        {2, order({"a/c.log"})},                        // Type: .log first (the rest as found)
+        {3, order({"z/a.txt", "m/b.txt", "a/c.log"})}}; // Modified
+    for (const auto& [column, rows] : clicks) {
+        emit list->header()->sectionClicked(column);
+        EXPECT_EQ(Rows("List1").mid(0, rows.size()), rows) << column;
+    }
+    SelectRows({0});
+    window->ShowSelectedProperties();
+    EXPECT_EQ(desktop.calls, std::vector<std::string>{"properties " + tree.Path("z/a.txt")});
+    window->RemoveFromViews(tree.Path("m/b.txt"));
+    EXPECT_EQ(Rows("List1"), order({"z/a.txt", "a/c.log"}));
 }
 
 // A settings file that cannot be used is told once, and the window works on.

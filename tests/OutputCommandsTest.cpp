@@ -11,7 +11,7 @@ class OutputCommandsTest : public WindowFixture {
 protected:
     // A row's path as bytes, through the record it leads to.
     std::string Row(int row) const {
-        const QAbstractItemModel* model = Find<QListView>("List1")->model();
+        const QAbstractItemModel* model = Find<QTreeView>("List1")->model();
         const int item = model->index(row, 0).data(ResultListModel::ItemIndexRole).toInt();
         return std::string(window->Session().Store()[item].FullPath());
     }
@@ -89,8 +89,9 @@ TEST_F(OutputCommandsTest, ClipboardTakesAtMost1000Items) {
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Critical);
     EXPECT_EQ(clipboard->text(), "before");
     EXPECT_EQ(Status(StatusPart::Message), " Ready!");
-    auto* list = Find<QListView>("List1");
-    list->selectionModel()->select(list->model()->index(500, 0), QItemSelectionModel::Deselect);
+    auto* list = Find<QTreeView>("List1");
+    list->selectionModel()->select(list->model()->index(500, 0),
+                                   QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
     window->CopySelectionToClipboard();
     const QString text = clipboard->text();
     EXPECT_EQ(text.count("\r\n"), 1000) << "exactly 1000 are copied";

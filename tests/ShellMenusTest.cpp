@@ -96,7 +96,7 @@ TEST_F(ShellMenusTest, FiltersMakeViewsOrAMask) {
         tree.File(f);
     }
     Search(tree.Root(), "*.*");
-    auto* list = Find<QListView>("List1");
+    auto* list = Find<QTreeView>("List1");
     list->setCurrentIndex(list->model()->index(
         static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path("a.htm")))), 0));
     window->findChild<QAction*>("mnuListPop_5")->trigger();

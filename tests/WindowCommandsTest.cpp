@@ -56,7 +56,7 @@ TEST_F(WindowCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
     const QString first = QString::fromStdString(found[0]);
     const QString second = QString::fromStdString(found[1]);
     SelectRows({0, 1});
-    Key(Find<QListView>("List1"), Qt::Key_Delete);
+    Key(Find<QTreeView>("List1"), Qt::Key_Delete);
     prompts.answers = {MessageAnswer::Yes, MessageAnswer::Yes, MessageAnswer::No};
     prompts.modals.push_back([&](QDialog* dialog) {
         EXPECT_EQ(dialog->windowTitle(), "Files Not Processed");
@@ -88,7 +88,7 @@ TEST_F(WindowCommandsTest, InTheFoldersViewDeleteTakesTheFolderThenRescans) {
     const int old = static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path("old"))));
     ASSERT_GE(old, 0);
     SelectRows({old});
-    Key(Find<QListView>("List1"), Qt::Key_Delete);
+    Key(Find<QTreeView>("List1"), Qt::Key_Delete);
     prompts.answers = {MessageAnswer::Yes};
     RunPendingCommand();
     EXPECT_EQ(prompts.Texts(), QStringList{"Send ' " + QString::fromStdString(tree.Path("old")) +

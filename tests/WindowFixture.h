@@ -2,6 +2,7 @@
 
 #include "ScriptedPrompts.h"
 #include "TestTree.h"
+#include "app/ResultListModel.h"
 #include "app/frmMain.h"
 #include "platform/CancelFlag.h"
 #include "settings/modPProfile.h"
@@ -10,7 +11,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListView>
+#include <QTreeView>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
@@ -46,17 +47,18 @@ protected:
     // What a list shows, row by row.
     QStringList Rows(const char* list) const {
         QStringList rows;
-        const QAbstractItemModel* model = Find<QListView>(list)->model();
+        const QAbstractItemModel* model = Find<QTreeView>(list)->model();
         for (int r = 0; r < model->rowCount(); ++r) {
-            rows << model->index(r, 0).data().toString();
+            const QVariant path = model->index(r, 0).data(ResultListModel::FullPathRole);
+            rows << (path.isValid() ? path : model->index(r, 0).data()).toString();
         }
         return rows;
     }
     void SelectRows(std::initializer_list<int> rows, const char* list = "List1") const {
-        auto* view = Find<QListView>(list);
+        auto* view = Find<QTreeView>(list);
         for (const int row : rows) {
             view->selectionModel()->select(view->model()->index(row, 0),
-                                           QItemSelectionModel::Select);
+                                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
         }
     }
 

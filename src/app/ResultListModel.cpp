@@ -1,16 +1,36 @@
 #include "app/ResultListModel.h"
 
+#include "app/ListCellDelegate.h"
 #include "search/FileDataArray.h"
+#include "search/PathText.h"
 #include "search/SearchStatus.h"
 
+#include <algorithm>
+#include <numeric>
+
+namespace {
+
+std::string_view NameOf(std::string_view path) {
+    const size_t slash = path.rfind('/');
+    return slash == std::string_view::npos ? path : path.substr(slash + 1);
+}
+
+std::string_view FolderOf(std::string_view path) {
+    const size_t slash = path.rfind('/');
+    return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash == 0 ? 1 : slash);
+}
+
+} // namespace
+
 ResultListModel::ResultListModel(const FileDataArray& store, QObject* parent)
-    : QAbstractListModel(parent), store_(store) {
+    : QAbstractTableModel(parent), store_(store) {
 }
 
 void ResultListModel::ShowRows(const std::vector<int32_t>* rows) {
     beginResetModel();
     rows_ = rows;
     texts_.clear();
+    Order();
     endResetModel();
 }
 
@@ -18,6 +38,20 @@ void ResultListModel::ShowTexts(const QStringList& texts) {
     beginResetModel();
     rows_ = nullptr;
     texts_ = texts;
+    order_.clear();
+    endResetModel();
+}
+
+void ResultListModel::SetReport(bool report) {
+    if (report == report_) {
+        return;
+    }
+    beginResetModel();
+    report_ = report;
+    if (!report_) {
+        sortColumn_ = -1; // a list shows the order found
+    }
+    Order();
     endResetModel();
 }
 
@@ -25,14 +59,43 @@ int32_t ResultListModel::ItemIndexAt(int row) const {
     if (rows_ == nullptr || row < 0 || row >= static_cast<int>(rows_->size())) {
         return -1;
     }
-    return store_[(*rows_)[static_cast<size_t>(row)]].ItemIndex;
+    return store_[(*rows_)[ViewRow(row)]].ItemIndex;
+}
+
+void ResultListModel::BeginRemoveRow(int viewRow) {
+    removing_ = viewRow;
+    int row = viewRow;
+    if (!order_.empty()) {
+        row = static_cast<int>(std::find(order_.begin(), order_.end(), static_cast<size_t>(viewRow)) -
+                               order_.begin());
+    }
+    beginRemoveRows({}, row, row);
+    if (!order_.empty()) {
+        order_.erase(order_.begin() + row);
+        for (size_t& place : order_) {
+            place -= place > static_cast<size_t>(viewRow) ? 1 : 0;
+        }
+    }
+}
+
+void ResultListModel::EndRemoveRow() {
+    removing_ = -1;
+    endRemoveRows();
 }
 
 int ResultListModel::rowCount(const QModelIndex& parent) const {
     if (parent.isValid()) {
         return 0;
     }
-    return static_cast<int>(rows_ != nullptr ? rows_->size() : static_cast<size_t>(texts_.size()));
+    if (rows_ == nullptr) {
+        return static_cast<int>(texts_.size());
+    }
+    // While a row leaves, the view's rows are one fewer before the list has heard of it.
+    return static_cast<int>(order_.empty() ? rows_->size() : order_.size());
+}
+
+int ResultListModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : (report_ ? Columns : 1);
 }
 
 QVariant ResultListModel::data(const QModelIndex& index, int role) const {
@@ -41,15 +104,46 @@ QVariant ResultListModel::data(const QModelIndex& index, int role) const {
     }
     const int row = index.row();
     if (rows_ == nullptr) {
-        return role == Qt::DisplayRole && row < texts_.size() ? QVariant(texts_[row]) : QVariant();
+        return role == Qt::DisplayRole && row < texts_.size() && index.column() == 0
+                   ? QVariant(texts_[row])
+                   : QVariant();
     }
-    if (role == Qt::DisplayRole || role == Qt::ToolTipRole) {
-        return DisplayPath(store_[(*rows_)[static_cast<size_t>(row)]].FullPath());
+    const FileDataEntry& record = store_[(*rows_)[ViewRow(row)]];
+    const std::string_view path = record.FullPath();
+    switch (role) {
+    case ItemIndexRole:
+        return record.ItemIndex;
+    case FullPathRole:
+    case Qt::ToolTipRole:
+        return DisplayPath(path);
+    case Qt::DisplayRole:
+        break;
+    default:
+        return {};
     }
-    if (role == ItemIndexRole) {
-        return ItemIndexAt(row);
+    if (!report_) {
+        return DisplayPath(path);
     }
-    return {};
+    switch (index.column()) {
+    case Name:
+        return DisplayPath(NameOf(path));
+    case Folder:
+        return DisplayPath(FolderOf(path));
+    case Type:
+        return DisplayPath(ExtensionOf(NameOf(path)));
+    case Modified:
+        return FileTimeText(record.LastWriteTime);
+    default:
+        return {};
+    }
+}
+
+QVariant ResultListModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole) {
+        return {};
+    }
+    static const char* const kHeaders[] = {"Name", "Folder", "Type", "Modified"};
+    return section >= 0 && section < Columns ? tr(kHeaders[section]) : QVariant();
 }
 
 Qt::ItemFlags ResultListModel::flags(const QModelIndex& index) const {
@@ -57,4 +151,43 @@ Qt::ItemFlags ResultListModel::flags(const QModelIndex& index) const {
         return Qt::NoItemFlags;
     }
     return rows_ != nullptr ? Qt::ItemIsEnabled | Qt::ItemIsSelectable : Qt::ItemIsEnabled;
+}
+
+void ResultListModel::sort(int column, Qt::SortOrder order) {
+    beginResetModel();
+    sortColumn_ = report_ ? column : -1;
+    sortOrder_ = order;
+    Order();
+    endResetModel();
+}
+
+void ResultListModel::Order() {
+    order_.clear();
+    if (rows_ == nullptr || sortColumn_ < 0) {
+        return;
+    }
+    order_.resize(rows_->size());
+    std::iota(order_.begin(), order_.end(), size_t{0});
+    // Each row's key once: the text of its column without regard to case, or its time.
+    std::vector<std::string> texts;
+    std::vector<int64_t> times;
+    for (const int32_t record : *rows_) {
+        const FileDataEntry& entry = store_[record];
+        const std::string_view path = entry.FullPath();
+        if (sortColumn_ == Modified) {
+            times.push_back(entry.LastWriteTime);
+        } else {
+            texts.push_back(LowerCaseName(sortColumn_ == Name     ? NameOf(path)
+                                          : sortColumn_ == Folder ? FolderOf(path)
+                                                                  : ExtensionOf(NameOf(path))));
+        }
+    }
+    const auto less = [&](size_t a, size_t b) {
+        return sortColumn_ == Modified ? times[a] < times[b] : texts[a] < texts[b];
+    };
+    if (sortOrder_ == Qt::AscendingOrder) {
+        std::stable_sort(order_.begin(), order_.end(), less);
+    } else {
+        std::stable_sort(order_.begin(), order_.end(), [&](size_t a, size_t b) { return less(b, a); });
+    }
 }

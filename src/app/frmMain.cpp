@@ -3,6 +3,7 @@
 #include "analysis/dlgStarDotStar.h"
 #include "app/AppIcon.h"
 #include "app/ProjectLinks.h"
+#include "app/ListCellDelegate.h"
 #include "app/ResultListModel.h"
 #include "fileops/dlgProgress.h"
 #include "fileops/modShell.h"
@@ -18,7 +19,8 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListView>
+#include <QHeaderView>
+#include <QTreeView>
 #include <QListWidget>
 #include <QMenuBar>
 #include <QPainter>
@@ -77,6 +79,7 @@ frmMain::frmMain(modPProfile& profile, Prompts& prompts, Desktop& desktop, Cance
     BuildMenus();
     favorites_.Load(profile_);
     RebuildMasksMenu();
+    ApplyListView();
     const AppSettings& s = profile_.Settings();
     SetStartPath(s.LastSourceFolder);
     txtObjMask->setText(QString::fromStdString(s.LastFileMask));
@@ -93,6 +96,10 @@ frmMain::frmMain(modPProfile& profile, Prompts& prompts, Desktop& desktop, Cance
 
 frmMain::~frmMain() {
     profile_.File().SetProblemHandler({});
+    // The lists outlive the store and the views they show (they go with the widgets): they let
+    // go of them first.
+    model1_->Clear();
+    model2_->Clear();
 }
 
 void frmMain::BuildControls() {
@@ -172,16 +179,31 @@ void frmMain::BuildControls() {
     auto* lists = new QGridLayout;
     model1_ = new ResultListModel(session_.Store(), this);
     model2_ = new ResultListModel(session_.Store(), this);
-    List1 = new QListView(central);
-    List2 = new QListView(central);
+    List1 = new QTreeView(central);
+    List2 = new QTreeView(central);
     for (auto [list, model, name] :
          {std::tuple{List1, model1_, "List1"}, std::tuple{List2, model2_, "List2"}}) {
         list->setObjectName(name);
         list->setModel(model);
-        list->setUniformItemSizes(true);
+        list->setUniformRowHeights(true);
+        list->setRootIsDecorated(false);
         list->setSelectionMode(QAbstractItemView::ExtendedSelection);
-        list->setLayoutMode(QListView::Batched);
-        list->setBatchSize(2000);
+        list->setSelectionBehavior(QAbstractItemView::SelectRows);
+        list->setAllColumnsShowFocus(true);
+        list->setItemDelegate(new ListCellDelegate(profile_.Settings(), list->header(), true, list));
+        list->header()->setSectionsClickable(true);
+        // Sorted only once the user asks, by a click on a column's header.
+        connect(list->header(), &QHeaderView::sectionClicked, this, [list, model](int column) {
+            QHeaderView* header = list->header();
+            const Qt::SortOrder order =
+                header->isSortIndicatorShown() && header->sortIndicatorSection() == column &&
+                        header->sortIndicatorOrder() == Qt::AscendingOrder
+                    ? Qt::DescendingOrder
+                    : Qt::AscendingOrder;
+            header->setSortIndicator(column, order);
+            header->setSortIndicatorShown(true);
+            model->sort(column, order);
+        });
         connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
                 &frmMain::UpdateSelectedCount);
         connect(model, &QAbstractItemModel::modelReset, this, &frmMain::UpdateSelectedCount);
@@ -331,6 +353,28 @@ void frmMain::BuildMenus() {
 
     storeActions_ = {closeViews, all, none, invert, copy, local, share, admin, preferences};
     UpdateCommandStates();
+}
+
+void frmMain::ApplyListView() {
+    const bool report = profile_.Settings().LVDefaultView == 1;
+    for (auto [list, model] : {std::pair{List1, model1_}, std::pair{List2, model2_}}) {
+        model->SetReport(report);
+        list->setHeaderHidden(!report);
+        if (report) {
+            // The folder takes the room the others leave.
+            QHeaderView* header = list->header();
+            header->setStretchLastSection(false);
+            header->setSectionResizeMode(QHeaderView::Interactive);
+            header->setSectionResizeMode(ResultListModel::Folder, QHeaderView::Stretch);
+            const int widths[] = {220, 0, 60, 170};
+            for (const int column : {0, 2, 3}) {
+                header->resizeSection(column, widths[column]);
+            }
+        } else {
+            list->header()->setSortIndicatorShown(false);
+        }
+        list->viewport()->update();
+    }
 }
 
 void frmMain::RebuildMasksMenu() {

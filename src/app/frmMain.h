@@ -24,7 +24,7 @@ class QAction;
 class QCheckBox;
 class QLabel;
 class QLineEdit;
-class QListView;
+class QTreeView;
 class QListWidget;
 class QMenu;
 class QPushButton;
@@ -159,23 +159,25 @@ private:
     void BuildStatusBar();
     void BuildMenus();
     void RebuildMasksMenu();
+    // The result lists as a list of paths or a report with columns, as LVDefaultView says.
+    void ApplyListView();
     void OptionClicked(int index);
     void SetBusy(bool busy);
     void ShowPlaceholder(const QString& word);
-    void ShowList(QListView* list);
+    void ShowList(QTreeView* list);
     // The tabs and lists after the views changed: captions, the rows each list shows, the label.
     void SyncViews();
     void UnloadCensus();
-    QListView* VisibleList() const;
-    ResultListModel* ModelOf(QListView* list) const;
+    QTreeView* VisibleList() const;
+    ResultListModel* ModelOf(QTreeView* list) const;
     // The selected rows of a list, in list order (result rows only).
-    std::vector<int> SelectedRows(QListView* list) const;
+    std::vector<int> SelectedRows(QTreeView* list) const;
     // The rows' paths as bytes, all or the selected ones, in list order.
-    std::vector<std::string> RowPaths(QListView* list, bool selectedOnly) const;
+    std::vector<std::string> RowPaths(QTreeView* list, bool selectedOnly) const;
     std::vector<std::string> SelectedPaths() const;
     void UpdateCommandStates();
     void BuildPopups();
-    void ShowPopup(QListView* list, const QPoint& at);
+    void ShowPopup(QTreeView* list, const QPoint& at);
     bool eventFilter(QObject* watched, QEvent* event) override;
     Placement CurrentPlacementTwips() const;
     CommandContext Context();
@@ -223,8 +225,8 @@ private:
     QPushButton* cmdSearch;
     QPushButton* cmdFileTypes = nullptr;
     QTabBar* tsResults;
-    QListView* List1;
-    QListView* List2;
+    QTreeView* List1;
+    QTreeView* List2;
     QListWidget* lstDummy;
     QLabel* lblResultType;
     QLabel* lblSelCount;

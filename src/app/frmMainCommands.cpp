@@ -15,7 +15,7 @@
 
 #include <QFontMetrics>
 #include <QLabel>
-#include <QListView>
+#include <QTreeView>
 #include <QPushButton>
 #include <QTabBar>
 #include <QTimer>
@@ -116,7 +116,7 @@ void frmMain::ShowNotProcessed(PendingAction command, const std::vector<SkippedI
 }
 
 std::vector<SelectedItem> frmMain::SelectedItems() const {
-    QListView* list = VisibleList();
+    QTreeView* list = VisibleList();
     const ResultListModel* model = ModelOf(list);
     std::vector<SelectedItem> items;
     for (const int row : SelectedRows(list)) {

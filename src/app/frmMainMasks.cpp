@@ -13,7 +13,7 @@
 #include "settings/modPProfile.h"
 
 #include <QLineEdit>
-#include <QListView>
+#include <QTreeView>
 #include <QRadioButton>
 #include <QTabBar>
 
@@ -45,13 +45,14 @@ void frmMain::ShowPreferences(int tab) {
     dialog.SetStartupTab(tab);
     prompts_.ShowModal(&dialog);
     profile_.ProfileLoadSettings();
+    ApplyListView();
 }
 
 void frmMain::FilterOnCurrentType() {
     if (busy_ || !session_.ResultsAvailable() || FolderView()) {
         return;
     }
-    QListView* list = VisibleList();
+    QTreeView* list = VisibleList();
     const QModelIndex current = list->currentIndex();
     if (!current.isValid() || ModelOf(list)->ItemIndexAt(current.row()) < 0) {
         return;

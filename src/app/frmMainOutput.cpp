@@ -11,11 +11,11 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QListView>
+#include <QTreeView>
 #include <algorithm>
 #include <numeric>
 
-std::vector<int> frmMain::SelectedRows(QListView* list) const {
+std::vector<int> frmMain::SelectedRows(QTreeView* list) const {
     const ResultListModel* model = ModelOf(list);
     std::vector<int> rows;
     for (const QItemSelectionRange& range : list->selectionModel()->selection()) {
@@ -27,10 +27,11 @@ std::vector<int> frmMain::SelectedRows(QListView* list) const {
         }
     }
     std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     return rows;
 }
 
-std::vector<std::string> frmMain::RowPaths(QListView* list, bool selectedOnly) const {
+std::vector<std::string> frmMain::RowPaths(QTreeView* list, bool selectedOnly) const {
     const ResultListModel* model = ModelOf(list);
     std::vector<int> rows;
     if (selectedOnly) {
@@ -55,7 +56,7 @@ void frmMain::SaveResultList() {
         return;
     }
     SetBusy(true);
-    QListView* list = VisibleList();
+    QTreeView* list = VisibleList();
     bool entireList = true;
     const std::string path =
         modFileDialog::AskForOutputFile(prompts_, profile_, true, entireList, "", true);
@@ -105,7 +106,7 @@ void frmMain::CopySelectionToClipboard() {
     if (busy_) {
         return;
     }
-    QListView* list = VisibleList();
+    QTreeView* list = VisibleList();
     const int selected = static_cast<int>(SelectedRows(list).size());
     if (selected > kClipboardLimit) {
         prompts_.Message(kTooManyForClipboard, MessageIcon::Critical, MessageButtons::Ok);

@@ -16,7 +16,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListView>
+#include <QTreeView>
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>

@@ -12,7 +12,7 @@
 #include <QEvent>
 #include <QFile>
 #include <QLineEdit>
-#include <QListView>
+#include <QTreeView>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QTabBar>
@@ -94,7 +94,7 @@ void frmMain::BuildPopups() {
     separator(mnuFolderPopup_, "mnuFolderPopup_13");
     add(mnuFolderPopup_, "mnuFolderPopup_14", tr("Properties"), &frmMain::ShowSelectedProperties);
 
-    for (QListView* list : {List1, List2}) {
+    for (QTreeView* list : {List1, List2}) {
         // Context menus come through the event filter: a click, Shift+F10 or the Menu key.
         list->installEventFilter(this);
         list->viewport()->installEventFilter(this);
@@ -104,7 +104,7 @@ void frmMain::BuildPopups() {
 }
 
 // `at` in the list's viewport. The popup does not wait: the user acts on it or it closes.
-void frmMain::ShowPopup(QListView* list, const QPoint& at) {
+void frmMain::ShowPopup(QTreeView* list, const QPoint& at) {
     if (!busy_ && session_.ResultsAvailable()) {
         PopupForShownList()->popup(list->viewport()->mapToGlobal(at));
     }
@@ -123,7 +123,7 @@ bool frmMain::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) {
         shiftAtPress_ = static_cast<QMouseEvent*>(event)->modifiers() & Qt::ShiftModifier;
     }
-    for (QListView* list : {List1, List2}) {
+    for (QTreeView* list : {List1, List2}) {
         if (watched != list && watched != list->viewport()) {
             continue;
         }

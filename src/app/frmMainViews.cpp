@@ -14,7 +14,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListView>
+#include <QTreeView>
 #include <QListWidget>
 #include <QSignalBlocker>
 #include <QTabBar>
@@ -45,17 +45,17 @@ void frmMain::ShowPlaceholder(const QString& word) {
     lstDummy->show();
 }
 
-void frmMain::ShowList(QListView* list) {
+void frmMain::ShowList(QTreeView* list) {
     lstDummy->hide();
     (list == List1 ? List2 : List1)->hide();
     list->show();
 }
 
-QListView* frmMain::VisibleList() const {
+QTreeView* frmMain::VisibleList() const {
     return tsResults->currentIndex() > 0 ? List2 : List1;
 }
 
-ResultListModel* frmMain::ModelOf(QListView* list) const {
+ResultListModel* frmMain::ModelOf(QTreeView* list) const {
     return list == List1 ? model1_ : model2_;
 }
 
@@ -190,13 +190,14 @@ void frmMain::SelectNone() {
 }
 
 void frmMain::InvertSelection() {
-    QListView* list = VisibleList();
+    QTreeView* list = VisibleList();
     const int rows = ModelOf(list)->rowCount();
     if (busy_ || rows == 0 || ModelOf(list)->ItemIndexAt(0) < 0) {
         return;
     }
     const QModelIndex top = list->indexAt(QPoint(1, 1));
-    const QItemSelection all(list->model()->index(0, 0), list->model()->index(rows - 1, 0));
+    const QItemSelection all(list->model()->index(0, 0),
+                             list->model()->index(rows - 1, list->model()->columnCount() - 1));
     list->selectionModel()->select(all, QItemSelectionModel::Toggle);
     // Inverting walks every row, leaving the view at the last one, unless the first visible row
     // is to stay in view.

@@ -1,5 +1,6 @@
 #include "fileops/dlgCopyErr.h"
 
+#include "app/ListCellDelegate.h"
 #include "fileops/modShell.h"
 #include "output/ListSaving.h"
 #include "output/modFileDialog.h"
@@ -40,36 +41,6 @@ public:
     }
 };
 
-// Shades the sorted column with the colour of the settings, when they ask for it.
-class SortedColumnDelegate : public QStyledItemDelegate {
-public:
-    SortedColumnDelegate(const AppSettings& settings, QTableWidget* table)
-        : QStyledItemDelegate(table), settings_(settings), table_(table) {}
-    void paint(QPainter* painter, const QStyleOptionViewItem& option,
-               const QModelIndex& index) const override {
-        const QHeaderView* header = table_->horizontalHeader();
-        if (settings_.LVUseCustomSortColor && header->isSortIndicatorShown() &&
-            index.column() == header->sortIndicatorSection() &&
-            !(option.state & QStyle::State_Selected)) {
-            const auto bgr = static_cast<uint32_t>(settings_.LVCustomSortColor);
-            painter->fillRect(option.rect, QColor(bgr & 0xFF, (bgr >> 8) & 0xFF, (bgr >> 16) & 0xFF));
-        }
-        QStyledItemDelegate::paint(painter, option, index);
-    }
-
-private:
-    const AppSettings& settings_;
-    QTableWidget* table_;
-};
-
-// A FILETIME (100-ns ticks since 1601) as the locale's date and time.
-QString DateTimeText(int64_t fileTime) {
-    constexpr int64_t kTicksTo1970 = 116444736000000000LL;
-    const QDateTime when =
-        QDateTime::fromMSecsSinceEpoch((fileTime - kTicksTo1970) / 10000, Qt::LocalTime);
-    return QLocale::system().toString(when, QLocale::ShortFormat);
-}
-
 QString TargetDateText(const std::string& target, int64_t& ticks) {
     struct stat st {};
     ticks = 0;
@@ -77,7 +48,7 @@ QString TargetDateText(const std::string& target, int64_t& ticks) {
         return {};
     }
     ticks = (st.st_mtim.tv_sec + 11644473600LL) * 10000000 + st.st_mtim.tv_nsec / 100;
-    return DateTimeText(ticks);
+    return FileTimeText(ticks);
 }
 
 } // namespace
@@ -97,7 +68,8 @@ dlgCopyErr::dlgCopyErr(modPProfile& profile, Prompts& prompts, Desktop& desktop,
     ListView1->setEditTriggers(QAbstractItemView::NoEditTriggers);
     ListView1->setTextElideMode(Qt::ElideMiddle);
     ListView1->verticalHeader()->hide();
-    ListView1->setItemDelegate(new SortedColumnDelegate(profile_.Settings(), ListView1));
+    ListView1->setItemDelegate(
+        new ListCellDelegate(profile_.Settings(), ListView1->horizontalHeader(), false, ListView1));
     Text1->setObjectName("Text1");
     Text1->setReadOnly(true);
     connect(ListView1, &QTableWidget::currentCellChanged, this, [this](int row) {
@@ -194,7 +166,7 @@ void dlgCopyErr::AddItems(const std::vector<SkippedItem>& items) {
         QStringList cells;
         int64_t targetTicks = 0;
         if (copyLayout_) {
-            cells = {DisplayPath(name), DisplayPath(folder), DateTimeText(item.lastWriteTime),
+            cells = {DisplayPath(name), DisplayPath(folder), FileTimeText(item.lastWriteTime),
                      TargetDateText(item.remarkDate, targetTicks), status};
         } else {
             cells = {DisplayPath(item.path), status};
