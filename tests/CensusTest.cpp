@@ -91,69 +91,6 @@ TEST(Census, CountRangesOverlapAtTheirBounds) {
     }
 }
 
-TEST(Census, CaptionsAndFileNames) {
-    const char* captions[] = {"All results", "-", "Types with less than 5 files",
-        "Types with 5 - 10 files", "Types with 10 - 20 files", "Types with 20 - 50 files",
-        "Types with 50 - 100 files", "Types with 100 - 500 files", "Types with 500 - 1000 files",
-        "Types with 1000 - 5000 files", "Types with over 5000 files"};
-    const char* names[] = {"resultcount.txt", "", "resultcount (1 to 4 files).txt",
-        "resultcount (5 to 10 files).txt", "resultcount (10 to 20 files).txt",
-        "resultcount (20 to 50 files).txt", "resultcount (50 to 100 files).txt",
-        "resultcount (100 to 500 files).txt", "resultcount (500 to 1000 files).txt",
-        "resultcount (1000 to 5000 files).txt", "resultcount (over 5000 files).txt"};
-    for (int i = 0; i < kCountRanges; ++i) {
-        EXPECT_EQ(CountRangeCaption(i), captions[i]);
-        EXPECT_EQ(CensusReportFileName(i), names[i]);
-    }
-    EXPECT_EQ(CensusReportFileName(11), "");
-    EXPECT_EQ(TypeExportFileName(".txt"), "results for txt.txt");
-    EXPECT_EQ(TypeExportFileName("."), "results for .txt");
-    EXPECT_EQ(TypeExportFileName(".tar.gz"), "results for targz.txt");
-    EXPECT_EQ(CensusDisplayLine({".txt", 1234}), ".txt\t\t1234 files");
-    EXPECT_EQ(FirstToken(".txt\t\t12 files", '\t'),
-              (std::pair<std::string_view, std::string_view>{".txt", "\t12 files"}));
-    EXPECT_EQ(FirstToken("whole", '\t'),
-              (std::pair<std::string_view, std::string_view>{"whole", ""}));
-}
-
-TEST(CensusReport, HeaderAndLinesByteForByte) {
-    const QDateTime when(QDate(2026, 11, 15), QTime(2, 1, 23));
-    const std::string text = CensusReportText({{".doc", 3}, {".txt", 12345}}, "/data", "*.*", when);
-    const std::string date = ReportDateText(when).toStdString();
-    EXPECT_EQ(text, "#--------------------------------------------------\r\n"
-                    "#     Tallymoor: File-Type Report\r\n"
-                    "#     File Date:\t" +
-                        date +
-                        "\r\n"
-                        "#\r\n"
-                        "#     Root Path:\t/data\r\n"
-                        "#     File Mask:\t*.*\r\n"
-                        "#     Total Types:\t2\r\n"
-                        "#     Total Files:\t12348\r\n"
-                        "#--------------------------------------------------\r\n"
-                        "\r\n"
-                        ".doc\t3\r\n"
-                        ".txt\t12345\r\n");
-    EXPECT_TRUE(ReportDateText(when).startsWith("11/15/26 2:01:23 AM")) << "the locale's date and time";
-}
-
-TEST(CensusReport, ExportWritesOneTypeInStoreOrderAndFailuresNameTheFile) {
-    TestTree t;
-    FileDataArray store;
-    Fill(store, {".txt", ".log", ".txt", ".TXT"});
-    EXPECT_EQ(WriteTypeExport(t.Path("out.txt"), store, ".txt"), "");
-    EXPECT_EQ(ReadBytes(t.Path("out.txt")), "/r/f0.txt\r\n/r/f2.txt\r\n")
-        << "the comparison is exact";
-    WriteBytes(t.Path("old.txt"), std::string(5000, 'x'));
-    EXPECT_EQ(WriteCensusReport(t.Path("old.txt"), TextFile::Mode::Replace, {{".a", 1}}, "/r",
-                                "*.*"),
-              "");
-    EXPECT_EQ(ReadBytes(t.Path("old.txt")).find('x'), std::string::npos) << "replaced whole";
-    EXPECT_EQ(WriteCensusReport(t.Path("old.txt"), TextFile::Mode::CreateNew, {{".a", 1}}, "/r",
-                                "*.*"),
-              "Cannot create " + t.Path("old.txt") + ": File exists");
-}
-
 // Several types: what is offered, the mask they make, the records it holds.
 TEST(CompoundMask, OfferedTypesTheirMaskAndTheRecordsOfWholeExtensions) {
     FileDataArray store;

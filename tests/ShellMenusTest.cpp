@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QDialog>
 #include <QListWidget>
+#include <QMimeData>
 #include <QRadioButton>
 
 namespace {
@@ -84,6 +85,12 @@ TEST_F(ShellMenusTest, TheFolderPopupExploresAndSetsTheStartPath) {
               QString::fromStdString(tree.Path("photos \uFFFD")));
     EXPECT_FALSE(Find<QCheckBox>("chkOpts_1")->isChecked());
     EXPECT_TRUE(Find<QLineEdit>("txtObjMask")->isEnabled());
+    // Dragged out, the folder is named by its bytes.
+    const QAbstractItemModel* model = Find<QTreeView>("List1")->model();
+    std::unique_ptr<QMimeData> drag(model->mimeData({model->index(0, 0), model->index(0, 1)}));
+    EXPECT_EQ(drag->data("text/uri-list").toStdString(),
+              "file://" + QByteArray::fromStdString(tree.Root()).toPercentEncoding("/").toStdString() +
+                  "photos%20%FF\r\n");
     // The field shows text, but the search gets the folder's bytes.
     Find<QPushButton>("cmdSearch")->click();
     EXPECT_EQ(window->Session().Store()[0].FullPath(), photos + "/p.jpg");

@@ -34,7 +34,8 @@ constexpr int kExitInterrupted = 130;
 
 constexpr const char* kUsage =
     "Usage:\n"
-    "  tallymoor [--settings FILE]   open the window (FILE: the settings file to use)\n"
+    "  tallymoor [--settings FILE] [FOLDER]   open the window (FILE: the settings file to use;\n"
+    "                                         FOLDER: the Start Path)\n"
     "  tallymoor search ROOT MASK [--folders-only] [--except] [--no-recurse] [-0|--print0]\n"
     "  tallymoor census ROOT MASK [--filter N] [--report FILE] [--folders-only] [--except]\n"
     "                   [--no-recurse]\n"
@@ -525,7 +526,10 @@ std::string ExtractSettingsOption(std::vector<std::string>& args) {
 }
 
 bool IsCommandLineInvocation(const std::vector<std::string>& args) {
-    return !args.empty();
+    struct stat st {};
+    const bool folder = args.size() == 1 && !args[0].empty() && args[0][0] != '-' &&
+                        stat(args[0].c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+    return !args.empty() && !folder;
 }
 
 int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,

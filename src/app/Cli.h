@@ -13,7 +13,9 @@
 // when the option is not there.
 std::string ExtractSettingsOption(std::vector<std::string>& args);
 
-// True when the arguments (without the program name) ask for the command line, not the window.
+// True when the arguments (without the program name) ask for the command line, not the window:
+// no arguments, or a single existing folder (`tallymoor FOLDER`, as a file manager passes it),
+// open the window.
 bool IsCommandLineInvocation(const std::vector<std::string>& args);
 
 class WalkListener;

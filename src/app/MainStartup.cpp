@@ -1,11 +1,12 @@
 #include "app/MainStartup.h"
 
+#include "app/AppIcon.h"
 #include "app/dlgAbout.h"
 #include "app/frmMain.h"
 #include "platform/CancelFlag.h"
 #include "platform/Desktop.h"
-#include "app/AppIcon.h"
 #include "platform/QtPrompts.h"
+#include "search/PathText.h"
 #include "settings/SettingsLocation.h"
 #include "settings/modPProfile.h"
 
@@ -50,7 +51,7 @@ void PlaceMainWindow(frmMain& window, modPProfile& profile) {
 }
 
 int RunWindow(int& argc, char** argv, const std::string& settingsOverride,
-              const DesktopFactory& makeDesktop) {
+              const std::string& startFolder, const DesktopFactory& makeDesktop) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tallymoor"));
     QApplication::setWindowIcon(AppIcon());
@@ -77,6 +78,9 @@ int RunWindow(int& argc, char** argv, const std::string& settingsOverride,
         prompts.ShowModal(&about);
     });
     PlaceMainWindow(window, profile);
+    if (!startFolder.empty()) {
+        window.SetStartPath(AbsolutePath(startFolder));
+    }
     window.show();
     splash.raise();
     // The window answers at once; the splash goes after a second.

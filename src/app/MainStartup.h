@@ -18,6 +18,7 @@ void PlaceMainWindow(frmMain& window, modPProfile& profile);
 using DesktopFactory = std::function<std::unique_ptr<Desktop>(Prompts& prompts)>;
 
 // `Main` for the window: the splash, the settings (a default file on first start), the
-// placement, the main window; returns the exit status of the event loop.
+// placement, the main window (with `startFolder`, when given, as its Start Path); returns the
+// exit status of the event loop.
 int RunWindow(int& argc, char** argv, const std::string& settingsOverride,
-              const DesktopFactory& makeDesktop);
+              const std::string& startFolder, const DesktopFactory& makeDesktop);

@@ -1,5 +1,6 @@
 #include "app/ResultListModel.h"
 
+#include "app/FileDrag.h"
 #include "app/ListCellDelegate.h"
 #include "search/FileDataArray.h"
 #include "search/PathText.h"
@@ -150,7 +151,28 @@ Qt::ItemFlags ResultListModel::flags(const QModelIndex& index) const {
     if (!index.isValid()) {
         return Qt::NoItemFlags;
     }
-    return rows_ != nullptr ? Qt::ItemIsEnabled | Qt::ItemIsSelectable : Qt::ItemIsEnabled;
+    return rows_ != nullptr ? Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled
+                            : Qt::ItemIsEnabled;
+}
+
+QStringList ResultListModel::mimeTypes() const {
+    return {QStringLiteral("text/uri-list"), QStringLiteral("text/plain")};
+}
+
+QMimeData* ResultListModel::mimeData(const QModelIndexList& indexes) const {
+    std::vector<int> rows;
+    for (const QModelIndex& index : indexes) {
+        rows.push_back(index.row());
+    }
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    std::vector<std::string> paths;
+    for (const int row : rows) {
+        if (const int32_t item = ItemIndexAt(row); item >= 0) {
+            paths.emplace_back(store_[(*rows_)[ViewRow(row)]].FullPath());
+        }
+    }
+    return FileDragData(paths);
 }
 
 void ResultListModel::sort(int column, Qt::SortOrder order) {

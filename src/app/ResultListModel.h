@@ -42,6 +42,10 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
+    // Rows are dragged out as files (copied by whoever takes them).
+    QStringList mimeTypes() const override;
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
+    Qt::DropActions supportedDragActions() const override { return Qt::CopyAction; }
     // Orders the rows by a column (ties keep their order); -1 goes back to the order found.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 

@@ -190,6 +190,9 @@ void frmMain::BuildControls() {
         list->setSelectionMode(QAbstractItemView::ExtendedSelection);
         list->setSelectionBehavior(QAbstractItemView::SelectRows);
         list->setAllColumnsShowFocus(true);
+        list->setDragEnabled(true);
+        list->setDragDropMode(QAbstractItemView::DragOnly);
+        list->setDefaultDropAction(Qt::CopyAction);
         list->setItemDelegate(new ListCellDelegate(profile_.Settings(), list->header(), true, list));
         list->header()->setSectionsClickable(true);
         // Sorted only once the user asks, by a click on a column's header.

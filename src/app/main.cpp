@@ -31,7 +31,8 @@ int main(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);
     const std::string settingsFile = ExtractSettingsOption(args);
     if (!IsCommandLineInvocation(args)) {
-        return RunWindow(argc, argv, settingsFile, [](Prompts& prompts) {
+        return RunWindow(argc, argv, settingsFile, args.empty() ? std::string() : args[0],
+                         [](Prompts& prompts) {
             return std::make_unique<GioDesktop>(prompts, AskFileManager);
         });
     }

@@ -1,5 +1,6 @@
 #include "fileops/dlgCopyErr.h"
 
+#include "app/FileDrag.h"
 #include "app/ListCellDelegate.h"
 #include "fileops/modShell.h"
 #include "output/ListSaving.h"
@@ -19,6 +20,7 @@
 #include <QLocale>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QPainter>
 #include <QStyledItemDelegate>
 #include <QTableWidget>
@@ -51,11 +53,35 @@ QString TargetDateText(const std::string& target, int64_t& ticks) {
     return FileTimeText(ticks);
 }
 
+// The list: its rows are dragged out as the files they name.
+class NotProcessedTable : public QTableWidget {
+public:
+    using QTableWidget::QTableWidget;
+
+protected:
+    QStringList mimeTypes() const override {
+        return {QStringLiteral("text/uri-list"), QStringLiteral("text/plain")};
+    }
+    QMimeData* mimeData(const QList<QTableWidgetItem*>& items) const override {
+        std::vector<int> rows;
+        for (const QTableWidgetItem* cell : items) {
+            rows.push_back(cell->row());
+        }
+        std::sort(rows.begin(), rows.end());
+        rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+        std::vector<std::string> paths;
+        for (const int row : rows) {
+            paths.push_back(item(row, 0)->data(PathRole).toByteArray().toStdString());
+        }
+        return FileDragData(paths);
+    }
+};
+
 } // namespace
 
 dlgCopyErr::dlgCopyErr(modPProfile& profile, Prompts& prompts, Desktop& desktop, QWidget* parent)
     : QDialog(parent), profile_(profile), prompts_(prompts), desktop_(desktop),
-      Label1(new QLabel(this)), ListView1(new QTableWidget(this)), Text1(new QLineEdit(this)) {
+      Label1(new QLabel(this)), ListView1(new NotProcessedTable(this)), Text1(new QLineEdit(this)) {
     setObjectName("dlgCopyErr");
     setWindowTitle(QStringLiteral("Files Not Processed"));
     Label1->setObjectName("Label1");
@@ -66,6 +92,9 @@ dlgCopyErr::dlgCopyErr(modPProfile& profile, Prompts& prompts, Desktop& desktop,
     ListView1->setSelectionBehavior(QAbstractItemView::SelectRows);
     ListView1->setSelectionMode(QAbstractItemView::ExtendedSelection);
     ListView1->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    ListView1->setDragEnabled(true);
+    ListView1->setDragDropMode(QAbstractItemView::DragOnly);
+    ListView1->setDefaultDropAction(Qt::CopyAction);
     ListView1->setTextElideMode(Qt::ElideMiddle);
     ListView1->verticalHeader()->hide();
     ListView1->setItemDelegate(
