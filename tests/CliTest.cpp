@@ -183,6 +183,9 @@ TEST(Cli, TheSettingsOptionIsTakenOutWherever) {
         EXPECT_EQ(ExtractSettingsOption(args), file);
         EXPECT_EQ(args, left);
     }
+    // A folder alone opens the window there (as a file manager's "Open With" passes it).
+    EXPECT_FALSE(IsCommandLineInvocation({}) || IsCommandLineInvocation({"/tmp"}));
+    EXPECT_TRUE(IsCommandLineInvocation({"/no/such/folder"}) && IsCommandLineInvocation({"--help"}));
 }
 
 // Results that cannot be written are not "found": every command says why and exits 5.
