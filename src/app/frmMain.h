@@ -187,8 +187,8 @@ private:
     bool DeleteSelectedFilesCommand();
     bool DeleteFolderCommand();
     bool CopySelectedFilesCommand();
-    bool CopyFolderCommand(PendingAction mode);
-    bool MoveFolderCommand();
+    // Copying a folder or its contents, or moving it.
+    bool FolderCommand(PendingAction command);
     // The destination of a copy or move, after its question; nothing when the command ends.
     std::optional<std::string> PrepareCopyCommand(PendingAction command,
                                                   const std::vector<std::string>& selected,

@@ -43,10 +43,8 @@ void frmMain::Timer1Fired() {
         break;
     case PendingAction::CopyFolder:
     case PendingAction::CopyFolderContents:
-        changed = CopyFolderCommand(pendingAction_);
-        break;
     case PendingAction::MoveFolder:
-        changed = MoveFolderCommand();
+        changed = FolderCommand(pendingAction_);
         break;
     case PendingAction::MoveFiles: // offered by no entry, and runs nothing
     case PendingAction::None:
@@ -166,44 +164,25 @@ bool frmMain::CopySelectedFilesCommand() {
     return outcome.changed;
 }
 
-bool frmMain::CopyFolderCommand(PendingAction mode) {
+bool frmMain::FolderCommand(PendingAction command) {
     cancel_.Lower();
     const std::vector<std::string> selected = SelectedPaths();
     CommandContext context = Context();
     if (selected.size() != 1) {
         return false;
     }
-    const auto destination = PrepareCopyCommand(mode, selected, context);
+    const auto destination = PrepareCopyCommand(command, selected, context);
     if (!destination) {
         return false;
     }
     std::vector<SkippedItem> notProcessed;
-    const bool changed = CopyFolder(selected.front(), *destination, mode, context, notProcessed);
+    const bool changed =
+        command == PendingAction::MoveFolder
+            ? MoveFolder(selected.front(), *destination, context, notProcessed)
+            : CopyFolder(selected.front(), *destination, command, context, notProcessed);
     const QString outcome = status_.Text(StatusPart::Message);
     if (!notProcessed.empty()) {
-        ShowNotProcessed(mode, notProcessed);
-    }
-    CommandEnded();
-    SetStatus(StatusPart::Message, outcome.trimmed());
-    return changed;
-}
-
-bool frmMain::MoveFolderCommand() {
-    cancel_.Lower();
-    const std::vector<std::string> selected = SelectedPaths();
-    CommandContext context = Context();
-    if (selected.size() != 1) {
-        return false;
-    }
-    const auto destination = PrepareCopyCommand(PendingAction::MoveFolder, selected, context);
-    if (!destination) {
-        return false;
-    }
-    std::vector<SkippedItem> notProcessed;
-    const bool changed = MoveFolder(selected.front(), *destination, context, notProcessed);
-    const QString outcome = status_.Text(StatusPart::Message);
-    if (!notProcessed.empty()) {
-        ShowNotProcessed(PendingAction::MoveFolder, notProcessed);
+        ShowNotProcessed(command, notProcessed);
     }
     CommandEnded();
     SetStatus(StatusPart::Message, outcome.trimmed());
