@@ -143,37 +143,22 @@ TEST_F(MainWindowTest, CancelAndCloseDuringTheWalkKeepWhatWasFound) {
     for (int i = 0; i < 3000; ++i) {
         tree.File("d" + std::to_string(i % 30) + "/f" + std::to_string(i) + ".txt");
     }
-    struct Case {
-        const char* what;
-        std::function<void()> interrupt;
-    };
-    const Case cases[] = {
-        {"the Cancel button", [&] { Find<QPushButton>("cmdSearch")->click(); }},
-
-        {"closing the window",
-         [&] {
-             Action("New")->trigger(); // refused while the store fills
-             EXPECT_FALSE(Action("Select All")->isEnabled());
-             window->close();
-             EXPECT_TRUE(window->isVisible()) << "closing during a search only cancels it";
-         }},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+    // The Cancel button, then closing the window, each while the store fills.
+    for (const bool closing : {false, true}) {
         int yields = 0;
         window->SetWalkObserver([&] {
             if (++yields == 500) {
                 EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "Cancel");
-                EXPECT_TRUE(window->IsBusy());
-                c.interrupt();
+                EXPECT_FALSE(Action("Select All")->isEnabled());
+                closing ? void(window->close()) : Find<QPushButton>("cmdSearch")->click();
+                EXPECT_TRUE(window->isVisible()) << "closing during a search only cancels it";
             }
         });
         Search(tree.Root(), "*.txt");
         EXPECT_EQ(Status(StatusPart::Mode), " Cancelled");
         EXPECT_GT(Rows("List1").size(), 400);
         EXPECT_LT(Rows("List1").size(), 3000);
-        EXPECT_FALSE(window->IsBusy());
-        EXPECT_FALSE(cancel.IsRaised());
+        EXPECT_FALSE(window->IsBusy() || cancel.IsRaised());
     }
     window->SetWalkObserver({});
     window->close();
