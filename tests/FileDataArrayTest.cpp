@@ -33,7 +33,7 @@ TEST(FileDataArray, ExtensionsAreSharedAndPathsMayBeLong) {
     store.Store(0, "/r/", "a.txt", ".txt", 1);
     store.Store(1, "/r/", "b", "", 2);
     store.Store(2, "/r/", "c.txt", ".txt", 3);
-    EXPECT_EQ(store[0].extension, store[2].extension);
+    EXPECT_EQ(store[0].Extension().data(), store[2].Extension().data());
     store.SetExtension(1, ".");
     EXPECT_EQ(store[1].Extension(), ".");
     EXPECT_EQ(RecordsOfExtension(store, ".txt"), (std::vector<int32_t>{0, 2}));

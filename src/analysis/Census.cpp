@@ -117,27 +117,27 @@ void Census::Build(FileDataArray& store, int filterIndex,
         if (i % interval == 1) {
             step();
         }
-        if (store[i].Extension().empty()) {
+        if (store.ExtensionNumberOf(i) == 0) {
             store.SetExtension(i, ".");
         }
     }
 
-    // The store shares one string per extension, so records are counted by that string's
-    // address: one pass, no string compared per record.
+    // The store numbers each extension, so records are counted by that number: one pass, no
+    // string compared per record.
     message(QStringLiteral("Filtering..."));
     std::vector<CensusType> types;
-    std::unordered_map<const std::string*, size_t> indexOf;
-    const std::string* lastExtension = nullptr;
+    std::unordered_map<uint32_t, size_t> indexOf;
+    uint32_t lastExtension = ~0u;
     size_t lastIndex = 0;
     for (int32_t i = 0; i <= upper; ++i) {
         if (i % interval == 1) {
             step();
         }
-        const std::string* extension = store[i].extension;
+        const uint32_t extension = store.ExtensionNumberOf(i);
         if (extension != lastExtension) {
             const auto [it, added] = indexOf.try_emplace(extension, types.size());
             if (added) {
-                types.push_back({*extension, 0});
+                types.push_back({std::string(store[i].Extension()), 0});
             }
             lastExtension = extension;
             lastIndex = it->second;

@@ -63,8 +63,9 @@ std::string WriteTypeExport(const std::string& path, const FileDataArray& store,
     if (!file.Open(path, TextFile::Mode::Replace)) {
         return file.Error();
     }
+    PathComposer composer(store);
     for (const int32_t record : RecordsOfExtension(store, extension)) {
-        file.WriteLine(store[record].FullPath());
+        file.WriteLine(composer.FullPath(record));
     }
     file.Close();
     return file.Error();

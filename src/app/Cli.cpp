@@ -284,8 +284,9 @@ int Search(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* e
     if (session.ResultsAvailable()) {
         const FileDataArray& store = session.Store();
         const char end = request.print0 ? '\0' : '\n';
+        PathComposer composer(store);
         for (int32_t i = 0; i <= store.UBound() && out.Error() == 0; ++i) {
-            out.Write(store[i].FullPath());
+            out.Write(composer.FullPath(i));
             out.Put(end);
         }
     }
@@ -383,7 +384,7 @@ private:
 // first, so they go in the order found), without the results inside a listed folder, which
 // go with it.
 std::vector<SelectedItem> TrashSelection(const FileDataArray& store) {
-    std::set<std::string_view> listed;
+    std::set<std::string, std::less<>> listed;
     for (int32_t i = 0; i <= store.UBound(); ++i) {
         listed.insert(store[i].FullPath());
     }

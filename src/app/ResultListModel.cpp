@@ -24,7 +24,7 @@ std::string_view FolderOf(std::string_view path) {
 } // namespace
 
 ResultListModel::ResultListModel(const FileDataArray& store, QObject* parent)
-    : QAbstractTableModel(parent), store_(store) {
+    : QAbstractTableModel(parent), store_(store), composer_(store) {
 }
 
 void ResultListModel::ShowRows(const std::vector<int32_t>* rows) {
@@ -109,8 +109,8 @@ QVariant ResultListModel::data(const QModelIndex& index, int role) const {
                    ? QVariant(texts_[row])
                    : QVariant();
     }
-    const FileDataEntry& record = store_[(*rows_)[ViewRow(row)]];
-    const std::string_view path = record.FullPath();
+    const FileDataEntry record = store_[(*rows_)[ViewRow(row)]];
+    const std::string_view path = composer_.FullPath(record);
     switch (role) {
     case ItemIndexRole:
         return record.ItemIndex;
@@ -194,8 +194,8 @@ void ResultListModel::Order() {
     std::vector<std::string> texts;
     std::vector<int64_t> times;
     for (const int32_t record : *rows_) {
-        const FileDataEntry& entry = store_[record];
-        const std::string_view path = entry.FullPath();
+        const FileDataEntry entry = store_[record];
+        const std::string_view path = composer_.FullPath(entry);
         if (sortColumn_ == Modified) {
             times.push_back(entry.LastWriteTime);
         } else {

@@ -2,6 +2,7 @@
 
 #include <QAbstractTableModel>
 #include <QStringList>
+#include "search/FileDataArray.h"
 #include <cstdint>
 #include <vector>
 
@@ -55,6 +56,7 @@ private:
     void Order();
 
     const FileDataArray& store_;
+    mutable PathComposer composer_;
     const std::vector<int32_t>* rows_ = nullptr;
     QStringList texts_;
     bool report_ = false;

@@ -97,14 +97,15 @@ int ResultViews::AddMaskView(const QString& mask, std::vector<int32_t> rows) {
 
 int ResultViews::FindRow(int tab, std::string_view path) const {
     const std::vector<int32_t>& rows = views_[static_cast<size_t>(tab)].rows;
+    PathComposer composer(store_);
     for (size_t row = 0; row < rows.size(); ++row) {
-        if (store_[rows[row]].FullPath() == path) {
+        if (composer.FullPath(rows[row]) == path) {
             return static_cast<int>(row);
         }
     }
     const std::string lowered = LowerCaseName(path);
     for (size_t row = 0; row < rows.size(); ++row) {
-        if (LowerCaseName(store_[rows[row]].FullPath()) == lowered) {
+        if (LowerCaseName(composer.FullPath(rows[row])) == lowered) {
             return static_cast<int>(row);
         }
     }

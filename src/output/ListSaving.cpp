@@ -33,18 +33,35 @@ std::string WriteStore(const FileDataArray& store, const std::string& path,
         return {};
     }
     // The last slot is never written: kept as the program always did.
-    std::vector<std::string_view> paths;
-    paths.reserve(static_cast<size_t>(upper));
-    for (int32_t i = 0; i < upper; ++i) {
-        paths.push_back(store[i].FullPath());
-    }
     progress.start(upper);
+    std::string error;
     if (sorted) {
+        std::vector<std::string> paths;
+        paths.reserve(static_cast<size_t>(upper));
+        for (int32_t i = 0; i < upper; ++i) {
+            paths.push_back(store[i].FullPath());
+        }
         progress.message(SortingMessage(upper));
         SortStrings(paths, 0, static_cast<int>(paths.size()) - 1);
+        progress.message(WritingMessage(upper));
+        error = Write(path, paths, &progress);
+    } else {
+        progress.message(WritingMessage(upper));
+        TextFile file;
+        if (!file.Open(path, TextFile::Mode::Replace)) {
+            error = file.Error();
+        } else {
+            PathComposer composer(store);
+            for (int32_t i = 0; i < upper; ++i) {
+                file.WriteLine(composer.FullPath(i));
+                if (i % 20 == 1) {
+                    progress.step();
+                }
+            }
+            file.Close();
+            error = file.Error();
+        }
     }
-    progress.message(WritingMessage(upper));
-    std::string error = Write(path, paths, &progress);
     progress.finish();
     return error;
 }

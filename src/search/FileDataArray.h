@@ -2,6 +2,7 @@
 
 #include <cassert>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
@@ -9,22 +10,27 @@
 #include <unordered_map>
 #include <vector>
 
-// One found object. Compact on purpose (32 bytes): a search may store millions of them. The
-// path bytes live in the store's arena and the extension is shared by every record of its
-// type; `Remark` and `RemarkDate`, written by few file commands, are kept beside the store.
+class FileDataArray;
+
+// One found object, as read from the store: a small view made on access. The store keeps each
+// record in 20 bytes (its time, its name, its folder and its extension by number) and each
+// folder once, as its parent and its own name, so millions of records stay small.
 struct FileDataEntry {
     int32_t ItemIndex = 0;
-    uint32_t pathSize = 0;
-    const char* pathData = nullptr;
-    const std::string* extension = nullptr;
     int64_t LastWriteTime = 0; // 100-ns ticks since 1601-01-01 UTC; 0 for folders
 
     // Folder path plus name, exactly the bytes the file system gave.
-    std::string_view FullPath() const { return {pathData, pathSize}; }
+    std::string FullPath() const;
+    // The folder's path, ending in "/", and the name in it.
+    std::string Folder() const;
+    std::string_view Name() const { return name; }
     // Lower-cased, dot included; empty for folders and names without a dot.
-    std::string_view Extension() const {
-        return extension ? std::string_view(*extension) : std::string_view{};
-    }
+    std::string_view Extension() const { return extension; }
+
+    const FileDataArray* store = nullptr;
+    uint32_t folder = 0;
+    std::string_view name;
+    std::string_view extension;
 };
 
 // `FileDataArray`: the result store of the last search, indexed from 0 with an explicit upper
@@ -32,6 +38,8 @@ struct FileDataEntry {
 // empty records. Storage grows in blocks, so growing never copies what is stored.
 class FileDataArray {
 public:
+    static constexpr uint32_t kNoFolder = 0xFFFFFFFFu;
+
     FileDataArray();
     ~FileDataArray();
     FileDataArray(const FileDataArray&) = delete;
@@ -48,49 +56,100 @@ public:
     // Number of slots (UBound() + 1).
     int32_t Size() const { return upper_ + 1; }
 
-    const FileDataEntry& operator[](int32_t index) const { return Slot(index); }
+    FileDataEntry operator[](int32_t index) const;
 
-    // Stores a record at `index` with `ItemIndex` = index and `FullPath` = folder + name.
-    void Store(int32_t index, std::string_view folder, std::string_view name,
+    // A folder for records to name: `segment` is the text that follows its parent's path, its
+    // name and "/" (for a top folder, with kNoFolder as parent, its whole path).
+    uint32_t AddFolder(uint32_t parent, std::string_view segment);
+    // The folder's path, ending in "/", written over `out`.
+    void FolderPath(uint32_t folder, std::string& out) const;
+
+    // Stores a record at `index` with `ItemIndex` = index and `FullPath` = folder path + name.
+    void Store(int32_t index, uint32_t folder, std::string_view name, std::string_view extension,
+               int64_t lastWriteTime);
+    // The same, for a folder given by its path.
+    void Store(int32_t index, std::string_view folderPath, std::string_view name,
                std::string_view extension, int64_t lastWriteTime);
     // Replaces a record's extension (the census marks files without one as ".").
     void SetExtension(int32_t index, std::string_view extension);
+    // The number the store gives an extension, -1 when no record has it; records compare fast.
+    int64_t ExtensionNumber(std::string_view extension) const;
+    uint32_t ExtensionNumberOf(int32_t index) const { return Slot(index).extension & kExtensionMask; }
 
     std::string_view Remark(int32_t index) const;
     std::string_view RemarkDate(int32_t index) const;
     void SetRemark(int32_t index, std::string_view remark, std::string_view remarkDate = {});
 
-    // Bytes held for paths (for the benchmark's memory accounting).
-    size_t PathBytes() const { return pathBytes_; }
+    // Bytes held for names and folders (for the benchmark's memory accounting).
+    size_t TextBytes() const { return textBytes_; }
+    // Changes whenever the store is emptied, so a folder number kept from before is known stale.
+    uint64_t Generation() const { return generation_; }
 
 private:
+    struct Record {
+        uint32_t timeLow = 0;
+        uint32_t timeHigh = 0;
+        uint32_t folder = kNoFolder; // kNoFolder: an empty slot
+        uint32_t nameLow = 0;        // where the name is in the text chunks, low 32 bits...
+        uint32_t extension = 0;      // ...the high 8 above the extension's 24-bit number
+    };
+    struct FolderRecord {
+        uint32_t parent;
+        uint64_t segment;
+    };
     static constexpr int kBlockShift = 12;
     static constexpr int32_t kBlockSize = 1 << kBlockShift;
+    static constexpr uint32_t kExtensionMask = 0xFFFFFF;
 
-    FileDataEntry& Slot(int32_t index) const {
+    Record& Slot(int32_t index) const {
         // Storing or reading past the bounds is a fault of the caller; debug builds stop there.
         assert(index >= 0 && index <= upper_);
         return blocks_[index >> kBlockShift][index & (kBlockSize - 1)];
     }
-    const char* CopyPath(std::string_view folder, std::string_view name);
-    const std::string* Intern(std::string_view extension);
+    uint64_t AddText(std::string_view text);
+    std::string_view Text(uint64_t ref) const;
+    uint32_t Intern(std::string_view extension);
 
     int32_t upper_ = -1;
-    std::vector<std::unique_ptr<FileDataEntry[]>> blocks_;
+    uint64_t generation_ = 0;
+    std::vector<std::unique_ptr<Record[]>> blocks_;
 
-    std::vector<std::unique_ptr<char[]>> arena_;
-    char* arenaNext_ = nullptr;
-    size_t arenaLeft_ = 0;
-    size_t pathBytes_ = 0;
+    // Names and folder segments, each after its length; a text never spans two chunks.
+    std::vector<std::unique_ptr<char[]>> chunks_;
+    size_t chunkUsed_ = 0;
+    size_t chunkSize_ = 0;
+    size_t textBytes_ = 0;
 
-    std::unordered_map<std::string_view, std::unique_ptr<std::string>> extensions_;
-    const std::string* lastExtension_ = nullptr;
+    std::vector<FolderRecord> folders_;
+    std::string lastFolderPath_;
+    uint32_t lastFolder_ = kNoFolder;
+
+    // Number 0 is "no extension".
+    std::deque<std::string> extensions_;
+    std::unordered_map<std::string_view, uint32_t> extensionNumbers_;
+    uint32_t lastExtension_ = 0;
 
     struct Remarks {
         std::string remark;
         std::string date;
     };
     std::unordered_map<int32_t, Remarks> remarks_;
+};
+
+// Composes full paths one after another without allocating for each: the folder of the last
+// path is kept. The view returned lasts until the next call.
+class PathComposer {
+public:
+    explicit PathComposer(const FileDataArray& store) : store_(store) {}
+    std::string_view FullPath(int32_t index);
+    std::string_view FullPath(const FileDataEntry& entry);
+
+private:
+    const FileDataArray& store_;
+    uint64_t generation_ = 0;
+    uint32_t folder_ = FileDataArray::kNoFolder;
+    size_t folderSize_ = 0;
+    std::string path_;
 };
 
 // The records whose extension is exactly `extension` (byte for byte), in store order: what a

@@ -253,7 +253,7 @@ bool FolderWalk::Walk(const std::string& folderPath) {
                 if (options_.FoldersOnly) {
                     ++counters_.ObjectCount;
                     GrowStoreIfNeeded();
-                    store_.Store(counters_.MatchedCount, path_, name, {}, 0);
+                    store_.Store(counters_.MatchedCount, StoreFolder(depth), name, {}, 0);
                     if (counters_.ObjectCount % 100 == 1 && listener_) {
                         listener_->ObjectsCounted(counters_.ObjectCount - 1);
                     }
@@ -317,11 +317,23 @@ void FolderWalk::StoreFile(size_t level, std::string_view name) {
     }
     const std::string_view extension = ExtensionOf(name);
     if (IsLowerAscii(extension)) {
-        store_.Store(counters_.MatchedCount, path_, name, extension, time);
+        store_.Store(counters_.MatchedCount, StoreFolder(level), name, extension, time);
     } else {
-        store_.Store(counters_.MatchedCount, path_, name, LowerCaseName(extension), time);
+        store_.Store(counters_.MatchedCount, StoreFolder(level), name, LowerCaseName(extension),
+                     time);
     }
     ++counters_.MatchedCount;
+}
+
+// The level's folder in the store, added with its ancestors the first time a record needs it.
+uint32_t FolderWalk::StoreFolder(size_t level) {
+    Level& l = levels_[level];
+    if (l.folder == FileDataArray::kNoFolder) {
+        const uint32_t parent = level == 0 ? FileDataArray::kNoFolder : StoreFolder(level - 1);
+        const std::string_view segment(path_.data() + l.nameStart, l.nameEnd + 1 - l.nameStart);
+        l.folder = store_.AddFolder(parent, level == 0 ? std::string_view(rootPath_) : segment);
+    }
+    return l.folder;
 }
 
 // Opens a subfolder of the current level and makes it the current level. Returns false when

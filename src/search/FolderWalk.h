@@ -83,6 +83,7 @@ private:
         size_t nameEnd = 0;   // where it ends (before the "/")
         dev_t dev = 0;
         ino_t ino = 0;
+        uint32_t folder = FileDataArray::kNoFolder; // in the store, once something is stored
         bool Finished() const { return pos >= entries.size(); }
     };
 
@@ -97,6 +98,7 @@ private:
     bool AfterEntry();
     void GrowStoreIfNeeded();
     void StoreFile(size_t level, std::string_view name);
+    uint32_t StoreFolder(size_t level);
 
     const SearchOptions& options_;
     FileDataArray& store_;
