@@ -11,6 +11,8 @@
 #include <climits>
 #include <filesystem>
 #include <functional>
+#include <random>
+#include <tuple>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <strings.h>
@@ -23,21 +25,27 @@ namespace {
 // Records what a status line would show, and can raise the cancel flag part-way.
 class RecordingListener : public WalkListener {
 public:
-    void ObjectsCounted(int64_t shown) override { objects.push_back(ObjectsText(shown)); }
+    void ObjectsCounted(int64_t shown) override {
+        objects.push_back(ObjectsText(shown));
+        events.push_back(objects.back());
+    }
     void FolderEntered(std::string_view name, int64_t objects, int32_t matched) override {
         folders.push_back(FolderMessageTexts(name, objects, matched).part0);
+        events.push_back(folders.back());
         if (onFolder) {
             onFolder(folders.back());
         }
     }
     void Yield() override {
         ++yields;
+        events.push_back({});
         if (onYield) {
             onYield();
         }
     }
     std::vector<QString> objects;
     std::vector<QString> folders;
+    std::vector<QString> events; // all of the above, in order; a yield as an empty text
     int yields = 0;
     std::function<void()> onYield;
     std::function<void(const QString&)> onFolder;
@@ -383,6 +391,56 @@ TEST(FolderWalk, StatusCadenceIsEvery4000FilesAndEvery100Folders) {
     Search(f.Root(), options, &folders);
     EXPECT_EQ(folders.objects, (std::vector<QString>{"Objects: 0", "Objects: 100", "Objects: 200"}));
     EXPECT_TRUE(folders.folders.empty()) << "no folder messages with progress off";
+}
+
+// Reading ahead on several threads must not change a thing the walk stores or reports.
+TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
+    std::mt19937 random(20261122);
+    for (int tree = 0; tree < 6; ++tree) {
+        SCOPED_TRACE("tree " + std::to_string(tree));
+        TestTree t;
+        const int folders = 10 + static_cast<int>(random() % 60);
+        std::vector<std::string> made{""};
+        for (int i = 0; i < folders; ++i) {
+            const std::string parent = made[random() % made.size()];
+            const char* prefix = random() % 12 == 0 ? "." : "d";
+            made.push_back(parent + prefix + std::to_string(i) + "/");
+            t.Folder(made.back());
+        }
+        for (int i = 0; i < 8 * folders; ++i) {
+            static const char* const kEnds[] = {".txt", ".TXT", ".log", "", ".tar.gz", ".\xff"};
+            const std::string& folder = made[random() % made.size()];
+            const std::string name = "f" + std::to_string(i) + kEnds[random() % 6];
+            if (random() % 25 == 0) {
+                t.Link(folder + name, "../" + name);
+            } else {
+                t.File(folder + name);
+                t.SetTime(folder + name, 1700000000 + i, i);
+            }
+        }
+        for (const auto& [mask, expected, foldersOnly] :
+             {std::tuple{"*.txt", 1, false}, {"*.*", 1, false}, {"*.log", 0, false},
+              {"*.*", 1, true}}) {
+            SearchOptions options = Options(mask);
+            options.ExpectedMatch = expected;
+            options.FoldersOnly = foldersOnly;
+            options.Threads = 1;
+            RecordingListener alone;
+            const Outcome one = Search(t.Root(), options, &alone);
+            for (const int threads : {2, 8, 8}) {
+                SCOPED_TRACE(std::string(mask) + " on threads: " + std::to_string(threads));
+                options.Threads = threads;
+                RecordingListener many;
+                const Outcome more = Search(t.Root(), options, &many);
+                EXPECT_EQ(more.paths, one.paths);
+                EXPECT_EQ(more.extensions, one.extensions);
+                EXPECT_EQ(more.times, one.times);
+                EXPECT_EQ(more.counters.ObjectCount, one.counters.ObjectCount);
+                EXPECT_EQ(more.upperBound, one.upperBound);
+                EXPECT_EQ(many.events, alone.events);
+            }
+        }
+    }
 }
 
 } // namespace

@@ -41,6 +41,7 @@ constexpr const char* kUsage =
     "                   [--no-recurse]\n"
     "  tallymoor trash ROOT MASK [--folders-only] [--except] [--no-recurse] [--yes]\n"
     "  tallymoor copy ROOT MASK DEST [--except] [--no-recurse]\n"
+    "  (each of them also takes --threads N)\n"
     "  tallymoor --help | --version\n"
     "\n"
     "search walks ROOT depth first and prints every path the search keeps, one per line, in\n"
@@ -74,6 +75,9 @@ constexpr const char* kUsage =
     "  --report FILE    also write the census report to FILE (a new file: an existing one\n"
     "                   is never replaced)\n"
     "  --yes            trash without asking\n"
+    "  --threads N      read folders on N threads (default: one per processor, at most 8;\n"
+    "                   1 reads them on the walking thread); what is found and its order\n"
+    "                   are the same\n"
     "  --               end of options (for a ROOT or MASK that begins with \"-\")\n"
     "\n"
     "Exit status: 0 something found, 1 nothing found (or ROOT is not a folder),\n"
@@ -200,6 +204,15 @@ bool ParseRequest(const std::vector<std::string>& args, Request& request, std::F
             request.filter = static_cast<int>(filter);
         } else if (census && a == "--report" && hasValue) {
             request.report = args[++i];
+        } else if (a == "--threads" && hasValue) {
+            const std::string& value = args[++i];
+            char* end = nullptr;
+            const long threads = std::strtol(value.c_str(), &end, 10);
+            if (value.empty() || *end != '\0' || threads < 1 || threads > 64) {
+                std::fprintf(err, "tallymoor: --threads takes 1 to 64, not '%s'\n", value.c_str());
+                return false;
+            }
+            request.options.Threads = static_cast<int>(threads);
         } else {
             std::fprintf(err, "tallymoor: unknown option '%s'\n%s", args[i].c_str(), kUsage);
             return false;

@@ -34,16 +34,19 @@ int CountOpenDescriptors() {
     return count;
 }
 
-// Half of what the process may still open, less a few for the rest of the program; the walk
-// itself needs two at the deepest point (a folder and the subfolder being opened).
-int DefaultKeptLevels() {
+long SpareDescriptors() {
     rlimit limit{};
     rlim_t soft = 1024;
     if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
         soft = limit.rlim_cur;
     }
-    const long spare = static_cast<long>(soft) - CountOpenDescriptors();
-    return static_cast<int>(std::clamp<long>(spare / 2 - 2, 0, kMostKeptLevels));
+    return static_cast<long>(soft) - CountOpenDescriptors();
+}
+
+// Half of what the process may still open, less a few for the rest of the program; the walk
+// itself needs two at the deepest point (a folder and the subfolder being opened).
+int DefaultKeptLevels() {
+    return static_cast<int>(std::clamp<long>(SpareDescriptors() / 2 - 2, 0, kMostKeptLevels));
 }
 
 bool OutOfDescriptors(int error) {
@@ -218,6 +221,14 @@ bool FolderWalk::Walk(const std::string& folderPath) {
         levels_.clear();
         return true;
     }
+    const int threads = options_.Threads > 0 ? options_.Threads : FolderReadAhead::DefaultThreads();
+    // Each reader holds a descriptor while it reads: with few to spare, one thread walks alone.
+    if (threads > 1 && options_.Recurse && !testOpen_ && SpareDescriptors() >= 4L * threads + 16) {
+        ResolveUnknownTypes(root.Get(), first.entries);
+        readAhead_ = std::make_unique<FolderReadAhead>(
+            UniqueFd(fcntl(root.Get(), F_DUPFD_CLOEXEC, 0)), threads, options_, cancel_);
+        readAhead_->Offer({}, {}, first.entries);
+    }
     first.fd = std::move(root);
 
     while (!levels_.empty()) {
@@ -244,6 +255,7 @@ bool FolderWalk::Walk(const std::string& folderPath) {
         if (isFolder) {
             // "." and "..", and deliberately every folder whose name begins with a dot.
             if (name.front() != '.') {
+                const uint32_t ordinal = level.subfolders++;
                 if (counters_.ObjectCount % 500 == 1 && listener_) {
                     listener_->Yield();
                 }
@@ -263,7 +275,7 @@ bool FolderWalk::Walk(const std::string& folderPath) {
                     listener_->FolderEntered(name, counters_.ObjectCount, counters_.MatchedCount);
                 }
                 // Once inside, the step after this entry waits until the subfolder is done.
-                if (options_.Recurse && Descend(name)) {
+                if (options_.Recurse && Descend(name, ordinal)) {
                     continue;
                 }
             }
@@ -282,6 +294,7 @@ bool FolderWalk::Walk(const std::string& folderPath) {
         }
     }
     levels_.clear();
+    readAhead_.reset();
     return true;
 }
 
@@ -311,8 +324,11 @@ void FolderWalk::StoreFile(size_t level, std::string_view name) {
     // `name` points into the level's records, which end each name with a NUL.
     struct stat st {};
     int64_t time = 0;
-    const int fd = LevelFd(level);
-    if (fd >= 0 && fstatat(fd, name.data(), &st, AT_SYMLINK_NOFOLLOW) == 0) {
+    Level& l = levels_[level];
+    if (l.readAhead) {
+        time = l.nextTime < l.times.size() ? l.times[l.nextTime++] : 0;
+    } else if (const int fd = LevelFd(level);
+               fd >= 0 && fstatat(fd, name.data(), &st, AT_SYMLINK_NOFOLLOW) == 0) {
         time = ToFileTime(st.st_mtim.tv_sec, st.st_mtim.tv_nsec);
     }
     const std::string_view extension = ExtensionOf(name);
@@ -338,8 +354,20 @@ uint32_t FolderWalk::StoreFolder(size_t level) {
 
 // Opens a subfolder of the current level and makes it the current level. Returns false when
 // it cannot be opened or read (skipped silently) or when a cancel is already raised.
-bool FolderWalk::Descend(std::string_view name) {
+bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     const size_t depth = levels_.size() - 1;
+    Level child;
+    std::string relative;
+    if (readAhead_) {
+        child.place = levels_[depth].place;
+        child.place.push_back(ordinal);
+        if (TakeReadAhead(child, name, relative)) {
+            return true;
+        }
+        if (cancel_.IsRaised()) {
+            return false;
+        }
+    }
     const int parentFd = LevelFd(depth);
     if (parentFd < 0) {
         return false;
@@ -349,9 +377,13 @@ bool FolderWalk::Descend(std::string_view name) {
     if (!fd || fstat(fd.Get(), &st) != 0) {
         return false;
     }
-    Level child;
     if (!ReadEntries(fd.Get(), child.entries) || cancel_.IsRaised()) {
         return false;
+    }
+    if (readAhead_) {
+        // Its subfolders are read ahead like any other's: types known, so counted the same.
+        ResolveUnknownTypes(fd.Get(), child.entries);
+        readAhead_->Offer(child.place, relative, child.entries);
     }
     child.fd = std::move(fd);
     child.dev = st.st_dev;
@@ -362,6 +394,30 @@ bool FolderWalk::Descend(std::string_view name) {
     path_ += '/';
     levels_.push_back(std::move(child));
     // Deep down, the parent gives its descriptor back; its entries are already read.
+    if (static_cast<int>(depth) >= keptLevels_) {
+        levels_[depth].fd.Close();
+    }
+    return true;
+}
+
+// The subfolder from the read-ahead, made the current level; false when the walk must read it.
+bool FolderWalk::TakeReadAhead(Level& child, std::string_view name, std::string& relative) {
+    relative.assign(path_, rootPath_.size()).append(name).push_back('/');
+    FolderReadAhead::Folder folder;
+    if (!readAhead_->Take(child.place, relative, folder) || cancel_.IsRaised()) {
+        return false;
+    }
+    child.entries = std::move(folder.entries);
+    child.times = std::move(folder.times);
+    child.readAhead = true;
+    child.dev = folder.dev;
+    child.ino = folder.ino;
+    const size_t depth = levels_.size() - 1;
+    child.nameStart = path_.size();
+    path_.append(name);
+    child.nameEnd = path_.size();
+    path_ += '/';
+    levels_.push_back(std::move(child));
     if (static_cast<int>(depth) >= keptLevels_) {
         levels_[depth].fd.Close();
     }

@@ -2,10 +2,12 @@
 
 #include "platform/UniqueFd.h"
 #include "search/FileDataArray.h"
+#include "search/FolderReadAhead.h"
 #include "search/MaskMatcher.h"
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -20,6 +22,7 @@ struct SearchOptions {
     bool FoldersOnly = false;
     bool ShowFolderProgress = true;
     int ExpectedMatch = 1; // 1: list what matches the mask; 0: list every file that matches none
+    int Threads = 0;       // threads reading folders ahead of the walk; 0: one per processor
     std::string MaskText;
 };
 
@@ -54,6 +57,9 @@ public:
 // checking that it is still the same folder: so neither the open-file limit nor a folder moved
 // during the walk ends a level that is still there. Running out of descriptors gives kept ones
 // back and tries again: it is never taken for an unreadable folder.
+//
+// With more than one thread, folders are read ahead (FolderReadAhead) while this thread stores:
+// what it stores, in what order, and what it reports on the way stay those of one thread.
 class FolderWalk {
 public:
     FolderWalk(const SearchOptions& options, FileDataArray& store, SearchCounters& counters,
@@ -72,7 +78,10 @@ public:
 
     // Replaces openat(2) for subfolders; tests make chosen folders fail.
     using OpenFolderFunction = std::function<int(int dirFd, const char* name, int flags)>;
-    void SetOpenFolderForTesting(OpenFolderFunction open) { openFolder_ = std::move(open); }
+    void SetOpenFolderForTesting(OpenFolderFunction open) {
+        openFolder_ = std::move(open);
+        testOpen_ = true;
+    }
 
 private:
     struct Level {
@@ -84,10 +93,16 @@ private:
         dev_t dev = 0;
         ino_t ino = 0;
         uint32_t folder = FileDataArray::kNoFolder; // in the store, once something is stored
+        FolderReadAhead::Place place; // for the read-ahead: the subfolders taken from the root
+        uint32_t subfolders = 0;      // subfolders met so far
+        std::vector<int64_t> times;   // read ahead: the times of the files to store
+        size_t nextTime = 0;
+        bool readAhead = false;
         bool Finished() const { return pos >= entries.size(); }
     };
 
-    bool Descend(std::string_view name);
+    bool Descend(std::string_view name, uint32_t ordinal);
+    bool TakeReadAhead(Level& child, std::string_view name, std::string& relative);
     void Ascend();
     int LevelFd(size_t level);
     bool ReopenFromAncestor(size_t level);
@@ -114,4 +129,6 @@ private:
     std::string path_;
     std::string rootPath_;
     std::vector<char> scratch_; // getdents64's buffer, shared by every level
+    bool testOpen_ = false;
+    std::unique_ptr<FolderReadAhead> readAhead_;
 };

@@ -1,0 +1,249 @@
+#include "search/FolderReadAhead.h"
+
+#include "platform/CancelFlag.h"
+#include "search/FolderWalk.h"
+#include "search/MaskMatcher.h"
+#include "search/PathText.h"
+
+#include <algorithm>
+#include <chrono>
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr size_t kMostHeld = 256;
+constexpr size_t kScratchSize = 32 * 1024;
+
+template <class Visit>
+void ForEachEntry(std::vector<char>& entries, Visit visit) {
+    for (size_t pos = 0; pos < entries.size();) {
+        auto* entry = reinterpret_cast<dirent64*>(entries.data() + pos);
+        pos += entry->d_reclen;
+        visit(*entry);
+    }
+}
+
+bool IsSubfolder(const dirent64& entry) {
+    return entry.d_type == DT_DIR && entry.d_name[0] != '.';
+}
+
+} // namespace
+
+void ResolveUnknownTypes(int dirFd, std::vector<char>& entries) {
+    ForEachEntry(entries, [dirFd](dirent64& entry) {
+        if (entry.d_type == DT_UNKNOWN) {
+            struct stat st {};
+            const bool folder =
+                fstatat(dirFd, entry.d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
+            entry.d_type = folder ? DT_DIR : DT_REG;
+        }
+    });
+}
+
+int FolderReadAhead::DefaultThreads() {
+    const long online = sysconf(_SC_NPROCESSORS_ONLN);
+    return static_cast<int>(std::clamp<long>(online, 1, 8));
+}
+
+FolderReadAhead::FolderReadAhead(UniqueFd root, int readers, const SearchOptions& options,
+                                 const CancelFlag& cancel)
+    : root_(std::move(root)), options_(options), cancel_(cancel), walkReader_(options.MaskText) {
+    for (int i = 0; i < readers; ++i) {
+        threads_.emplace_back([this] { Run(); });
+    }
+}
+
+FolderReadAhead::~FolderReadAhead() {
+    {
+        const std::lock_guard lock(mutex_);
+        stop_ = true;
+    }
+    work_.notify_all();
+    for (std::thread& thread : threads_) {
+        thread.join();
+    }
+}
+
+void FolderReadAhead::AddSubfolders(const Place& place, std::string_view path,
+                                    const std::vector<char>& entries) {
+    Place child = place;
+    child.push_back(0);
+    for (size_t pos = 0; pos < entries.size();) {
+        const auto* entry = reinterpret_cast<const dirent64*>(entries.data() + pos);
+        pos += entry->d_reclen;
+        if (IsSubfolder(*entry)) {
+            auto [it, added] = jobs_.try_emplace(child);
+            if (!added) {
+                held_ -= it->second.state == State::Read ? 1 : 0;
+                it->second = Job{};
+            }
+            it->second.path.append(path).append(entry->d_name).push_back('/');
+            ++child.back();
+        }
+    }
+}
+
+void FolderReadAhead::WakeReader(std::unique_lock<std::mutex>& lock) {
+    const bool idle = idleReaders_ > 0;
+    lock.unlock();
+    if (idle) {
+        work_.notify_one();
+    }
+}
+
+void FolderReadAhead::Offer(const Place& place, std::string_view path,
+                            const std::vector<char>& entries) {
+    std::unique_lock lock(mutex_);
+    AddSubfolders(place, path, entries);
+    WakeReader(lock);
+}
+
+bool FolderReadAhead::Take(const Place& place, std::string_view path, Folder& into) {
+    std::unique_lock lock(mutex_);
+    // The walk goes on from here: nothing before this place is of use any more.
+    const auto Drop = [this](std::map<Place, Job>::iterator it) {
+        held_ -= it->second.state == State::Read ? 1 : 0;
+        return jobs_.erase(it);
+    };
+    for (auto it = jobs_.begin(); it != jobs_.end() && it->first < place;) {
+        it = Drop(it);
+    }
+    auto it = jobs_.find(place);
+    while (it != jobs_.end() && it->second.state == State::Reading && !cancel_.IsRaised()) {
+        // Rather than sleep until a reader is done, the walk reads the next folder to come.
+        if (const auto next = NextToRead(); next != jobs_.end()) {
+            ReadJob(lock, next, walkReader_);
+        } else {
+            walkWaiting_ = true;
+            done_.wait_for(lock, std::chrono::milliseconds(10));
+            walkWaiting_ = false;
+        }
+        it = jobs_.find(place);
+    }
+    bool taken = false;
+    if (it != jobs_.end()) {
+        taken = it->second.state == State::Read && it->second.path == path;
+        if (taken) {
+            into = std::move(it->second.folder);
+            Drop(it);
+        } else {
+            // Whatever was read below a folder the walk reads itself is not its to use.
+            while (it != jobs_.end() && it->first.size() >= place.size() &&
+                   std::equal(place.begin(), place.end(), it->first.begin())) {
+                it = Drop(it);
+            }
+        }
+    }
+    WakeReader(lock);
+    return taken;
+}
+
+FolderReadAhead::Reader::Reader(const std::string& mask) : matcher(mask), scratch(kScratchSize) {
+}
+
+bool FolderReadAhead::Read(const std::string& path, Folder& folder, std::vector<char>& scratch,
+                           const MaskMatcher& matcher) const {
+    open_how how{};
+    how.flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
+    const UniqueFd fd(static_cast<int>(syscall(SYS_openat2, root_.Get(), path.c_str(), &how, sizeof how)));
+    struct stat st {};
+    if (!fd || fstat(fd.Get(), &st) != 0) {
+        return false;
+    }
+    folder.dev = st.st_dev;
+    folder.ino = st.st_ino;
+    size_t used = 0;
+    for (;;) {
+        if (scratch.size() - used < kScratchSize / 2) {
+            scratch.resize(scratch.size() * 2);
+        }
+        const long n = syscall(SYS_getdents64, fd.Get(), scratch.data() + used, scratch.size() - used);
+        if (n < 0 && used == 0) {
+            return false;
+        }
+        if (n <= 0) {
+            break;
+        }
+        used += static_cast<size_t>(n);
+    }
+    folder.entries.assign(scratch.begin(), scratch.begin() + static_cast<ptrdiff_t>(used));
+    if (scratch.size() > 32 * kScratchSize) {
+        scratch = std::vector<char>(kScratchSize);
+    }
+    ResolveUnknownTypes(fd.Get(), folder.entries);
+    if (options_.FoldersOnly) {
+        return true;
+    }
+    // The times of the files the walk will store, in the order it stores them.
+    const bool expected = options_.ExpectedMatch == 1;
+    ForEachEntry(folder.entries, [&](const dirent64& entry) {
+        if (entry.d_type != DT_DIR && matcher.Matches(entry.d_name) == expected) {
+            struct stat file {};
+            folder.times.push_back(fstatat(fd.Get(), entry.d_name, &file, AT_SYMLINK_NOFOLLOW) == 0
+                                       ? ToFileTime(file.st_mtim.tv_sec, file.st_mtim.tv_nsec)
+                                       : 0);
+        }
+    });
+    return true;
+}
+
+FolderReadAhead::Jobs::iterator FolderReadAhead::NextToRead() {
+    if (held_ >= kMostHeld || cancel_.IsRaised()) {
+        return jobs_.end();
+    }
+    return std::find_if(jobs_.begin(), jobs_.end(),
+                        [](const auto& job) { return job.second.state == State::Waiting; });
+}
+
+void FolderReadAhead::ReadJob(std::unique_lock<std::mutex>& lock,
+                              Jobs::iterator job, Reader& reader) {
+    const Place place = job->first;
+    const std::string path = job->second.path;
+    job->second.state = State::Reading;
+    ++held_;
+    lock.unlock();
+
+    Folder folder;
+    const bool read = Read(path, folder, reader.scratch, reader.matcher);
+
+    lock.lock();
+    const auto it = jobs_.find(place);
+    if (it == jobs_.end() || it->second.state != State::Reading || !read) {
+        --held_;
+        if (it != jobs_.end() && it->second.state == State::Reading) {
+            it->second.state = State::Failed;
+        }
+    } else {
+        AddSubfolders(place, path, folder.entries);
+        it->second.folder = std::move(folder);
+        it->second.state = State::Read;
+        // Its subfolders are more work: another reader may start on them.
+        if (idleReaders_ > 0) {
+            work_.notify_one();
+        }
+    }
+    if (walkWaiting_) {
+        done_.notify_one();
+    }
+}
+
+void FolderReadAhead::Run() {
+    Reader reader(options_.MaskText);
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        auto next = jobs_.end();
+        ++idleReaders_;
+        work_.wait(lock, [&] { return stop_ || (next = NextToRead()) != jobs_.end(); });
+        --idleReaders_;
+        if (stop_) {
+            return;
+        }
+        ReadJob(lock, next, reader);
+    }
+}

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "platform/UniqueFd.h"
+#include "search/MaskMatcher.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <thread>
+#include <vector>
+
+class CancelFlag;
+struct SearchOptions;
+
+// Reads folders ahead of a depth-first walk on reader threads, so that the walk, which stores
+// on one thread in its own order, finds each folder's entries (and the times of the files the
+// mask keeps) already read. A folder is named by its place in the walk: the numbers of the
+// subfolders taken, from the root down. Readers take the nearest folder to come first, and
+// hold at most a bounded number of folders read and not yet taken; what the walk has gone
+// past is dropped. Anything a reader could not read is simply read by the walk itself, so the
+// walk's results never depend on the readers.
+class FolderReadAhead {
+public:
+    using Place = std::vector<uint32_t>;
+    struct Folder {
+        std::vector<char> entries; // getdents64 records; d_type filled in where it was unknown
+        std::vector<int64_t> times; // for each file the mask keeps, in order; 0 when unknown
+        dev_t dev = 0;
+        ino_t ino = 0;
+    };
+
+    // `root` is the walk's root, opened; `readers` threads start at once.
+    FolderReadAhead(UniqueFd root, int readers, const SearchOptions& options,
+                    const CancelFlag& cancel);
+    ~FolderReadAhead();
+    FolderReadAhead(const FolderReadAhead&) = delete;
+    FolderReadAhead& operator=(const FolderReadAhead&) = delete;
+
+    // A folder the walk read itself: its subfolders become folders to read. `path` is relative
+    // to the root and, unless empty, ends in "/".
+    void Offer(const Place& place, std::string_view path, const std::vector<char>& entries);
+    // The folder at `place`, whose path relative to the root is `path`, when a reader has it
+    // (waiting while one reads it). False: the walk reads it itself. Taking a place drops
+    // every place before it.
+    bool Take(const Place& place, std::string_view path, Folder& into);
+
+    // Threads for reading by default: the processors online, at most 8.
+    static int DefaultThreads();
+
+private:
+    enum class State { Waiting, Reading, Read, Failed };
+    struct Job {
+        std::string path;
+        State state = State::Waiting;
+        Folder folder;
+    };
+
+    struct Reader {
+        explicit Reader(const std::string& mask);
+        MaskMatcher matcher;
+        std::vector<char> scratch;
+    };
+    using Jobs = std::map<Place, Job>;
+
+    void Run();
+    Jobs::iterator NextToRead();
+    void ReadJob(std::unique_lock<std::mutex>& lock, Jobs::iterator job, Reader& reader);
+    void WakeReader(std::unique_lock<std::mutex>& lock);
+    bool Read(const std::string& path, Folder& folder, std::vector<char>& scratch,
+              const MaskMatcher& matcher) const;
+    void AddSubfolders(const Place& place, std::string_view path, const std::vector<char>& entries);
+
+    UniqueFd root_;
+    const SearchOptions& options_;
+    const CancelFlag& cancel_;
+    std::map<Place, Job> jobs_;
+    size_t held_ = 0; // folders read and not taken, and folders being read
+    bool stop_ = false;
+    int idleReaders_ = 0;       // waiting for work: woken only then, wake-ups cost
+    bool walkWaiting_ = false;
+    std::mutex mutex_;
+    std::condition_variable work_;
+    std::condition_variable done_;
+    Reader walkReader_;
+    std::vector<std::thread> threads_;
+};
+
+// Looks up the type of every entry whose d_type is unknown, so the records say which are
+// folders (a failed lookup marks it a file, as the walk would take it).
+void ResolveUnknownTypes(int dirFd, std::vector<char>& entries);
