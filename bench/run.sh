@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
-# Times `tallymoor search` against find and bfs doing the same work on one generated tree, in
-# the same run: each tool once to warm the cache, then RUNS rounds, tools interleaved. Prints
-# median wall time, the ratio to bfs, peak resident memory, and what each tool listed.
+# Times `tallymoor search` against find, bfs and fd doing the same work on one generated tree,
+# in the same run: each tool once to warm the cache, then RUNS rounds, tools interleaved. Prints
+# median wall time, the ratio to bfs, peak resident memory, and what each tool listed. For "*.*"
+# tallymoor keeps each file's modification time, so find and bfs print it too (fd cannot).
 # Usage: bench/run.sh [N=1000000] [RUNS=5]     BENCH_DIR=... places the tree (default bench/out)
-# Then times the file-type census of 1 000 000 records against the list-searching count.
+# Then the memory of the "*.*" store, the window's work over it (census, type views, Select
+# All), and the census of 1 000 000 records against the list-searching count.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 n=${1:-1000000}
 runs=${2:-5}
 
-"$top/scripts/deps.sh" bfs findutils
+"$top/scripts/deps.sh" bfs findutils fd-find
 "$top/scripts/build.sh" >/dev/null
 
 dir=${BENCH_DIR:-$top/bench/out}
@@ -27,30 +29,30 @@ results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
 
 # The same selection for all three: folders whose name begins with "." pruned, links not
-# followed and listed like files, names matched without regard to case.
-command_for() { # query tool
+# followed and listed like files, names matched without regard to case. fd runs on two threads.
+set_command() { # query tool -> cmd
     local prune=(-name '.*' -type d -prune -o)
+    local fd=(fdfind -j 2 --no-ignore --hidden --exclude '.*/' --type f --type l)
     case "$1:$2" in
-    txt:tallymoor) echo "$tallymoor" search "$tree" '*.txt' ;;
-    txt:find) echo find "$tree" "${prune[@]}" '!' -type d -iname '*.txt' -print ;;
-    txt:bfs) echo bfs "$tree" "${prune[@]}" '!' -type d -iname '*.txt' -print ;;
-    all:tallymoor) echo "$tallymoor" search "$tree" '*.*' ;;
-    all:find) echo find "$tree" "${prune[@]}" '!' -type d -print ;;
-    all:bfs) echo bfs "$tree" "${prune[@]}" '!' -type d -print ;;
+    txt:tallymoor) cmd=("$tallymoor" search "$tree" '*.txt') ;;
+    txt:find) cmd=(find "$tree" "${prune[@]}" '!' -type d -iname '*.txt' -print) ;;
+    txt:bfs) cmd=(bfs "$tree" "${prune[@]}" '!' -type d -iname '*.txt' -print) ;;
+    txt:fd) cmd=("${fd[@]}" --ignore-case --glob '*.txt' "$tree") ;;
+    all:tallymoor) cmd=("$tallymoor" search "$tree" '*.*') ;;
+    all:find) cmd=(find "$tree" "${prune[@]}" '!' -type d -printf '%p %T@\n') ;;
+    all:bfs) cmd=(bfs "$tree" "${prune[@]}" '!' -type d -printf '%p %T@\n') ;;
+    all:fd) cmd=("${fd[@]}" . "$tree") ;;
     esac
 }
 
 run_one() { # query tool -> appends "seconds rss_kb bytes lines status"
     local cmd
-    read -r -a cmd <<<"$(command_for "$1" "$2")"
-    # the masks hold "*": keep them from the shell's globbing
-    set -f
+    set_command "$1" "$2"
     "$measure" -- "${cmd[@]}" >>"$results/$1-$2"
-    set +f
 }
 
 queries=(txt all)
-tools=(tallymoor bfs find)
+tools=(tallymoor bfs find fd)
 for q in "${queries[@]}"; do
     for t in "${tools[@]}"; do
         run_one "$q" "$t"
@@ -85,11 +87,12 @@ for q in "${queries[@]}"; do
 done
 echo
 read -r _ rss bytes lines _ < <(sort -k2 -n "$results/all-tallymoor" | tail -n 1)
-awk -v r="$rss" -v b="$bytes" -v l="$lines" 'BEGIN {
-    paths = b - l
-    printf "*.* memory: peak RSS %.1f MiB for %d records with %.1f MiB of path bytes: %.1f bytes per record beyond the paths\n",
-        r/1024, l, paths/1048576, (r*1024 - paths)/l }'
-read -r _ base _ < <("$measure" -- "$tallymoor" --version)
-echo "(of which the program's own baseline, tallymoor --version: $((base / 1024)) MiB)"
+empty=$(mktemp -d)
+read -r _ base _ < <("$measure" -- "$tallymoor" search "$empty" '*.*')
+rmdir "$empty"
+awk -v r="$rss" -v base="$base" -v b="$bytes" -v l="$lines" 'BEGIN {
+    printf "*.* memory: peak RSS %.1f MiB, %.1f MiB on an empty folder: %.1f bytes per record for %d records, everything included (their paths alone are %.1f bytes each)\n",
+        r/1024, base/1024, (r - base)*1024/l, l, (b - l)/l }'
 echo
+"$top/build/bench/viewbench" "$tree" "$runs" 2>/dev/null
 "$top/build/bench/censusbench" 1000000 "$runs"
