@@ -88,6 +88,7 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
         {{"search", "--", "-no-such-root", "*"}, 1, "", "No files matching"},
         {{"search", "/tmp"}, 2, "", "tallymoor: search needs ROOT and MASK"},
         {{"search", "/tmp", "*", "--bogus"}, 2, "", "tallymoor: unknown option '--bogus'"},
+        {{"search", "/tmp", "*", "--threads", "0"}, 2, "", "tallymoor: --threads takes 1 to 64, not '0'"},
         {{"frobnicate"}, 2, "", "tallymoor: unknown command 'frobnicate'"},
         {{"census", "--filter", "2", t.Root(), "*.txt"}, 0, ".txt\t\t1 files\n", "Objects: 3"},
         {{"census", "--filter", "3", t.Root(), "*.*"}, 0, "", "Objects: 3"},

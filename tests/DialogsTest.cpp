@@ -54,18 +54,6 @@ TEST(dlgProgress, MessageBarAndCancel) {
     EXPECT_FALSE(progress.isVisible());
 }
 
-TEST(dlgAbout, ShowsMemoryAndOpensTheProjectPage) {
-    TestTree t;
-    WriteBytes(t.Path("meminfo"), "MemTotal:       24684084 kB\nMemAvailable:   20971520 kB\n");
-    EXPECT_EQ(dlgAbout::MemoryText(QString::fromStdString(t.Path("meminfo"))),
-              "Physical memory: 23.5 GiB, of which 20.0 GiB available");
-    EXPECT_EQ(dlgAbout::MemoryText("/nonexistent"), "Physical memory: unknown");
-    RecordingDesktop desktop;
-    dlgAbout about(desktop);
-    emit about.findChild<QLabel*>("lblLink")->linkActivated(kProjectPage);
-    EXPECT_EQ(desktop.calls, std::vector<std::string>{std::string("url ") + kProjectPage});
-}
-
 TEST(dlgProperties, ShowsWhatTheFileSystemSays) {
     TestTree t;
     WriteBytes(t.Path("notes.txt"), "hello");
@@ -75,27 +63,6 @@ TEST(dlgProperties, ShowsWhatTheFileSystemSays) {
               QStringList({"notes.txt", "5 bytes", "-rw-r----- (640)"}));
     EXPECT_EQ(dlgProperties(t.Path("gone")).Field("Type"),
               "(cannot be read: it may have been moved or deleted)");
-}
-
-// A path in a message is never broken at a blank; when it must be, then after a "/".
-TEST(QtPrompts, PathsInMessagesStayWhole) {
-    const QFontMetrics metrics{QFont()};
-    const int room = metrics.horizontalAdvance("Confirm opening of /home/ann/a b/c d.txt") + 4;
-    const QChar nb(0xA0);
-    const std::pair<QString, QStringList> cases[] = {
-        {"Confirm opening of /home/ann/a b/c d.txt",
-         {"Confirm opening of /home/ann/a" + QString(nb) + "b/c" + nb + "d.txt"}},
-        {"Could not open ' /home/ann/a b/c d.txt ' with Editor: it failed",
-         {"Could not open '", "/home/ann/a" + QString(nb) + "b/c" + nb + "d.txt", "' with Editor: it failed"}},
-        {"Confirm opening of /home/ann/" + QString(40, 'x') + "/" + QString(40, 'y'),
-         {"Confirm opening of", "/home/ann/", QString(40, 'x') + "/", QString(40, 'y')}},
-        {"No path here, only words.", {"No path here, only words."}},
-    };
-    for (const auto& [text, lines] : cases) {
-        int widest = 0;
-        EXPECT_EQ(KeepPathsWhole(text, metrics, room, widest).split('\n'), lines);
-        EXPECT_LE(widest, room);
-    }
 }
 
 // The Masks menu's dialogs: every text of theirs, and the masks they build.

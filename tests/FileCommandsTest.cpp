@@ -14,11 +14,6 @@
 
 namespace {
 
-bool Exists(const std::string& path) {
-    struct stat st {};
-    return lstat(path.c_str(), &st) == 0;
-}
-
 struct ConfirmRow {
     PendingAction command;
     int selected;

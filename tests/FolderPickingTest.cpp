@@ -84,8 +84,6 @@ TEST(modBrowse, MissingStartCancelAndUnknownPurposes) {
     ASSERT_EQ(prompts.asked.size(), 1u);
     EXPECT_EQ(prompts.asked[0].text, "oops!");
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::None);
-    EXPECT_EQ(prompts.folderRequests[1].caption, "");
-    EXPECT_EQ(prompts.folderRequests[1].prompt, "");
     EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "9");
 
     modBrowse::RememberPickedFolder(6, "", profile);

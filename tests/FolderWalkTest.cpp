@@ -116,10 +116,6 @@ std::vector<std::string> Keep(std::vector<std::string> all,
 bool IsFolder(const std::string& p) {
     return !p.empty() && p.back() == '/';
 }
-// Without regard to ASCII case, as the masks of these tests need.
-bool EndsWith(const std::string& s, const std::string& end) {
-    return s.size() >= end.size() && strcasecmp(s.c_str() + s.size() - end.size(), end.c_str()) == 0;
-}
 
 // Descriptors the process holds (not counting the one that lists them).
 int OpenDescriptors() {

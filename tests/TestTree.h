@@ -39,3 +39,8 @@ std::vector<std::string> ReaddirOrder(const std::string& root);
 // A file's bytes, and a file written with exactly these bytes.
 std::string ReadBytes(const std::string& path);
 void WriteBytes(const std::string& path, const std::string& bytes);
+
+// Whether anything (a dangling link too) is at `path`.
+bool Exists(const std::string& path);
+// Whether `s` ends with `end`, without regard to ASCII case.
+bool EndsWith(const std::string& s, const std::string& end);

@@ -22,10 +22,6 @@ protected:
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
     }
-    static bool Exists(const std::string& path) {
-        struct stat st {};
-        return lstat(path.c_str(), &st) == 0;
-    }
     // The rows of a "Files Not Processed" list, cells joined by " | ".
     static QStringList Cells(const QTableWidget* list) {
         QStringList rows;

@@ -102,7 +102,8 @@ dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Promp
     lblTotalFiles = new QLabel(this);
     lblTotalFiles->setObjectName("lblTotalFiles");
 
-    const char* captions[] = {"&Export Type...", "&View as Tabs", "&Close", "Save &Report..."};
+    const char* captions[] = {QT_TR_NOOP("&Export Type..."), QT_TR_NOOP("&View as Tabs"),
+                              QT_TR_NOOP("&Close"), QT_TR_NOOP("Save &Report...")};
     auto* buttons = new QHBoxLayout;
     for (int i = 0; i < 4; ++i) {
         cmd[i] = new QPushButton(tr(captions[i]), this);

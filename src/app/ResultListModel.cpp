@@ -143,7 +143,8 @@ QVariant ResultListModel::headerData(int section, Qt::Orientation orientation, i
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole) {
         return {};
     }
-    static const char* const kHeaders[] = {"Name", "Folder", "Type", "Modified"};
+    static const char* const kHeaders[] = {QT_TR_NOOP("Name"), QT_TR_NOOP("Folder"), QT_TR_NOOP("Type"),
+                                           QT_TR_NOOP("Modified")};
     return section >= 0 && section < Columns ? tr(kHeaders[section]) : QVariant();
 }
 

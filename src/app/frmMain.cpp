@@ -139,7 +139,8 @@ void frmMain::BuildControls() {
     layout->addLayout(request);
 
     auto* options = new QHBoxLayout;
-    const char* optionTexts[] = {"Search subf&olders", "Fo&lders only", "Suppress up&dates"};
+    const char* optionTexts[] = {QT_TR_NOOP("Search subf&olders"), QT_TR_NOOP("Fo&lders only"),
+                                 QT_TR_NOOP("Suppress up&dates")};
     for (int i = 0; i < 3; ++i) {
         chkOpts[i] = new QCheckBox(tr(optionTexts[i]), central);
         chkOpts[i]->setObjectName(QStringLiteral("chkOpts_%1").arg(i));
@@ -149,7 +150,7 @@ void frmMain::BuildControls() {
     chkOpts[0]->setChecked(true);
     options->addStretch();
     auto* listTypes = new QButtonGroup(this);
-    const char* typeTexts[] = {"List mat&ches", "List all e&xcept matches"};
+    const char* typeTexts[] = {QT_TR_NOOP("List mat&ches"), QT_TR_NOOP("List all e&xcept matches")};
     for (int i = 0; i < 2; ++i) {
         optListTypes[i] = new QRadioButton(tr(typeTexts[i]), central);
         optListTypes[i]->setObjectName(QStringLiteral("optListTypes_%1").arg(i));

@@ -38,29 +38,29 @@ struct Option {
 // The General tab's check boxes, in their order.
 const Option kGeneral[] = {
     // "perfrom" is the program's own spelling.
-    {"Automatically perfrom a file system rescan after a file or folder move or deletion",
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Automatically perfrom a file system rescan after a file or folder move or deletion"),
      "AutoRescanAfterAction", &AppSettings::AutoRescanAfterAction},
-    {"Only when list contains less than", "AutoRescanUseMaximum", &AppSettings::AutoRescanUseMaximum},
-    {"When viewing contents of a folder, open Explorer in 'explore view'", "OpenFoldersWithExplore",
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Only when list contains less than"), "AutoRescanUseMaximum", &AppSettings::AutoRescanUseMaximum},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "When viewing contents of a folder, open Explorer in 'explore view'"), "OpenFoldersWithExplore",
      &AppSettings::OpenFoldersWithExplore},
-    {"When performing an Edit / Invert Selection command, retain the top index in view",
+    {QT_TRANSLATE_NOOP("dlgPreferences", "When performing an Edit / Invert Selection command, retain the top index in view"),
      "RetainTopIndex", &AppSettings::RetainTopIndex},
-    {"When a new start path selected using Browse dialog, automatically set *.* search",
+    {QT_TRANSLATE_NOOP("dlgPreferences", "When a new start path selected using Browse dialog, automatically set *.* search"),
      "AutoSDSOnNewSelection", &AppSettings::AutoSDSOnNewSelection},
-    {"Always show the File Type dialog following *.* search", "AlwaysShowCountWhenSDS",
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Always show the File Type dialog following *.* search"), "AlwaysShowCountWhenSDS",
      &AppSettings::AlwaysShowCountWhenSDS},
-    {"Sort file or folder results in ascending order before writing the results to disk",
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Sort file or folder results in ascending order before writing the results to disk"),
      "QSSortResultsOnSave", &AppSettings::QSSortResultsOnSave},
 };
 
 const Option kWarnings[] = {
-    {"Confirm file open (associated or notepad)", "ConfirmOnOpen", &AppSettings::ConfirmOnOpen},
-    {"Confirm 'Open With' command", "AskToOpenWith", &AppSettings::AskToOpenWith},
-    {"Confirm file or folder copying", "ConfirmOnCopy", &AppSettings::ConfirmOnCopy},
-    {"Confirm file or folder move commands", "ConfirmOnMove", &AppSettings::ConfirmOnMove},
-    {"Confirm folder deletion", "ConfirmOnFolderDelete", &AppSettings::ConfirmOnFolderDelete},
-    {"Confirm file deletion", "ConfirmOnFileDelete", &AppSettings::ConfirmOnFileDelete},
-    {"Confirm delete for every file", "ConfirmOnEachFileDelete",
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file open (associated or notepad)"), "ConfirmOnOpen", &AppSettings::ConfirmOnOpen},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm 'Open With' command"), "AskToOpenWith", &AppSettings::AskToOpenWith},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file or folder copying"), "ConfirmOnCopy", &AppSettings::ConfirmOnCopy},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file or folder move commands"), "ConfirmOnMove", &AppSettings::ConfirmOnMove},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm folder deletion"), "ConfirmOnFolderDelete", &AppSettings::ConfirmOnFolderDelete},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file deletion"), "ConfirmOnFileDelete", &AppSettings::ConfirmOnFileDelete},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm delete for every file"), "ConfirmOnEachFileDelete",
      &AppSettings::ConfirmOnEachFileDelete},
 };
 
@@ -70,21 +70,22 @@ struct Folder {
     std::string AppSettings::*field;
 };
 const Folder kFolders[] = {
-    {"Source Search Folder", "LastSourceFolder", &AppSettings::LastSourceFolder},
-    {"Copy File Target", "LastCopyFileTarget", &AppSettings::LastCopyFileTarget},
-    {"Copy Folder Target", "LastCopyFolderTarget", &AppSettings::LastCopyFolderTarget},
-    {"Move File Target", "LastMoveFileTarget", &AppSettings::LastMoveFileTarget},
-    {"Move Folder Target", "LastMoveFolderTarget", &AppSettings::LastMoveFolderTarget},
-    {"Network Source Folder", "LastSourceNetFolder", &AppSettings::LastSourceNetFolder},
-    {"Network Admin Source Folder", "LastSourceNetAdminFolder",
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Source Search Folder"), "LastSourceFolder", &AppSettings::LastSourceFolder},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Copy File Target"), "LastCopyFileTarget", &AppSettings::LastCopyFileTarget},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Copy Folder Target"), "LastCopyFolderTarget", &AppSettings::LastCopyFolderTarget},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Move File Target"), "LastMoveFileTarget", &AppSettings::LastMoveFileTarget},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Move Folder Target"), "LastMoveFolderTarget", &AppSettings::LastMoveFolderTarget},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Network Source Folder"), "LastSourceNetFolder", &AppSettings::LastSourceNetFolder},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Network Admin Source Folder"), "LastSourceNetAdminFolder",
      &AppSettings::LastSourceNetAdminFolder},
-    {"Report Output Folder", "LastOutputSaveDirectory", &AppSettings::LastOutputSaveDirectory},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Report Output Folder"), "LastOutputSaveDirectory", &AppSettings::LastOutputSaveDirectory},
 };
 
-const char* const kMaxItems[] = {"no maximum", "100", "200", "300", "400", "500", "1000", "2000"};
-const char* const kDoubleClick[] = {"opens the file or folder using the associated app.",
-                                    "opens the file or folder's property page.",
-                                    "performs a 'Select All' in the current list."};
+const char* const kMaxItems[] = {QT_TRANSLATE_NOOP("dlgPreferences", "no maximum"), "100", "200", "300", "400", "500", "1000", "2000"};
+const char* const kDoubleClick[] = {
+    QT_TRANSLATE_NOOP("dlgPreferences", "opens the file or folder using the associated app."),
+    QT_TRANSLATE_NOOP("dlgPreferences", "opens the file or folder's property page."),
+    QT_TRANSLATE_NOOP("dlgPreferences", "performs a 'Select All' in the current list.")};
 
 QColor FromBgr(int32_t bgr) {
     const auto v = static_cast<uint32_t>(bgr);
@@ -170,8 +171,9 @@ QWidget* dlgPreferences::GeneralTab() {
         });
     }
     for (auto [combo, caption, key] :
-         {std::tuple{&cboDC, "A double-click in the current list:", "DblClickAction"},
-          std::tuple{&cboDCS, "A shift-double-click in the current list:", "DblClickShiftAction"}}) {
+         {std::tuple{&cboDC, QT_TR_NOOP("A double-click in the current list:"), "DblClickAction"},
+          std::tuple{&cboDCS, QT_TR_NOOP("A shift-double-click in the current list:"),
+                     "DblClickShiftAction"}}) {
         *combo = new QComboBox(tab);
         (*combo)->setObjectName(key == std::string("DblClickAction") ? "cboDC" : "cboDCS");
         for (const char* item : kDoubleClick) {
@@ -265,7 +267,8 @@ QWidget* dlgPreferences::MasksTab() {
     txtMask = new QLineEdit(tab);
     txtMask->setObjectName("txtMask");
     auto* buttons = new QVBoxLayout;
-    const char* captions[] = {"&Delete", "&Add", "&Select", "&Reload", "Sor&t"};
+    const char* captions[] = {QT_TR_NOOP("&Delete"), QT_TR_NOOP("&Add"), QT_TR_NOOP("&Select"),
+                              QT_TR_NOOP("&Reload"), QT_TR_NOOP("Sor&t")};
     for (int i = 0; i < 5; ++i) {
         cmdMasks[i] = new QPushButton(tr(captions[i]), tab);
         cmdMasks[i]->setObjectName(QStringLiteral("cmdMasks_%1").arg(i));
