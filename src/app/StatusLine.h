@@ -20,8 +20,8 @@ public:
     void Clear(StatusPart part) { SetExact(part, {}); }
     QString Text(StatusPart part) const { return texts_[Index(part)]; }
 
-    // "save" keeps the five texts; "save&clear" keeps them, then clears; "restore" puts the kept
-    // parts 1 to 4 back (part 0 reads "Ready!": the kept message is deliberately not restored);
+    // "save" keeps the five texts; "save&clear" keeps them, then clears; "restore" puts the other
+    // four kept texts back (the message reads "Ready!": the kept one is deliberately not restored);
     // "clear" leaves "Ready!" alone. Anything else does nothing.
     void State(const QString& mode);
 

@@ -388,6 +388,13 @@ bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     child.fd = std::move(fd);
     child.dev = st.st_dev;
     child.ino = st.st_ino;
+    Enter(std::move(child), name);
+    return true;
+}
+
+// Makes the subfolder `name` the current level.
+void FolderWalk::Enter(Level&& child, std::string_view name) {
+    const size_t depth = levels_.size() - 1;
     child.nameStart = path_.size();
     path_.append(name);
     child.nameEnd = path_.size();
@@ -397,7 +404,6 @@ bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     if (static_cast<int>(depth) >= keptLevels_) {
         levels_[depth].fd.Close();
     }
-    return true;
 }
 
 // The subfolder from the read-ahead, made the current level; false when the walk must read it.
@@ -412,15 +418,7 @@ bool FolderWalk::TakeReadAhead(Level& child, std::string_view name, std::string&
     child.readAhead = true;
     child.dev = folder.dev;
     child.ino = folder.ino;
-    const size_t depth = levels_.size() - 1;
-    child.nameStart = path_.size();
-    path_.append(name);
-    child.nameEnd = path_.size();
-    path_ += '/';
-    levels_.push_back(std::move(child));
-    if (static_cast<int>(depth) >= keptLevels_) {
-        levels_[depth].fd.Close();
-    }
+    Enter(std::move(child), name);
     return true;
 }
 

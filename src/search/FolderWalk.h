@@ -103,6 +103,7 @@ private:
 
     bool Descend(std::string_view name, uint32_t ordinal);
     bool TakeReadAhead(Level& child, std::string_view name, std::string& relative);
+    void Enter(Level&& child, std::string_view name);
     void Ascend();
     int LevelFd(size_t level);
     bool ReopenFromAncestor(size_t level);
