@@ -3,6 +3,7 @@
 #include "search/FileDataArray.h"
 #include "search/PathText.h"
 
+#include <QCoreApplication>
 #include <numeric>
 
 namespace {
@@ -19,11 +20,12 @@ ResultViews::ResultViews(const FileDataArray& store) : store_(store) {
 
 QString ResultViews::LabelText(int tab) const {
     const QString& tag = (*this)[tab].tag;
-    return tab == 0 ? tag : tag + QStringLiteral(" files:");
+    return tab == 0 ? tag : QCoreApplication::translate("ResultViews", "%1 files:").arg(tag);
 }
 
 void ResultViews::Clear() {
-    views_.assign(1, ResultView{QStringLiteral("No results"), {}, {}, {}});
+    views_.assign(1,
+                  ResultView{QCoreApplication::translate("ResultViews", "No results"), {}, {}, {}});
 }
 
 void ResultViews::CloseViews() {
@@ -36,16 +38,18 @@ void ResultViews::ShowSearch(const QString& mask, bool foldersOnly, bool except,
     ResultView& first = views_[0];
     const QString count = QString::number(matched);
     if (foldersOnly) {
-        first.caption = QStringLiteral("All Results (folders only) (") + count + QLatin1Char(')');
-        first.tag = QStringLiteral("Folders (") + count + QLatin1Char(')');
+        first.caption =
+            QCoreApplication::translate("ResultViews", "All Results (folders only) (%1)")
+                .arg(count);
+        first.tag = QCoreApplication::translate("ResultViews", "Folders (%1)").arg(count);
     } else if (!except) {
-        first.caption = QStringLiteral("All Results (") + mask + QStringLiteral(") (") + count +
-                        QLatin1Char(')');
-        first.tag = Spaced(mask) + QStringLiteral(" files ");
+        first.caption =
+            QCoreApplication::translate("ResultViews", "All Results (%1) (%2)").arg(mask, count);
+        first.tag = QCoreApplication::translate("ResultViews", "%1 files ").arg(Spaced(mask));
     } else {
-        first.caption = QStringLiteral("All Results except (") + mask + QStringLiteral(") (") +
-                        count + QLatin1Char(')');
-        first.tag = QStringLiteral("! ") + Spaced(mask) + QStringLiteral(" files ");
+        first.caption = QCoreApplication::translate("ResultViews", "All Results except (%1) (%2)")
+                            .arg(mask, count);
+        first.tag = QCoreApplication::translate("ResultViews", "! %1 files ").arg(Spaced(mask));
     }
     first.rows.clear();
     if (listed) {
@@ -67,7 +71,8 @@ int ResultViews::FindViewByTag(const QString& text) const {
 void ResultViews::SetViewCaption(int tab, const QString& mask, int count) {
     if (tab >= 0 && tab < Count()) {
         views_[static_cast<size_t>(tab)].caption =
-            Spaced(mask) + QStringLiteral(" (") + QString::number(count) + QLatin1Char(')');
+            QCoreApplication::translate("ResultViews", "%1 (%2)")
+                .arg(Spaced(mask), QString::number(count));
     }
 }
 
@@ -130,9 +135,9 @@ void ResultViews::RemoveFromViews(std::string_view path, const QString& mask, Ob
     // After a search the tag ends in " files "; after a removal it carries the count.
     ResultView& first = views_[0];
     const QString left = QString::number(first.rows.size());
-    first.caption = QStringLiteral("All Results (") + mask + QStringLiteral(") (") + left +
-                    QLatin1Char(')');
-    first.tag = Spaced(mask) + QStringLiteral(" files (") + left + QLatin1Char(')');
+    first.caption =
+        QCoreApplication::translate("ResultViews", "All Results (%1) (%2)").arg(mask, left);
+    first.tag = QCoreApplication::translate("ResultViews", "%1 files (%2)").arg(Spaced(mask), left);
     for (int tab = 1; tab < Count(); ++tab) {
         const ResultView& view = views_[static_cast<size_t>(tab)];
         SetViewCaption(tab, view.mask, static_cast<int>(view.rows.size()));

@@ -16,11 +16,11 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
-#include <QTreeView>
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTabBar>
+#include <QTreeView>
 
 // Keeps the newest status texts of the walk and puts them on the status line only when the
 // event loop is about to run: formatting a text for every folder would cost more than the walk.
@@ -139,11 +139,11 @@ void frmMain::SearchButtonClicked() {
         SetStatus(StatusPart::Message, tr("Ready!"));
     } else {
         // The caption and tag while the list loads; ShowSearchResults adds the count.
-        tsResults->setTabText(0, tr("All Results (") + mask + QLatin1Char(')'));
-        lblResultType->setText(options.FoldersOnly
-                                   ? tr("Results (folders only)")
-                                   : QString(mask).replace(QLatin1Char(';'), QLatin1Char(' ')) +
-                                         tr(" files "));
+        tsResults->setTabText(0, tr("All Results (%1)").arg(mask));
+        lblResultType->setText(
+            options.FoldersOnly
+                ? tr("Results (folders only)")
+                : tr("%1 files ").arg(QString(mask).replace(QLatin1Char(';'), QLatin1Char(' '))));
         ShowPlaceholder(tr("formatting..."));
         session_.CloseStore();
         const int32_t matched = session_.Counters().MatchedCount;
@@ -203,7 +203,8 @@ void frmMain::SelectSearchRoot(int purpose) {
     if (busy_) {
         return;
     }
-    const std::string picked = modBrowse::PickFolder(purpose, true, StartPath(), profile_, prompts_);
+    const std::string picked =
+        modBrowse::PickFolder(purpose, true, StartPath(), profile_, prompts_);
     if (picked.empty()) {
         return;
     }

@@ -8,6 +8,7 @@
 #include "search/SearchStatus.h"
 #include "settings/AppSettings.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 #include <climits>
 #include <fcntl.h>
@@ -84,34 +85,59 @@ QString ConfirmationQuestion(PendingAction command, const std::vector<std::strin
         if (!s.ConfirmOnCopy) {
             return {};
         }
-        return n == 1   ? "Are you sure you want to copy ' " + one + " '?"
-               : n == 2 ? QStringLiteral("Are you sure you want to copy both selected files?")
-                        : "Are you sure you want to copy all " + many + " selected files?";
+        return n == 1 ? QCoreApplication::translate("FileCommands",
+                                                    "Are you sure you want to copy ' %1 '?")
+                            .arg(one)
+               : n == 2
+                   ? QCoreApplication::translate(
+                         "FileCommands", "Are you sure you want to copy both selected files?")
+                   : QCoreApplication::translate(
+                         "FileCommands", "Are you sure you want to copy all %1 selected files?")
+                         .arg(many);
     case PendingAction::CopyFolder:
-        return s.ConfirmOnCopy && n == 1 ? "Are you sure you want to copy ' " + one +
-                                               "/ ' and all its contents to another location?"
-                                         : QString();
+        return s.ConfirmOnCopy && n == 1
+                   ? QCoreApplication::translate(
+                         "FileCommands",
+                         "Are you sure you want to copy ' %1/ ' and all its contents to another "
+                         "location?")
+                         .arg(one)
+                   : QString();
     case PendingAction::CopyFolderContents:
         return s.ConfirmOnCopy && n == 1
-                   ? "Copy all files and folders under ' " + one + "/ ' to another location?"
+                   ? QCoreApplication::translate(
+                         "FileCommands",
+                         "Copy all files and folders under ' %1/ ' to another location?")
+                         .arg(one)
                    : QString();
     case PendingAction::MoveFolder:
-        return s.ConfirmOnMove && n == 1 ? "Are you sure you want to move ' " + one +
-                                               "/ ' and all its contents to another location?"
-                                         : QString();
+        return s.ConfirmOnMove && n == 1
+                   ? QCoreApplication::translate(
+                         "FileCommands",
+                         "Are you sure you want to move ' %1/ ' and all its contents to another "
+                         "location?")
+                         .arg(one)
+                   : QString();
     case PendingAction::DeleteFiles:
         if (!s.ConfirmOnFileDelete) {
             return {};
         }
         // With every file asked for, one file needs no question beforehand.
-        return n == 1   ? (s.ConfirmOnEachFileDelete
-                               ? QString()
-                               : "Are you sure you want to delete ' " + one + " '?")
-               : n == 2 ? QStringLiteral("Are you sure you want to delete both selected files?")
-                        : "Are you sure you want to delete all " + many + " selected files?";
+        return n == 1 ? (s.ConfirmOnEachFileDelete
+                             ? QString()
+                             : QCoreApplication::translate(
+                                   "FileCommands", "Are you sure you want to delete ' %1 '?")
+                                   .arg(one))
+               : n == 2
+                   ? QCoreApplication::translate(
+                         "FileCommands", "Are you sure you want to delete both selected files?")
+                   : QCoreApplication::translate(
+                         "FileCommands", "Are you sure you want to delete all %1 selected files?")
+                         .arg(many);
     case PendingAction::DeleteFolder:
         return s.ConfirmOnFolderDelete && n == 1
-                   ? "Send ' " + one + " '\r\nand all its contents to the recycle bin?"
+                   ? QCoreApplication::translate(
+                         "FileCommands", "Send ' %1 '\r\nand all its contents to the recycle bin?")
+                         .arg(one)
                    : QString();
     case PendingAction::MoveFiles:
     case PendingAction::None:
@@ -127,8 +153,8 @@ bool ConfirmAction(PendingAction command, const std::vector<std::string>& select
     const QString question = ConfirmationQuestion(command, selected, settings);
     return question.isEmpty() ||
            prompts.Message(question, MessageIcon::Question, MessageButtons::YesNo,
-                           kApplicationTitle + QStringLiteral(" Confirmation")) ==
-               MessageAnswer::Yes;
+                           QCoreApplication::translate("FileCommands", "%1 Confirmation")
+                               .arg(kApplicationTitle)) == MessageAnswer::Yes;
 }
 
 bool PrepareDelete(PendingAction command, const std::vector<std::string>& selected,
@@ -164,14 +190,14 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
         } else if (!eachFile) {
             ++outcome.processed;
             status.Set(StatusPart::Message, "Adding " + context.shortPath(path));
-            status.Set(StatusPart::Objects, "File: " + QString::number(outcome.processed) +
-                                                " of " + total);
+            status.Set(StatusPart::Objects,
+                       "File: " + QString::number(outcome.processed) + " of " + total);
             batch.push_back(position);
         } else {
             ++outcome.processed;
             status.Set(StatusPart::Message, "Deleting " + context.shortPath(path));
-            status.Set(StatusPart::Objects, "File: " + QString::number(outcome.processed) +
-                                                " of " + total);
+            status.Set(StatusPart::Objects,
+                       "File: " + QString::number(outcome.processed) + " of " + total);
             status.Set(StatusPart::Matched, "Deleted: " + QString::number(outcome.deleted));
             status.Set(StatusPart::Elapsed, "Skipped: " + QString::number(outcome.skipped));
             const MessageAnswer answer =
@@ -231,15 +257,14 @@ bool DeleteFolder(const std::string& folder, CommandContext& context) {
         reason = context.desktop.MoveToTrash(folder);
     }
     if (!reason.empty()) {
-        context.prompts.Message("Could not send ' " + Shown(folder) + " ' to the trash: " +
-                                    QString::fromStdString(reason),
+        context.prompts.Message("Could not send ' " + Shown(folder) +
+                                    " ' to the trash: " + QString::fromStdString(reason),
                                 MessageIcon::Critical, MessageButtons::Ok);
     } else if (context.handled) {
         context.handled(folder);
     }
-    context.status.Set(StatusPart::Message,
-                       reason.empty() ? QStringLiteral("Folder deleted")
-                                      : QStringLiteral("Folder not deleted"));
+    context.status.Set(StatusPart::Message, reason.empty() ? QStringLiteral("Folder deleted")
+                                                           : QStringLiteral("Folder not deleted"));
     return reason.empty();
 }
 
@@ -375,8 +400,8 @@ bool CopyFolder(const std::string& folder, const std::string& destination, Pendi
     return outcome.files > 0;
 }
 
-bool MoveFolder(const std::string& folder, const std::string& destination,
-                CommandContext& context, std::vector<SkippedItem>& notProcessed) {
+bool MoveFolder(const std::string& folder, const std::string& destination, CommandContext& context,
+                std::vector<SkippedItem>& notProcessed) {
     MoveOutcome outcome;
     if (IsFolder(folder)) {
         TreeCopyContext tree = TreeContext(context);
@@ -389,8 +414,8 @@ bool MoveFolder(const std::string& folder, const std::string& destination,
     const bool moved = outcome.result == MoveResult::Moved;
     if (!moved && outcome.result != MoveResult::Cancelled && outcome.problems.empty()) {
         context.prompts.Message("Could not move ' " + Shown(folder) + " ' to ' " +
-                                    Shown(destination) + " ': " +
-                                    QString::fromStdString(outcome.reason),
+                                    Shown(destination) +
+                                    " ': " + QString::fromStdString(outcome.reason),
                                 MessageIcon::Critical, MessageButtons::Ok);
     }
     context.status.Set(StatusPart::Message, moved ? "Folder moved" : "Folder not moved");

@@ -1,5 +1,6 @@
 #include "search/SearchStatus.h"
 
+#include <QCoreApplication>
 #include <QLocale>
 
 namespace {
@@ -14,23 +15,23 @@ QString FormatCount(int64_t value) {
 }
 
 QString ObjectsText(int64_t objects) {
-    return QStringLiteral("Objects: ") + FormatCount(objects);
+    return QCoreApplication::translate("SearchStatus", "Objects: %1").arg(FormatCount(objects));
 }
 
 QString MatchedText(int64_t matched) {
-    return QStringLiteral("Matched: ") + FormatCount(matched);
+    return QCoreApplication::translate("SearchStatus", "Matched: %1").arg(FormatCount(matched));
 }
 
 QString ElapsedText(float seconds) {
-    QString text = QStringLiteral("Elapsed: ") + Locale().toString(seconds, 'f', 2);
-    if (seconds < 59.99f) {
-        text += QStringLiteral("  seconds");
-    }
-    return text;
+    const QString figure = Locale().toString(seconds, 'f', 2);
+    return seconds < 59.99f
+               ? QCoreApplication::translate("SearchStatus", "Elapsed: %1  seconds").arg(figure)
+               : QCoreApplication::translate("SearchStatus", "Elapsed: %1").arg(figure);
 }
 
 QString OutcomeText(bool cancelled) {
-    return cancelled ? QStringLiteral("Cancelled") : QStringLiteral("Done");
+    return cancelled ? QCoreApplication::translate("SearchStatus", "Cancelled")
+                     : QCoreApplication::translate("SearchStatus", "Done");
 }
 
 QString DisplayPath(std::string_view bytes) {
@@ -38,15 +39,19 @@ QString DisplayPath(std::string_view bytes) {
 }
 
 FolderMessage FolderMessageTexts(std::string_view folderName, int64_t objects, int32_t matched) {
-    return {QStringLiteral("Searching ") + DisplayPath(folderName) + QLatin1Char(' '),
-            QStringLiteral(" Objects: ") + FormatCount(objects),
-            QStringLiteral(" Matched: ") + FormatCount(matched)};
+    return {
+        QCoreApplication::translate("SearchStatus", "Searching %1 ").arg(DisplayPath(folderName)),
+        QCoreApplication::translate("SearchStatus", " Objects: %1").arg(FormatCount(objects)),
+        QCoreApplication::translate("SearchStatus", " Matched: %1").arg(FormatCount(matched))};
 }
 
 QString NoMatchesMessage(bool foldersOnly, const QString& maskText, const QString& rootPath) {
-    return QStringLiteral("No ") +
-           (foldersOnly ? QStringLiteral("folders") : QStringLiteral("files")) +
-           QStringLiteral(" matching ' ") + maskText + QStringLiteral(" ' ") +
-           QStringLiteral("were found in or under the root path ' ") + rootPath +
-           QStringLiteral(" '");
+    return (foldersOnly
+                ? QCoreApplication::translate(
+                      "SearchStatus",
+                      "No folders matching ' %1 ' were found in or under the root path ' %2 '")
+                : QCoreApplication::translate(
+                      "SearchStatus",
+                      "No files matching ' %1 ' were found in or under the root path ' %2 '"))
+        .arg(maskText, rootPath);
 }
