@@ -23,21 +23,12 @@ std::string FileDataEntry::FullPath() const {
     return path;
 }
 
-std::string FileDataEntry::Folder() const {
-    std::string path;
-    if (store != nullptr && folder != FileDataArray::kNoFolder) {
-        store->FolderPath(folder, path);
-    }
-    return path;
-}
-
 void FileDataArray::Erase() {
     upper_ = -1;
     ++generation_;
     blocks_.clear();
     chunks_.clear();
     chunkUsed_ = chunkSize_ = 0;
-    textBytes_ = 0;
     folders_.clear();
     lastFolderPath_.clear();
     lastFolder_ = kNoFolder;
@@ -92,7 +83,6 @@ uint64_t FileDataArray::AddText(std::string_view text) {
     std::memcpy(out + header, text.data(), text.size());
     const uint64_t ref = (static_cast<uint64_t>(chunks_.size() - 1) << kOffsetBits) | chunkUsed_;
     chunkUsed_ += size;
-    textBytes_ += size;
     return ref;
 }
 

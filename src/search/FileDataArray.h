@@ -21,8 +21,7 @@ struct FileDataEntry {
 
     // Folder path plus name, exactly the bytes the file system gave.
     std::string FullPath() const;
-    // The folder's path, ending in "/", and the name in it.
-    std::string Folder() const;
+    // The name in its folder.
     std::string_view Name() const { return name; }
     // Lower-cased, dot included; empty for folders and names without a dot.
     std::string_view Extension() const { return extension; }
@@ -80,8 +79,6 @@ public:
     std::string_view RemarkDate(int32_t index) const;
     void SetRemark(int32_t index, std::string_view remark, std::string_view remarkDate = {});
 
-    // Bytes held for names and folders (for the benchmark's memory accounting).
-    size_t TextBytes() const { return textBytes_; }
     // Changes whenever the store is emptied, so a folder number kept from before is known stale.
     uint64_t Generation() const { return generation_; }
 
@@ -118,7 +115,6 @@ private:
     std::vector<std::unique_ptr<char[]>> chunks_;
     size_t chunkUsed_ = 0;
     size_t chunkSize_ = 0;
-    size_t textBytes_ = 0;
 
     std::vector<FolderRecord> folders_;
     std::string lastFolderPath_;
