@@ -2,6 +2,7 @@
 
 #include "search/FileDataArray.h"
 
+#include <QCoreApplication>
 #include <unordered_map>
 
 namespace {
@@ -15,17 +16,17 @@ struct Range {
 constexpr int64_t kNoLimit = INT64_MAX;
 
 constexpr std::array<Range, kCountRanges> kRanges = {{
-    {"All results", 0, kNoLimit, 0, 999999},
+    {QT_TRANSLATE_NOOP("Census", "All results"), 0, kNoLimit, 0, 999999},
     {"-", -1, -1, -1, -1},
-    {"Types with less than 5 files", INT64_MIN, 4, 1, 4},
-    {"Types with 5 - 10 files", 5, 10, 5, 10},
-    {"Types with 10 - 20 files", 10, 20, 10, 20},
-    {"Types with 20 - 50 files", 20, 50, 20, 50},
-    {"Types with 50 - 100 files", 50, 100, 50, 100},
-    {"Types with 100 - 500 files", 100, 500, 100, 500},
-    {"Types with 500 - 1000 files", 500, 1000, 500, 1000},
-    {"Types with 1000 - 5000 files", 1000, 5000, 1000, 5000},
-    {"Types with over 5000 files", 5000, kNoLimit, 5000, 999999},
+    {QT_TRANSLATE_NOOP("Census", "Types with less than 5 files"), INT64_MIN, 4, 1, 4},
+    {QT_TRANSLATE_NOOP("Census", "Types with 5 - 10 files"), 5, 10, 5, 10},
+    {QT_TRANSLATE_NOOP("Census", "Types with 10 - 20 files"), 10, 20, 10, 20},
+    {QT_TRANSLATE_NOOP("Census", "Types with 20 - 50 files"), 20, 50, 20, 50},
+    {QT_TRANSLATE_NOOP("Census", "Types with 50 - 100 files"), 50, 100, 50, 100},
+    {QT_TRANSLATE_NOOP("Census", "Types with 100 - 500 files"), 100, 500, 100, 500},
+    {QT_TRANSLATE_NOOP("Census", "Types with 500 - 1000 files"), 500, 1000, 500, 1000},
+    {QT_TRANSLATE_NOOP("Census", "Types with 1000 - 5000 files"), 1000, 5000, 1000, 5000},
+    {QT_TRANSLATE_NOOP("Census", "Types with over 5000 files"), 5000, kNoLimit, 5000, 999999},
 }};
 
 bool ValidRange(int index) {
@@ -35,8 +36,9 @@ bool ValidRange(int index) {
 } // namespace
 
 QString CountRangeCaption(int index) {
-    return index >= 0 && index < kCountRanges ? QString::fromLatin1(kRanges[index].caption)
-                                              : QString();
+    return index >= 0 && index < kCountRanges
+               ? QCoreApplication::translate("Census", kRanges[index].caption)
+               : QString();
 }
 
 bool PassesCountFilter(int filterIndex, int64_t count) {
@@ -124,7 +126,7 @@ void Census::Build(FileDataArray& store, int filterIndex,
 
     // The store numbers each extension, so records are counted by that number: one pass, no
     // string compared per record.
-    message(QStringLiteral("Filtering..."));
+    message(QCoreApplication::translate("Census", "Filtering..."));
     std::vector<CensusType> types;
     std::unordered_map<uint32_t, size_t> indexOf;
     uint32_t lastExtension = ~0u;
@@ -145,7 +147,7 @@ void Census::Build(FileDataArray& store, int filterIndex,
         ++types[lastIndex].Count;
     }
 
-    message(QStringLiteral("Compressing..."));
+    message(QCoreApplication::translate("Census", "Compressing..."));
     typeCount_ = static_cast<int>(types.size());
     for (size_t k = types.size(); k-- > 0;) {
         if (PassesCountFilter(filterIndex, types[k].Count)) {
@@ -171,12 +173,11 @@ void Census::ApplyFilter(int filterIndex) {
 }
 
 QString Census::ResultsCountText() const {
-    QString text = QString::number(shown_.size()) + QLatin1Char('/') + QString::number(typeCount_) +
-                   QStringLiteral(" masks");
-    if (filterIndex_ != 0) {
-        text += QStringLiteral(" (filter applied)");
-    }
-    return text;
+    return (filterIndex_ != 0
+                ? QCoreApplication::translate("Census", "%1/%2 masks (filter applied)")
+                : QCoreApplication::translate("Census", "%1/%2 masks"))
+        .arg(shown_.size())
+        .arg(typeCount_);
 }
 
 int64_t Census::ShownFiles() const {

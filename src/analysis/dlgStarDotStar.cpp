@@ -1,23 +1,22 @@
 #include "analysis/dlgStarDotStar.h"
 
-#include "analysis/LetterMenu.h"
-
 #include "analysis/CensusReport.h"
-#include "platform/Progress.h"
+#include "analysis/LetterMenu.h"
 #include "output/modFileDialog.h"
 #include "platform/EventYield.h"
+#include "platform/Progress.h"
 #include "platform/Prompts.h"
 #include "search/FileDataArray.h"
 #include "settings/modPProfile.h"
 
 #include <QApplication>
-#include <QPainter>
-#include <QStyledItemDelegate>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenuBar>
+#include <QPainter>
 #include <QPushButton>
+#include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
 namespace {
@@ -26,7 +25,11 @@ constexpr int CountRole = Qt::UserRole;
 constexpr int ExtensionRole = Qt::UserRole + 1;
 
 QListWidgetItem* TypeItem(const CensusType& type) {
-    auto* item = new QListWidgetItem(QString::fromStdString(CensusDisplayLine(type)));
+    // The line the command line prints, its count in the user's language.
+    const int count = static_cast<int>(type.Count);
+    auto* item =
+        new QListWidgetItem(QString::fromStdString(type.Extension) + QStringLiteral("\t\t") +
+                            dlgStarDotStar::tr("%n files", nullptr, count));
     item->setData(CountRole, type.Count);
     item->setData(ExtensionRole, QByteArray::fromStdString(type.Extension));
     return item;
@@ -55,15 +58,15 @@ public:
         style->drawControl(QStyle::CE_ItemViewItem, &plain, painter, widget);
         const QRect area = style->subElementRect(QStyle::SE_ItemViewItemText, &plain, widget);
         painter->save();
-        painter->setPen(plain.palette.color(option.state & QStyle::State_Selected
-                                                ? QPalette::HighlightedText
-                                                : QPalette::Text));
+        painter->setPen(plain.palette.color(
+            option.state & QStyle::State_Selected ? QPalette::HighlightedText : QPalette::Text));
         // As wide as the longest extension, but the counts never leave the list.
         const int width = std::min(firstColumn_, area.width() * 2 / 3);
         const QRect first(area.left(), area.top(), width, area.height());
-        painter->drawText(first, Qt::AlignLeft | Qt::AlignVCenter,
-                          plain.fontMetrics.elidedText(QString::fromStdString(std::string(extension)),
-                                                       Qt::ElideMiddle, width));
+        painter->drawText(
+            first, Qt::AlignLeft | Qt::AlignVCenter,
+            plain.fontMetrics.elidedText(QString::fromStdString(std::string(extension)),
+                                         Qt::ElideMiddle, width));
         painter->drawText(area.adjusted(width + 12, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
                           QString::fromStdString(std::string(rest)).trimmed());
         painter->restore();
@@ -268,7 +271,7 @@ void dlgStarDotStar::SelectionChanged() {
     for (const QListWidgetItem* item : selected) {
         files += item->data(CountRole).toInt();
     }
-    lblTotalFiles->setText(QStringLiteral("(%1 files)").arg(files));
+    lblTotalFiles->setText(tr("(%1 files)").arg(files));
 }
 
 const SelectedTypeArray& dlgStarDotStar::GetSelectedItemArray() {
@@ -312,15 +315,14 @@ std::string dlgStarDotStar::AskForFile(const std::string& defaultName) {
 
 void dlgStarDotStar::ReportError(const std::string& error) {
     if (!error.empty()) {
-        prompts_.Message(QString::fromStdString(error), MessageIcon::Critical,
-                         MessageButtons::Ok);
+        prompts_.Message(QString::fromStdString(error), MessageIcon::Critical, MessageButtons::Ok);
     }
 }
 
 void dlgStarDotStar::SaveCensusReport() {
     if (lstExtensions->count() == 0) {
-        prompts_.Message(tr("There is nothing in the current list to save"),
-                         MessageIcon::Warning, MessageButtons::Ok);
+        prompts_.Message(tr("There is nothing in the current list to save"), MessageIcon::Warning,
+                         MessageButtons::Ok);
         return;
     }
     const std::string path = AskForFile(CensusReportFileName(census_.FilterIndex()));

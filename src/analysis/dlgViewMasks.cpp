@@ -64,7 +64,7 @@ void dlgViewMasks::SetCurrentObjectMask(const QString& text) {
 }
 
 void dlgViewMasks::SetupControls(const QString& firstTabCaption) {
-    setWindowTitle(tr("Existing File Types in ") + firstTabCaption);
+    setWindowTitle(tr("Existing File Types in %1").arg(firstTabCaption));
     // "compond" is the program's own spelling.
     Label1->setText(tr("Select up to six items to create a compond file mask. A new view will be "
                        "created containing all files matching the selections made. Uncheck "

@@ -4,22 +4,24 @@
 #include "analysis/Census.h"
 #include "analysis/CensusReport.h"
 #include "fileops/FileCommands.h"
+#include "platform/CancelFlag.h"
 #include "platform/Desktop.h"
 #include "platform/Prompts.h"
-#include "platform/CancelFlag.h"
-#include "settings/AppSettings.h"
 #include "search/MaskRules.h"
+#include "search/PathText.h"
 #include "search/SearchSession.h"
 #include "search/SearchStatus.h"
+#include "settings/AppSettings.h"
 
+#include <QCoreApplication>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <cstdlib>
+#include <cstring>
 #include <set>
-#include <sys/stat.h>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -32,7 +34,8 @@ constexpr int kExitNotProcessed = 4;
 constexpr int kExitOutputFailed = 5;
 constexpr int kExitInterrupted = 130;
 
-constexpr const char* kUsage =
+constexpr const char* kUsage = QT_TRANSLATE_NOOP(
+    "Cli",
     "Usage:\n"
     "  tallymoor [--settings FILE] [FOLDER]   open the window (FILE: the settings file to use;\n"
     "                                         FOLDER: the Start Path)\n"
@@ -85,7 +88,23 @@ constexpr const char* kUsage =
     "3 the report could not be written,\n"
     "4 some items were not processed (each is listed),\n"
     "5 standard output could not be written (the reason goes to standard error),\n"
-    "130 interrupted by Ctrl-C (what was found is printed).\n";
+    "130 interrupted by Ctrl-C (what was found is printed).\n");
+
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(Cli)
+};
+
+std::string Usage() {
+    return QCoreApplication::translate("Cli", kUsage).toStdString();
+}
+
+// A message on standard error, and its line's end: the words translated, the values (paths,
+// arguments) put in as their bytes.
+void Say(std::FILE* err, const QString& words,
+         std::initializer_list<std::string_view> values = {}) {
+    const std::string text = FillIn(words.toStdString(), values) + '\n';
+    std::fwrite(text.data(), 1, text.size(), err);
+}
 
 void PrintLine(std::FILE* stream, const QString& text) {
     const QByteArray bytes = text.toUtf8();
@@ -123,7 +142,7 @@ private:
 
 // Says why standard output failed; the status of its own.
 int OutputFailed(const CheckedOutput& out, std::FILE* err) {
-    std::fprintf(err, "tallymoor: standard output: %s\n", std::strerror(out.Error()));
+    Say(err, Text::tr("tallymoor: standard output: %1"), {std::strerror(out.Error())});
     return kExitOutputFailed;
 }
 
@@ -197,8 +216,7 @@ bool ParseRequest(const std::vector<std::string>& args, Request& request, std::F
             const long filter = std::strtol(value.c_str(), &end, 10);
             if (value.empty() || *end != '\0' || filter < 0 || filter >= kCountRanges ||
                 filter == 1) {
-                std::fprintf(err, "tallymoor: --filter takes 0 or 2 to 10, not '%s'\n",
-                             value.c_str());
+                Say(err, Text::tr("tallymoor: --filter takes 0 or 2 to 10, not '%1'"), {value});
                 return false;
             }
             request.filter = static_cast<int>(filter);
@@ -209,19 +227,23 @@ bool ParseRequest(const std::vector<std::string>& args, Request& request, std::F
             char* end = nullptr;
             const long threads = std::strtol(value.c_str(), &end, 10);
             if (value.empty() || *end != '\0' || threads < 1 || threads > 64) {
-                std::fprintf(err, "tallymoor: --threads takes 1 to 64, not '%s'\n", value.c_str());
+                Say(err, Text::tr("tallymoor: --threads takes 1 to 64, not '%1'"), {value});
                 return false;
             }
             request.options.Threads = static_cast<int>(threads);
         } else {
-            std::fprintf(err, "tallymoor: unknown option '%s'\n%s", args[i].c_str(), kUsage);
+            Say(err, Text::tr("tallymoor: unknown option '%1'"), {args[i]});
+            std::fputs(Usage().c_str(), err);
             return false;
         }
     }
     const bool copy = args[0] == "copy";
     if (positional.size() != (copy ? 3u : 2u)) {
-        std::fprintf(err, "tallymoor: %s needs ROOT%s\n%s", args[0].c_str(),
-                     copy ? ", MASK and DEST" : " and MASK", kUsage);
+        Say(err,
+            copy ? Text::tr("tallymoor: %1 needs ROOT, MASK and DEST")
+                 : Text::tr("tallymoor: %1 needs ROOT and MASK"),
+            {args[0]});
+        std::fputs(Usage().c_str(), err);
         return false;
     }
     request.root = positional[0];
@@ -230,7 +252,7 @@ bool ParseRequest(const std::vector<std::string>& args, Request& request, std::F
         request.destination = positional[2];
         struct stat st {};
         if (stat(request.destination.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
-            std::fprintf(err, "tallymoor: DEST ' %s ' is not a folder\n", request.destination.c_str());
+            Say(err, Text::tr("tallymoor: DEST ' %1 ' is not a folder"), {request.destination});
             return false;
         }
         while (request.destination.size() > 1 && request.destination.back() == '/') {
@@ -242,11 +264,11 @@ bool ParseRequest(const std::vector<std::string>& args, Request& request, std::F
 
 // Checks the mask and walks the root, as the window does. Returns an exit status when the
 // command ends here (a refused mask, no folder, nothing found); -1 when there are results.
-int RunSearch(const Request& request, SearchSession& session, CancelFlag& cancel,
-              std::FILE* err, WalkListener* walkObserver) {
+int RunSearch(const Request& request, SearchSession& session, CancelFlag& cancel, std::FILE* err,
+              WalkListener* walkObserver) {
     if (const MaskVerdict verdict = ValidateMask(request.options.MaskText);
         verdict != MaskVerdict::Accepted) {
-        std::fprintf(err, "%s\n", MaskRefusalText(verdict).c_str());
+        PrintLine(err, MaskRefusalText(verdict));
         return kExitUsage;
     }
     cancel.Lower();
@@ -343,11 +365,11 @@ int CensusCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::
     }
     PrintCounts(session, err);
     if (!request.report.empty()) {
-        const std::string error = WriteCensusReport(request.report, TextFile::Mode::CreateNew,
-                                                    census.Shown(), session.RootPath(),
-                                                    request.options.MaskText);
+        const std::string error =
+            WriteCensusReport(request.report, TextFile::Mode::CreateNew, census.Shown(),
+                              session.RootPath(), request.options.MaskText);
         if (!error.empty()) {
-            std::fprintf(err, "tallymoor: %s\n", error.c_str());
+            Say(err, Text::tr("tallymoor: %1"), {error});
             return kExitReportFailed;
         }
     }
@@ -386,7 +408,8 @@ public:
     bool OpenInTextEditor(const std::string&) override { return false; }
     bool OpenWith(const std::string&) override { return false; }
     std::string MoveToTrash(const std::string& path) override {
-        return system_.moveToTrash ? system_.moveToTrash(path) : "no trash";
+        return system_.moveToTrash ? system_.moveToTrash(path)
+                                   : QT_TRANSLATE_NOOP("Remark", "no trash");
     }
 
 private:
@@ -450,12 +473,15 @@ int FileCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FI
     const std::string count = std::to_string(selection.size());
     if (trash && !request.yes) {
         const auto answer = system.askTerminal
-                                ? system.askTerminal("Send " + count + " items to the trash? [y/N] ")
+                                ? system.askTerminal(Text::tr("Send %1 items to the trash? [y/N] ")
+                                                         .arg(selection.size())
+                                                         .toStdString())
                                 : std::nullopt;
         if (!answer) {
-            std::fprintf(err, "tallymoor: %s items found; without a terminal to ask on, nothing "
-                              "goes to the trash unless --yes is given\n",
-                         count.c_str());
+            Say(err,
+                Text::tr("tallymoor: %1 items found; without a terminal to ask on, nothing goes to "
+                         "the trash unless --yes is given"),
+                {count});
             return kExitUsage;
         }
         if (*answer != "y" && *answer != "Y" && *answer != "yes") {
@@ -484,15 +510,22 @@ int FileCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FI
     std::vector<SkippedItem> notProcessed;
     {
         InterruptCancels interrupts(cancel);
-        notProcessed = trash ? DeleteSelectedFiles(selection, context).notProcessed
-                             : CopySelectedFiles(selection, request.destination, context).notProcessed;
+        notProcessed =
+            trash ? DeleteSelectedFiles(selection, context).notProcessed
+                  : CopySelectedFiles(selection, request.destination, context).notProcessed;
     }
     if (!out.Finish()) {
         return OutputFailed(out, err);
     }
     for (const SkippedItem& item : notProcessed) {
-        std::fprintf(err, "%s\t%s%s\n", item.path.c_str(), item.remark.c_str(),
-                     item.reason.empty() ? "" : (" (" + item.reason + ")").c_str());
+        const std::string remark = RemarkText(item.remark).toStdString();
+        Say(err, QStringLiteral("%1\t%2"),
+            {item.path, item.reason.empty()
+                            ? remark
+                            : FillIn(QCoreApplication::translate("dlgCopyErr", "%1 (%2)",
+                                                                 "a remark and its reason")
+                                         .toStdString(),
+                                     {remark, RemarkText(item.reason).toStdString()})});
     }
     if (cancel.IsRaised()) {
         return kExitInterrupted;
@@ -549,12 +582,12 @@ bool IsCommandLineInvocation(const std::vector<std::string>& args) {
 int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
                    WalkListener* walkObserver, const CliSystem& system) {
     if (args.empty()) {
-        std::fputs(kUsage, err);
+        std::fputs(Usage().c_str(), err);
         return kExitUsage;
     }
     if (args[0] == "--help" || args[0] == "-h" || args[0] == "help" || args[0] == "--version") {
         CheckedOutput checked(out);
-        checked.Write(args[0] == "--version" ? "tallymoor " TALLYMOOR_VERSION "\n" : kUsage);
+        checked.Write(args[0] == "--version" ? "tallymoor " TALLYMOOR_VERSION "\n" : Usage());
         return checked.Finish() ? kExitFound : OutputFailed(checked, err);
     }
     if (args[0] == "search") {
@@ -566,6 +599,7 @@ int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FI
     if (args[0] == "trash" || args[0] == "copy") {
         return FileCommand(args, out, err, walkObserver, system);
     }
-    std::fprintf(err, "tallymoor: unknown command '%s'\n%s", args[0].c_str(), kUsage);
+    Say(err, Text::tr("tallymoor: unknown command '%1'"), {args[0]});
+    std::fputs(Usage().c_str(), err);
     return kExitUsage;
 }

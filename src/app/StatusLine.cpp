@@ -1,5 +1,7 @@
 #include "app/StatusLine.h"
 
+#include <QCoreApplication>
+
 void StatusLine::Set(StatusPart part, const QString& text) {
     SetExact(part, QLatin1Char(' ') + text);
 }
@@ -27,8 +29,9 @@ void StatusLine::State(const QString& mode) {
             return;
         }
     }
-    Set(StatusPart::Message, QStringLiteral("Ready!"));
+    Set(StatusPart::Message, QCoreApplication::translate("StatusLine", "Ready!"));
     for (int part = 1; part < kParts; ++part) {
-        SetExact(static_cast<StatusPart>(part), restore ? saved_[static_cast<size_t>(part)] : QString());
+        SetExact(static_cast<StatusPart>(part),
+                 restore ? saved_[static_cast<size_t>(part)] : QString());
     }
 }

@@ -7,10 +7,10 @@
 #include "platform/Prompts.h"
 
 #include <QDialogButtonBox>
-#include <QFrame>
-#include <QHBoxLayout>
 #include <QFile>
+#include <QFrame>
 #include <QGuiApplication>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
@@ -18,7 +18,7 @@
 
 dlgAbout::dlgAbout(Desktop& desktop, QWidget* parent) : QDialog(parent) {
     setObjectName("dlgAbout");
-    setWindowTitle(tr("About") + kApplicationTitle);
+    setWindowTitle(tr("About %1").arg(kApplicationTitle.trimmed()));
     auto* title = new QLabel(QStringLiteral("<b>Tallymoor</b>"), this);
     title->setObjectName("lblTitle");
     QFont big = title->font();

@@ -2,26 +2,28 @@
 
 #include "analysis/dlgStarDotStar.h"
 #include "app/AppIcon.h"
-#include "app/ProjectLinks.h"
 #include "app/ListCellDelegate.h"
+#include "app/ProjectLinks.h"
 #include "app/ResultListModel.h"
 #include "fileops/dlgProgress.h"
 #include "fileops/modShell.h"
 #include "platform/CancelFlag.h"
 #include "platform/Prompts.h"
+#include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QCloseEvent>
-#include <QKeyEvent>
+#include <QCoreApplication>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QHeaderView>
-#include <QTreeView>
 #include <QListWidget>
+#include <QLocale>
 #include <QMenuBar>
 #include <QPainter>
 #include <QPushButton>
@@ -31,8 +33,9 @@
 #include <QTabBar>
 #include <QTimer>
 #include <QToolButton>
-#include <algorithm>
+#include <QTreeView>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
@@ -64,8 +67,8 @@ protected:
 
 frmMain::frmMain(modPProfile& profile, Prompts& prompts, Desktop& desktop, CancelFlag& cancel,
                  QWidget* parent)
-    : QMainWindow(parent), profile_(profile), prompts_(prompts), desktop_(desktop),
-      cancel_(cancel), views_(session_.Store()) {
+    : QMainWindow(parent), profile_(profile), prompts_(prompts), desktop_(desktop), cancel_(cancel),
+      views_(session_.Store()) {
     setObjectName("frmMain");
     setWindowTitle(kApplicationTitle);
     setWindowIcon(AppIcon());
@@ -124,7 +127,9 @@ void frmMain::BuildControls() {
     cmdSearch = new QPushButton(tr("&Begin Search"), central);
     cmdSearch->setObjectName("cmdSearch");
     cmdSearch->setDefault(true);
-    cmdSearch->setMinimumWidth(cmdSearch->fontMetrics().horizontalAdvance("Begin Search") + 32);
+    cmdSearch->setMinimumWidth(
+        cmdSearch->fontMetrics().horizontalAdvance(cmdSearch->text().remove(QLatin1Char('&'))) +
+        32);
     cmdFileTypes = new QPushButton(tr("File &Types..."), central);
     cmdFileTypes->setObjectName("cmdFileTypes");
     cmdFileTypes->setToolTip(tr("Count the results by file type, and view or report the types"));
@@ -194,16 +199,17 @@ void frmMain::BuildControls() {
         list->setDragEnabled(true);
         list->setDragDropMode(QAbstractItemView::DragOnly);
         list->setDefaultDropAction(Qt::CopyAction);
-        list->setItemDelegate(new ListCellDelegate(profile_.Settings(), list->header(), true, list));
+        list->setItemDelegate(
+            new ListCellDelegate(profile_.Settings(), list->header(), true, list));
         list->header()->setSectionsClickable(true);
         // Sorted only once the user asks, by a click on a column's header.
         connect(list->header(), &QHeaderView::sectionClicked, this, [list, model](int column) {
             QHeaderView* header = list->header();
-            const Qt::SortOrder order =
-                header->isSortIndicatorShown() && header->sortIndicatorSection() == column &&
-                        header->sortIndicatorOrder() == Qt::AscendingOrder
-                    ? Qt::DescendingOrder
-                    : Qt::AscendingOrder;
+            const Qt::SortOrder order = header->isSortIndicatorShown() &&
+                                                header->sortIndicatorSection() == column &&
+                                                header->sortIndicatorOrder() == Qt::AscendingOrder
+                                            ? Qt::DescendingOrder
+                                            : Qt::AscendingOrder;
             header->setSortIndicator(column, order);
             header->setSortIndicatorShown(true);
             model->sort(column, order);
@@ -239,11 +245,13 @@ void frmMain::BuildControls() {
 
 void frmMain::BuildStatusBar() {
     // Each count part is as wide as the largest text it is made for.
-    const QString widest[] = {{},
-                              QStringLiteral(" Objects: 999,999,999"),
-                              QStringLiteral(" Matched: 999,999,999"),
-                              QStringLiteral(" Elapsed: 9,999.99  seconds"),
-                              QStringLiteral(" Update suppressed")};
+    const QString widest[] = {
+        {},
+        QLatin1Char(' ') + ObjectsText(999999999),
+        QLatin1Char(' ') + MatchedText(999999999),
+        QLatin1Char(' ') + QCoreApplication::translate("SearchStatus", "Elapsed: %1  seconds")
+                               .arg(QLocale::system().toString(9999.99, 'f', 2)),
+        QLatin1Char(' ') + tr("Update suppressed")};
     QStatusBar* bar = statusBar();
     for (int i = 0; i < StatusLine::kParts; ++i) {
         statusParts_[i] = new StatusPartLabel(widest[i], bar);
@@ -313,13 +321,13 @@ void frmMain::BuildMenus() {
     copy->setObjectName("mnuEditCopy");
     copy->setShortcut(QKeySequence::Copy);
     edit->addSeparator();
-    QAction* preferences = edit->addAction(tr("&Preferences..."), this, [this] { ShowPreferences(1); });
+    QAction* preferences =
+        edit->addAction(tr("&Preferences..."), this, [this] { ShowPreferences(1); });
     preferences->setObjectName("mnuEditPreferences");
 
     QMenu* select = menuBar()->addMenu(tr("&Select"));
     QAction* local = select->addAction(tr("&Local Path"), this, [this] { SelectSearchRoot(6); });
-    QAction* share =
-        select->addAction(tr("Network &Share"), this, [this] { SelectSearchRoot(7); });
+    QAction* share = select->addAction(tr("Network &Share"), this, [this] { SelectSearchRoot(7); });
     QAction* admin = select->addAction(tr("Network &Administrative Shares"), this,
                                        [this] { SelectSearchRoot(8); });
 
@@ -337,7 +345,8 @@ void frmMain::BuildMenus() {
     filterActions_ = {
         masksEntry(tr("Filter"), 2, [this] { FilterOnCurrentType(); }),
         masksEntry(tr("Filter on Multiple Types..."), 3, [this] { FilterOnMultipleTypes(false); }),
-        masksEntry(tr("Filter with Multiple Views..."), 4, [this] { FilterOnMultipleTypes(true); })};
+        masksEntry(tr("Filter with Multiple Views..."), 4,
+                   [this] { FilterOnMultipleTypes(true); })};
     editFavoritesAction_ =
         masksEntry(tr("Edit Favorite Masks List..."), 6, [this] { ShowPreferences(4); });
     appendMaskAction_ = new QAction(tr("Append Selection to Existing Mask"), this);
@@ -461,8 +470,8 @@ void frmMain::SetBusy(bool busy) {
     }
     UpdateCommandStates();
     for (QAction* action : masksMenu_->actions()) {
-        if (action != appendMaskAction_ &&
-            std::find(filterActions_.begin(), filterActions_.end(), action) == filterActions_.end()) {
+        if (action != appendMaskAction_ && std::find(filterActions_.begin(), filterActions_.end(),
+                                                     action) == filterActions_.end()) {
             action->setEnabled(!busy);
         }
     }

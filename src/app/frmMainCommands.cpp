@@ -5,20 +5,21 @@
 #include "app/ResultListModel.h"
 #include "app/frmMain.h"
 #include "fileops/FileCommands.h"
-#include "search/SearchStatus.h"
 #include "fileops/dlgCopyErr.h"
 #include "fileops/dlgProgress.h"
 #include "fileops/modBrowse.h"
 #include "platform/CancelFlag.h"
 #include "platform/Prompts.h"
+#include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
 
+#include <QCoreApplication>
 #include <QFontMetrics>
 #include <QLabel>
-#include <QTreeView>
 #include <QPushButton>
 #include <QTabBar>
 #include <QTimer>
+#include <QTreeView>
 
 void frmMain::RequestCommand(PendingAction action) {
     if (busy_ || !session_.ResultsAvailable()) {
@@ -80,8 +81,11 @@ CommandContext frmMain::Context() {
             // Shortened in its middle to fit the message part after "Deleting ".
             const QLabel* part = statusParts_[0];
             const QFontMetrics metrics = part->fontMetrics();
-            const int room = part->contentsRect().width() -
-                             metrics.horizontalAdvance(QStringLiteral(" Deleting ")) - 4;
+            const int room =
+                part->contentsRect().width() -
+                metrics.horizontalAdvance(
+                    QCoreApplication::translate("FileCommands", "Deleting %1").arg(QString())) -
+                8;
             return metrics.elidedText(DisplayPath(path), Qt::ElideMiddle, std::max(room, 40));
         },
         [this](std::string_view path) { RemoveFromViews(path); },
@@ -141,8 +145,8 @@ bool frmMain::DeleteSelectedFilesCommand() {
 }
 
 std::optional<std::string> frmMain::PrepareCopyCommand(PendingAction command,
-                                                      const std::vector<std::string>& selected,
-                                                      CommandContext& context) {
+                                                       const std::vector<std::string>& selected,
+                                                       CommandContext& context) {
     return PrepareCopy(command, selected, context, [this](int purpose) {
         return modBrowse::PickFolder(purpose, true, StartPath(), profile_, prompts_);
     });

@@ -82,9 +82,7 @@ void frmMain::SaveAllResults() {
     yield_.Now();
     if (!path.empty()) {
         Progress& progress = *progress_;
-        const WriteProgress hooks{[&](int maximum) {
-                                      progress.Create(20, maximum, false);
-                                  },
+        const WriteProgress hooks{[&](int maximum) { progress.Create(20, maximum, false); },
                                   [&](const QString& message) { progress.SetMessage(message); },
                                   [&] {
                                       progress.Update(20);
@@ -109,16 +107,19 @@ void frmMain::CopySelectionToClipboard() {
     QTreeView* list = VisibleList();
     const int selected = static_cast<int>(SelectedRows(list).size());
     if (selected > kClipboardLimit) {
-        prompts_.Message(kTooManyForClipboard, MessageIcon::Critical, MessageButtons::Ok);
+        prompts_.Message(
+            tr("Over 1000 items have been selected, which can seriously degrade system "
+               "performance. Please select less than 1000 items or save to file."),
+            MessageIcon::Critical, MessageButtons::Ok);
         return;
     }
     if (selected > 0) {
-        const std::string text =
-            ClipboardText(RowPaths(list, true),
-                          [this](const QString& status) { SetStatus(StatusPart::Message, status); });
+        const std::string text = ClipboardText(RowPaths(list, true), [this](const QString& status) {
+            SetStatus(StatusPart::Message, status);
+        });
         QClipboard* clipboard = QGuiApplication::clipboard();
         clipboard->clear();
         clipboard->setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
     }
-    SetStatus(StatusPart::Message, kCopiedToClipboard);
+    SetStatus(StatusPart::Message, tr("Ready! (Selected items copied to clipboard.)"));
 }

@@ -76,8 +76,7 @@ private:
 bool frmMain::ValidateMask() {
     const MaskVerdict verdict = ::ValidateMask(txtObjMask->text().toStdString());
     if (verdict != MaskVerdict::Accepted) {
-        prompts_.Message(QString::fromStdString(MaskRefusalText(verdict)), MessageIcon::Warning,
-                         MessageButtons::Ok);
+        prompts_.Message(MaskRefusalText(verdict), MessageIcon::Warning, MessageButtons::Ok);
         if (verdict != MaskVerdict::Empty) {
             txtObjMask->setFocus();
         }

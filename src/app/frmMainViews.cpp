@@ -14,10 +14,10 @@
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
-#include <QTreeView>
 #include <QListWidget>
 #include <QSignalBlocker>
 #include <QTabBar>
+#include <QTreeView>
 
 void frmMain::ShowSearchResults(float elapsedSeconds) {
     const SearchCounters& counters = session_.Counters();
@@ -101,7 +101,7 @@ void frmMain::TabChanged(int tab) {
 }
 
 void frmMain::UpdateSelectedCount() {
-    lblSelCount->setText(tr("Selected: ") + QString::number(SelectedRows(VisibleList()).size()));
+    lblSelCount->setText(tr("Selected: %1").arg(SelectedRows(VisibleList()).size()));
 }
 
 void frmMain::RowRemoving(int tab, int row) {
@@ -128,9 +128,10 @@ void frmMain::CreateTypeViews(const SelectedTypeArray& types) {
     progress_->Create(1, static_cast<int>(types.size()), false);
     int lastNew = -1;
     for (const SelectedTypeEntry& type : types) {
-        progress_->SetMessage(tr("Processing... ") + QString::fromStdString(type.Extension));
+        progress_->SetMessage(tr("Processing... %1").arg(QString::fromStdString(type.Extension)));
         progress_->Update(1);
-        const int tab = views_.AddTypeView(type.Extension, type.FileCount, [this] { yield_.Yield(); });
+        const int tab =
+            views_.AddTypeView(type.Extension, type.FileCount, [this] { yield_.Yield(); });
         lastNew = tab >= 0 ? tab : lastNew;
     }
     progress_->Destroy();
@@ -229,10 +230,10 @@ void frmMain::ShowFileTypes() {
         QApplication::setOverrideCursor(Qt::WaitCursor);
         // Two passes over the store, each stepped about twenty times.
         progress_->Create(1, 42, false);
-        census_ = std::make_unique<dlgStarDotStar>(session_.Store(), profile_, prompts_,
-                                                   *progress_, yield_, this);
+        census_ = std::make_unique<dlgStarDotStar>(session_.Store(), profile_, prompts_, *progress_,
+                                                   yield_, this);
         census_->CreateMaskArrayCountSR(0);
-        census_->SetupControls(tr("File Types in ") + views_[0].caption,
+        census_->SetupControls(tr("File Types in %1").arg(views_[0].caption),
                                static_cast<int>(census_->CensusData().Hidden().size()));
         census_->SetSearchData(StartPath(), txtObjMask->text().toStdString());
         QApplication::restoreOverrideCursor();

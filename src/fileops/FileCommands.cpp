@@ -16,6 +16,11 @@
 
 namespace {
 
+// The command texts, for translators.
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(FileCommands)
+};
+
 bool Exists(const std::string& path) {
     struct stat st {};
     return lstat(path.c_str(), &st) == 0;
@@ -70,6 +75,10 @@ private:
     Progress* progress_;
 };
 
+QString FileOf(size_t processed, size_t total) {
+    return Text::tr("File: %1 of %2").arg(processed).arg(total);
+}
+
 QString Shown(const std::string& path) {
     return DisplayPath(path);
 }
@@ -85,34 +94,25 @@ QString ConfirmationQuestion(PendingAction command, const std::vector<std::strin
         if (!s.ConfirmOnCopy) {
             return {};
         }
-        return n == 1 ? QCoreApplication::translate("FileCommands",
-                                                    "Are you sure you want to copy ' %1 '?")
-                            .arg(one)
+        return n == 1 ? Text::tr("Are you sure you want to copy ' %1 '?").arg(one)
                : n == 2
-                   ? QCoreApplication::translate(
-                         "FileCommands", "Are you sure you want to copy both selected files?")
-                   : QCoreApplication::translate(
-                         "FileCommands", "Are you sure you want to copy all %1 selected files?")
-                         .arg(many);
+                   ? Text::tr("Are you sure you want to copy both selected files?")
+                   : Text::tr("Are you sure you want to copy all %1 selected files?").arg(many);
     case PendingAction::CopyFolder:
         return s.ConfirmOnCopy && n == 1
-                   ? QCoreApplication::translate(
-                         "FileCommands",
+                   ? Text::tr(
                          "Are you sure you want to copy ' %1/ ' and all its contents to another "
                          "location?")
                          .arg(one)
                    : QString();
     case PendingAction::CopyFolderContents:
         return s.ConfirmOnCopy && n == 1
-                   ? QCoreApplication::translate(
-                         "FileCommands",
-                         "Copy all files and folders under ' %1/ ' to another location?")
+                   ? Text::tr("Copy all files and folders under ' %1/ ' to another location?")
                          .arg(one)
                    : QString();
     case PendingAction::MoveFolder:
         return s.ConfirmOnMove && n == 1
-                   ? QCoreApplication::translate(
-                         "FileCommands",
+                   ? Text::tr(
                          "Are you sure you want to move ' %1/ ' and all its contents to another "
                          "location?")
                          .arg(one)
@@ -124,20 +124,13 @@ QString ConfirmationQuestion(PendingAction command, const std::vector<std::strin
         // With every file asked for, one file needs no question beforehand.
         return n == 1 ? (s.ConfirmOnEachFileDelete
                              ? QString()
-                             : QCoreApplication::translate(
-                                   "FileCommands", "Are you sure you want to delete ' %1 '?")
-                                   .arg(one))
+                             : Text::tr("Are you sure you want to delete ' %1 '?").arg(one))
                : n == 2
-                   ? QCoreApplication::translate(
-                         "FileCommands", "Are you sure you want to delete both selected files?")
-                   : QCoreApplication::translate(
-                         "FileCommands", "Are you sure you want to delete all %1 selected files?")
-                         .arg(many);
+                   ? Text::tr("Are you sure you want to delete both selected files?")
+                   : Text::tr("Are you sure you want to delete all %1 selected files?").arg(many);
     case PendingAction::DeleteFolder:
         return s.ConfirmOnFolderDelete && n == 1
-                   ? QCoreApplication::translate(
-                         "FileCommands", "Send ' %1 '\r\nand all its contents to the recycle bin?")
-                         .arg(one)
+                   ? Text::tr("Send ' %1 '\r\nand all its contents to the recycle bin?").arg(one)
                    : QString();
     case PendingAction::MoveFiles:
     case PendingAction::None:
@@ -153,8 +146,8 @@ bool ConfirmAction(PendingAction command, const std::vector<std::string>& select
     const QString question = ConfirmationQuestion(command, selected, settings);
     return question.isEmpty() ||
            prompts.Message(question, MessageIcon::Question, MessageButtons::YesNo,
-                           QCoreApplication::translate("FileCommands", "%1 Confirmation")
-                               .arg(kApplicationTitle)) == MessageAnswer::Yes;
+                           Text::tr("%1 Confirmation").arg(kApplicationTitle)) ==
+               MessageAnswer::Yes;
 }
 
 bool PrepareDelete(PendingAction command, const std::vector<std::string>& selected,
@@ -170,7 +163,6 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
                                   CommandContext& context) {
     DeleteOutcome outcome;
     const size_t n = selection.size();
-    const QString total = QString::number(n);
     const bool eachFile = context.settings.ConfirmOnEachFileDelete;
     StatusLine& status = context.status;
     const auto skip = [&](size_t slot, const char* remark, const std::string& reason = {}) {
@@ -186,30 +178,28 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
         }
         const std::string& path = selection[position].path;
         if (!Exists(path)) {
-            skip(position, "file doesn't exist");
+            skip(position, QT_TRANSLATE_NOOP("Remark", "file doesn't exist"));
         } else if (!eachFile) {
             ++outcome.processed;
-            status.Set(StatusPart::Message, "Adding " + context.shortPath(path));
-            status.Set(StatusPart::Objects,
-                       "File: " + QString::number(outcome.processed) + " of " + total);
+            status.Set(StatusPart::Message, Text::tr("Adding %1").arg(context.shortPath(path)));
+            status.Set(StatusPart::Objects, FileOf(outcome.processed, n));
             batch.push_back(position);
         } else {
             ++outcome.processed;
-            status.Set(StatusPart::Message, "Deleting " + context.shortPath(path));
-            status.Set(StatusPart::Objects,
-                       "File: " + QString::number(outcome.processed) + " of " + total);
-            status.Set(StatusPart::Matched, "Deleted: " + QString::number(outcome.deleted));
-            status.Set(StatusPart::Elapsed, "Skipped: " + QString::number(outcome.skipped));
-            const MessageAnswer answer =
-                context.prompts.Message("Are you sure you want to delete ' " + Shown(path) + " '?",
-                                        MessageIcon::Warning, MessageButtons::YesNoCancel);
+            status.Set(StatusPart::Message, Text::tr("Deleting %1").arg(context.shortPath(path)));
+            status.Set(StatusPart::Objects, FileOf(outcome.processed, n));
+            status.Set(StatusPart::Matched, Text::tr("Deleted: %1").arg(outcome.deleted));
+            status.Set(StatusPart::Elapsed, Text::tr("Skipped: %1").arg(outcome.skipped));
+            const MessageAnswer answer = context.prompts.Message(
+                Text::tr("Are you sure you want to delete ' %1 '?").arg(Shown(path)),
+                MessageIcon::Warning, MessageButtons::YesNoCancel);
             if (answer == MessageAnswer::Cancel) {
-                skip(position, "delete cancelled by user");
+                skip(position, QT_TRANSLATE_NOOP("Remark", "delete cancelled by user"));
                 cancelled = true;
                 break;
             }
             if (answer == MessageAnswer::No) {
-                skip(position, "file deletion skipped by user");
+                skip(position, QT_TRANSLATE_NOOP("Remark", "file deletion skipped by user"));
             } else if (const std::string reason = context.desktop.MoveToTrash(path);
                        reason.empty() && !Exists(path)) {
                 ++outcome.deleted;
@@ -219,7 +209,7 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
                 }
             } else {
                 // The wording stands although the file does exist: it is the program's own.
-                skip(position, "error: file doesn't exist", reason);
+                skip(position, QT_TRANSLATE_NOOP("Remark", "error: file doesn't exist"), reason);
             }
         }
         if (context.cancel.IsRaised()) {
@@ -230,7 +220,7 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
     // Gathered files go now, unless the walk was cancelled; each one the trash refuses is
     // listed with its reason.
     if (!batch.empty() && !cancelled) {
-        status.Set(StatusPart::Message, QStringLiteral("Deleting"));
+        status.Set(StatusPart::Message, Text::tr("Deleting"));
         for (const size_t position : batch) {
             const std::string& path = selection[position].path;
             if (const std::string reason = context.desktop.MoveToTrash(path); reason.empty()) {
@@ -239,7 +229,7 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
                     context.handled(path);
                 }
             } else {
-                skip(position, "error: file doesn't exist", reason);
+                skip(position, QT_TRANSLATE_NOOP("Remark", "error: file doesn't exist"), reason);
             }
         }
     }
@@ -252,19 +242,19 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
 bool DeleteFolder(const std::string& folder, CommandContext& context) {
     std::string reason;
     if (!IsFolder(folder)) {
-        reason = "it is not a folder any more";
+        reason = QT_TRANSLATE_NOOP("Remark", "it is not a folder any more");
     } else {
         reason = context.desktop.MoveToTrash(folder);
     }
     if (!reason.empty()) {
-        context.prompts.Message("Could not send ' " + Shown(folder) +
-                                    " ' to the trash: " + QString::fromStdString(reason),
+        context.prompts.Message(Text::tr("Could not send ' %1 ' to the trash: %2")
+                                    .arg(Shown(folder), RemarkText(reason)),
                                 MessageIcon::Critical, MessageButtons::Ok);
     } else if (context.handled) {
         context.handled(folder);
     }
-    context.status.Set(StatusPart::Message, reason.empty() ? QStringLiteral("Folder deleted")
-                                                           : QStringLiteral("Folder not deleted"));
+    context.status.Set(StatusPart::Message, reason.empty() ? Text::tr("Folder deleted")
+                                                           : Text::tr("Folder not deleted"));
     return reason.empty();
 }
 
@@ -298,7 +288,6 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
         progress->Create(1, static_cast<int>(std::min<size_t>(n, INT_MAX)), true);
     }
     StatusLine& status = context.status;
-    const QString total = QString::number(n);
     int shift = 0; // the bar counts in larger units for files past 2 GiB
     const CopyProgress bytes{[&](int64_t size) {
                                  for (shift = 0; (size >> shift) > INT_MAX; ++shift) {
@@ -324,7 +313,7 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
                 {i, item.path, item.lastWriteTime, remark, target, reason});
         };
         if (!Exists(item.path)) {
-            skip("source file not found", {}, {});
+            skip(QT_TRANSLATE_NOOP("Remark", "source file not found"), {}, {});
         } else {
             const std::string target = JoinPath(destination, BaseName(item.path));
             if (progress) {
@@ -341,10 +330,10 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
                 }
                 break;
             case CopyResult::TargetExists:
-                skip("duplicate file", target, {});
+                skip(QT_TRANSLATE_NOOP("Remark", "duplicate file"), target, {});
                 break;
             case CopyResult::SourceMissing:
-                skip("source file not found", {}, {});
+                skip(QT_TRANSLATE_NOOP("Remark", "source file not found"), {}, {});
                 break;
             case CopyResult::Failed:
             case CopyResult::Cancelled:
@@ -352,11 +341,10 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
                 break;
             }
         }
-        status.Set(StatusPart::Message, "Copying " + context.shortPath(item.path));
-        status.Set(StatusPart::Objects,
-                   "File: " + QString::number(outcome.processed) + " of " + total);
-        status.Set(StatusPart::Matched, "Copied: " + QString::number(outcome.copied));
-        status.Set(StatusPart::Elapsed, "Skipped: " + QString::number(outcome.skipped));
+        status.Set(StatusPart::Message, Text::tr("Copying %1").arg(context.shortPath(item.path)));
+        status.Set(StatusPart::Objects, FileOf(outcome.processed, n));
+        status.Set(StatusPart::Matched, Text::tr("Copied: %1").arg(outcome.copied));
+        status.Set(StatusPart::Elapsed, Text::tr("Skipped: %1").arg(outcome.skipped));
         if (context.cancel.IsRaised()) {
             break;
         }
@@ -373,18 +361,19 @@ bool CopyFolder(const std::string& folder, const std::string& destination, Pendi
     const bool contents = mode == PendingAction::CopyFolderContents;
     const std::string target = contents ? destination : JoinPath(destination, BaseName(folder));
     const auto finish = [&](bool copied) {
-        context.status.Set(StatusPart::Message,
-                           copied ? (contents ? "Contents copied" : "Folder copied")
-                                  : (contents ? "Contents not copied" : "Folder not copied"));
+        context.status.Set(
+            StatusPart::Message,
+            copied ? (contents ? Text::tr("Contents copied") : Text::tr("Folder copied"))
+                   : (contents ? Text::tr("Contents not copied") : Text::tr("Folder not copied")));
     };
     if (!IsFolder(folder)) {
         finish(false);
         return false;
     }
     if (IsSameOrInside(destination, folder) || (!contents && SameFile(target, folder))) {
-        context.prompts.Message("' " + Shown(folder) + " ' cannot be copied into ' " +
-                                    Shown(destination) + " ': that is the folder itself or " +
-                                    "lies inside it.",
+        context.prompts.Message(Text::tr("' %1 ' cannot be copied into ' %2 ': that is the folder "
+                                         "itself or lies inside it.")
+                                    .arg(Shown(folder), Shown(destination)),
                                 MessageIcon::Critical, MessageButtons::Ok);
         finish(false);
         return false;
@@ -408,23 +397,29 @@ bool MoveFolder(const std::string& folder, const std::string& destination, Comma
         const FolderProgress window(context.progress);
         outcome = MoveTree(folder, JoinPath(destination, BaseName(folder)), tree);
     } else {
-        outcome.reason = "it is not a folder any more";
+        outcome.reason = QT_TRANSLATE_NOOP("Remark", "it is not a folder any more");
     }
     notProcessed = outcome.problems;
     const bool moved = outcome.result == MoveResult::Moved;
     if (!moved && outcome.result != MoveResult::Cancelled && outcome.problems.empty()) {
-        context.prompts.Message("Could not move ' " + Shown(folder) + " ' to ' " +
-                                    Shown(destination) +
-                                    " ': " + QString::fromStdString(outcome.reason),
-                                MessageIcon::Critical, MessageButtons::Ok);
+        context.prompts.Message(
+            Text::tr("Could not move ' %1 ' to ' %2 ': %3")
+                .arg(Shown(folder), Shown(destination), RemarkText(outcome.reason)),
+            MessageIcon::Critical, MessageButtons::Ok);
     }
-    context.status.Set(StatusPart::Message, moved ? "Folder moved" : "Folder not moved");
+    context.status.Set(StatusPart::Message,
+                       moved ? Text::tr("Folder moved") : Text::tr("Folder not moved"));
     return moved;
 }
 
+QString RemarkText(const std::string& words) {
+    return QCoreApplication::translate("Remark", words.c_str());
+}
+
 QString ConflictQuestion(const std::string& existing, const std::string& source) {
-    return "' " + Shown(existing) + " ' is already there.\n\nReplace it with ' " + Shown(source) +
-           " '? What is there now goes to the trash, from where it can be restored.";
+    return Text::tr("' %1 ' is already there.\n\nReplace it with ' %2 '? What is there now goes to "
+                    "the trash, from where it can be restored.")
+        .arg(Shown(existing), Shown(source));
 }
 
 Rescan RescanOrAdvise(const AppSettings& s, int listRows) {
@@ -440,15 +435,15 @@ Rescan RescanOrAdvise(const AppSettings& s, int listRows) {
 QString RescanAdviceText(Rescan advice) {
     switch (advice) {
     case Rescan::AdviseChanged:
-        return QStringLiteral("Ready! (Drive contents changed - rescan recommended.)");
+        return Text::tr("Ready! (Drive contents changed - rescan recommended.)");
     case Rescan::AdviseTooLarge:
-        return QStringLiteral("Ready! (Rescan size exceeded - rescan recommended.)");
+        return Text::tr("Ready! (Rescan size exceeded - rescan recommended.)");
     case Rescan::Now:
         break;
     }
-    return QStringLiteral("Ready!");
+    return Text::tr("Ready!");
 }
 
 QString ChangedListText() {
-    return QStringLiteral("Ready! (The list has changed - rescan recommended.)");
+    return Text::tr("Ready! (The list has changed - rescan recommended.)");
 }

@@ -47,6 +47,10 @@ struct SkippedItem {
     std::string reason;
 };
 
+// A remark or reason as the user reads it: the program's own words translated, the system's
+// (already in the user's language) as they are.
+QString RemarkText(const std::string& words);
+
 // What a command reaches while it runs: the settings, the user, the desktop, the cancel flag,
 // the status line, and the window around it.
 struct CommandContext {
@@ -128,8 +132,8 @@ bool CopyFolder(const std::string& folder, const std::string& destination, Pendi
 // `MoveFolder`, after PrepareCopy: the folder with all it holds into `destination`, where its
 // name must be free; across file systems the source goes only once all of it arrived. "Folder
 // moved" or "Folder not moved". True when the disk changed.
-bool MoveFolder(const std::string& folder, const std::string& destination,
-                CommandContext& context, std::vector<SkippedItem>& notProcessed);
+bool MoveFolder(const std::string& folder, const std::string& destination, CommandContext& context,
+                std::vector<SkippedItem>& notProcessed);
 
 // The question for a name already at a copy's target.
 QString ConflictQuestion(const std::string& existing, const std::string& source);

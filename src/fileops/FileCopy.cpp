@@ -6,6 +6,7 @@
 #include "platform/UniqueFd.h"
 #include "search/SearchStatus.h"
 
+#include <QCoreApplication>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -72,8 +73,8 @@ int CopyData(int in, int out, int64_t size, std::string_view target, const Cance
         ssize_t n = 0;
         if (ranges) {
             n = copy_file_range(in, nullptr, out, nullptr, 4 * kChunk, 0);
-            if (n < 0 && (errno == EXDEV || errno == EINVAL || errno == ENOSYS ||
-                          errno == EOPNOTSUPP)) {
+            if (n < 0 &&
+                (errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP)) {
                 ranges = false; // not between these file systems: reads and writes go on
                 continue;
             }
@@ -148,7 +149,8 @@ public:
     TreeOutcome Run(const std::string& source, const std::string& target, bool contentsOnly) {
         const UniqueFd from(open(source.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (!from) {
-            Problem(source, "source file not found", SystemReason(errno));
+            Problem(source, QT_TRANSLATE_NOOP("Remark", "source file not found"),
+                    SystemReason(errno));
             return out_;
         }
         if (c_.progress) {
@@ -161,7 +163,8 @@ public:
         if (contentsOnly) {
             const UniqueFd into(open(target.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
             if (!into) {
-                Problem(target, "folder not opened", SystemReason(errno));
+                Problem(target, QT_TRANSLATE_NOOP("Remark", "folder not opened"),
+                        SystemReason(errno));
                 return out_;
             }
             Children(from.Get(), source, into.Get(), target);
@@ -171,7 +174,8 @@ public:
             const UniqueFd targetParent(
                 open(FolderOfPath(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
             if (!sourceParent || !targetParent) {
-                Problem(source, "folder not opened", SystemReason(errno));
+                Problem(source, QT_TRANSLATE_NOOP("Remark", "folder not opened"),
+                        SystemReason(errno));
                 return out_;
             }
             Entry(sourceParent.Get(), BaseName(source), source, targetParent.Get(),
@@ -198,7 +202,7 @@ private:
         if (haveAnswerForAll_) {
             answer = answerForAll_;
         } else if (!c_.conflict) {
-            Problem(source, "duplicate file", SystemReason(EEXIST));
+            Problem(source, QT_TRANSLATE_NOOP("Remark", "duplicate file"), SystemReason(EEXIST));
             return false;
         } else {
             answer = c_.conflict(existing, source);
@@ -214,15 +218,17 @@ private:
         case ConflictChoice::Replace:
             break;
         }
-        const std::string refused = c_.trash ? c_.trash(existing) : "no trash";
+        const std::string refused =
+            c_.trash ? c_.trash(existing) : QT_TRANSLATE_NOOP("Remark", "no trash");
         if (!refused.empty()) {
-            Problem(source, "not replaced", refused);
+            Problem(source, QT_TRANSLATE_NOOP("Remark", "not replaced"), refused);
             return false;
         }
         return true;
     }
 
-    void Children(int from, const std::string& sourcePath, int into, const std::string& targetPath) {
+    void Children(int from, const std::string& sourcePath, int into,
+                  const std::string& targetPath) {
         for (const std::string& name : Names(from)) {
             if (Stopped()) {
                 return;
@@ -235,13 +241,15 @@ private:
                const std::string& targetName, const std::string& targetPath) {
         struct stat st {};
         if (fstatat(sourceDir, name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
-            Problem(sourcePath, "source file not found", SystemReason(errno));
+            Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "source file not found"),
+                    SystemReason(errno));
             return;
         }
         struct stat there {};
         bool exists = fstatat(targetDir, targetName.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0;
         if (exists && SameFile(st, there)) {
-            Problem(sourcePath, "duplicate file", "it is the item itself");
+            Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "duplicate file"),
+                    QT_TRANSLATE_NOOP("Remark", "it is the item itself"));
             return;
         }
         if (exists && !(S_ISDIR(st.st_mode) && S_ISDIR(there.st_mode))) {
@@ -257,7 +265,8 @@ private:
         } else if (S_ISREG(st.st_mode)) {
             File(sourceDir, name, sourcePath, st, targetDir, targetName, targetPath);
         } else {
-            Problem(sourcePath, "special file not copied", "not a regular file");
+            Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "special file not copied"),
+                    QT_TRANSLATE_NOOP("Remark", "not a regular file"));
         }
     }
 
@@ -266,7 +275,9 @@ private:
                 const std::string& targetPath, bool make) {
         // Made writable for the copy; it takes the source's permissions once filled.
         if (make && mkdirat(targetDir, targetName.c_str(), 0700) != 0) {
-            Problem(sourcePath, errno == EEXIST ? "duplicate file" : std::to_string(errno),
+            Problem(sourcePath,
+                    errno == EEXIST ? QT_TRANSLATE_NOOP("Remark", "duplicate file")
+                                    : std::to_string(errno),
                     SystemReason(errno));
             return;
         }
@@ -298,7 +309,9 @@ private:
         }
         to.resize(static_cast<size_t>(n));
         if (symlinkat(to.c_str(), targetDir, targetName.c_str()) != 0) {
-            Problem(sourcePath, errno == EEXIST ? "duplicate file" : std::to_string(errno),
+            Problem(sourcePath,
+                    errno == EEXIST ? QT_TRANSLATE_NOOP("Remark", "duplicate file")
+                                    : std::to_string(errno),
                     SystemReason(errno));
             return;
         }
@@ -311,7 +324,8 @@ private:
               const struct stat& st, int targetDir, const std::string& targetName,
               const std::string& targetPath) {
         if (c_.progress) {
-            c_.progress->SetMessage("Copying " + DisplayPath(sourcePath));
+            c_.progress->SetMessage(QCoreApplication::translate("FileCommands", "Copying %1")
+                                        .arg(DisplayPath(sourcePath)));
         }
         const CopyProgress progress{{}, [this](int64_t done) {
                                         if (c_.progress) {
@@ -319,19 +333,19 @@ private:
                                                 static_cast<int>((bytesDone_ + done) >> shift_));
                                         }
                                     }};
-        const CopyOutcome copy = CopyOneFile(sourceDir, name, targetDir, targetName, c_.cancel,
-                                             progress, c_.faults);
+        const CopyOutcome copy =
+            CopyOneFile(sourceDir, name, targetDir, targetName, c_.cancel, progress, c_.faults);
         switch (copy.result) {
         case CopyResult::Copied:
             ++out_.files;
             bytesDone_ += st.st_size;
             break;
         case CopyResult::TargetExists:
-            Problem(sourcePath, "duplicate file", copy.reason);
+            Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "duplicate file"), copy.reason);
             out_.problems.back().remarkDate = targetPath;
             break;
         case CopyResult::SourceMissing:
-            Problem(sourcePath, "source file not found", copy.reason);
+            Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "source file not found"), copy.reason);
             break;
         case CopyResult::Cancelled:
             out_.cancelled = true;
@@ -392,8 +406,12 @@ void RemoveArrived(int source, int target, const std::string& path,
         struct stat from {};
         int error = 0;
         if (!Arrived(source, target, name, from)) {
-            problems.push_back({problems.size(), child, 0, "not removed", {},
-                                "it changed while it was moved"});
+            problems.push_back({problems.size(),
+                                child,
+                                0,
+                                QT_TRANSLATE_NOOP("Remark", "not removed"),
+                                {},
+                                QT_TRANSLATE_NOOP("Remark", "it changed while it was moved")});
             continue;
         }
         if (S_ISDIR(from.st_mode)) {
@@ -410,7 +428,12 @@ void RemoveArrived(int source, int target, const std::string& path,
             error = errno;
         }
         if (error != 0) {
-            problems.push_back({problems.size(), child, 0, "not removed", {}, SystemReason(error)});
+            problems.push_back({problems.size(),
+                                child,
+                                0,
+                                QT_TRANSLATE_NOOP("Remark", "not removed"),
+                                {},
+                                SystemReason(error)});
         }
     }
 }
@@ -436,7 +459,12 @@ void RemoveEntry(int dir, const std::string& name, const std::string& path,
             return; // what stayed inside is listed already
         }
     }
-    problems.push_back({problems.size(), path, 0, "not removed", {}, SystemReason(error)});
+    problems.push_back({problems.size(),
+                        path,
+                        0,
+                        QT_TRANSLATE_NOOP("Remark", "not removed"),
+                        {},
+                        SystemReason(error)});
 }
 
 } // namespace
@@ -469,7 +497,7 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
     if (!S_ISREG(from.st_mode)) {
         CopyOutcome outcome = Outcome(CopyResult::Failed, S_ISDIR(from.st_mode) ? EISDIR : EINVAL);
         if (!S_ISDIR(from.st_mode)) {
-            outcome.reason = "not a regular file";
+            outcome.reason = QT_TRANSLATE_NOOP("Remark", "not a regular file");
         }
         return outcome;
     }
@@ -497,7 +525,7 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
         out.Close();
         RemoveCreated(targetDir, target, created);
         return Outcome(error == ECANCELED && cancel.IsRaised() ? CopyResult::Cancelled
-                                                                : CopyResult::Failed,
+                                                               : CopyResult::Failed,
                        error);
     }
     return {CopyResult::Copied, 0, {}};
@@ -536,11 +564,19 @@ MoveOutcome MoveTree(const std::string& source, const std::string& target,
                      TreeCopyContext& context) {
     struct stat there {};
     if (lstat(target.c_str(), &there) == 0) {
-        return {MoveResult::Refused, "something named ' " + BaseName(target) + " ' is already there",
-                {}};
+        // The name, in its own bytes, goes into the translated words.
+        std::string reason =
+            QCoreApplication::translate("Remark", "something named ' %1 ' is already there")
+                .toStdString();
+        if (const size_t at = reason.find("%1"); at != std::string::npos) {
+            reason.replace(at, 2, BaseName(target));
+        }
+        return {MoveResult::Refused, reason, {}};
     }
     if (IsSameOrInside(FolderOfPath(target), source)) {
-        return {MoveResult::Refused, "a folder cannot be moved into itself", {}};
+        return {MoveResult::Refused,
+                QT_TRANSLATE_NOOP("Remark", "a folder cannot be moved into itself"),
+                {}};
     }
     const int injected = context.faults && context.faults->rename ? context.faults->rename() : 0;
     int error = injected;
@@ -555,7 +591,8 @@ MoveOutcome MoveTree(const std::string& source, const std::string& target,
         // own, and only that is replaced.
         if (mkdir(target.c_str(), 0700) != 0) {
             return {errno == EEXIST ? MoveResult::Refused : MoveResult::Failed,
-                    SystemReason(errno), {}};
+                    SystemReason(errno),
+                    {}};
         }
         claimed = true;
         error = rename(source.c_str(), target.c_str()) == 0 ? 0 : errno;
@@ -567,13 +604,13 @@ MoveOutcome MoveTree(const std::string& source, const std::string& target,
         if (claimed) {
             rmdir(target.c_str());
         }
-        return {error == EEXIST ? MoveResult::Refused : MoveResult::Failed, SystemReason(error),
-                {}};
+        return {
+            error == EEXIST ? MoveResult::Refused : MoveResult::Failed, SystemReason(error), {}};
     }
     // Another file system: a copy first, into a folder of our own.
     if (!claimed && mkdir(target.c_str(), 0700) != 0) {
-        return {errno == EEXIST ? MoveResult::Refused : MoveResult::Failed, SystemReason(errno),
-                {}};
+        return {
+            errno == EEXIST ? MoveResult::Refused : MoveResult::Failed, SystemReason(errno), {}};
     }
     TreeCopyContext copying = context;
     copying.conflict = nullptr;
@@ -583,7 +620,7 @@ MoveOutcome MoveTree(const std::string& source, const std::string& target,
     if (!copied.Complete() || !from || !into || !AllArrived(from.Get(), into.Get())) {
         RemoveTree(target);
         return {copied.cancelled ? MoveResult::Cancelled : MoveResult::Failed,
-                "not every item could be copied", copied.problems};
+                QT_TRANSLATE_NOOP("Remark", "not every item could be copied"), copied.problems};
     }
     struct stat st {};
     if (fstat(from.Get(), &st) == 0) {
@@ -595,7 +632,8 @@ MoveOutcome MoveTree(const std::string& source, const std::string& target,
     MoveOutcome moved{MoveResult::Moved, {}, {}};
     RemoveArrived(from.Get(), into.Get(), source, moved.problems);
     if (moved.problems.empty() && rmdir(source.c_str()) != 0) {
-        moved.problems.push_back({0, source, 0, "not removed", {}, SystemReason(errno)});
+        moved.problems.push_back(
+            {0, source, 0, QT_TRANSLATE_NOOP("Remark", "not removed"), {}, SystemReason(errno)});
     }
     return moved;
 }
@@ -604,7 +642,8 @@ std::vector<SkippedItem> RemoveTree(const std::string& path) {
     std::vector<SkippedItem> problems;
     const UniqueFd parent(open(FolderOfPath(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!parent) {
-        problems.push_back({0, path, 0, "not removed", {}, SystemReason(errno)});
+        problems.push_back(
+            {0, path, 0, QT_TRANSLATE_NOOP("Remark", "not removed"), {}, SystemReason(errno)});
         return problems;
     }
     RemoveEntry(parent.Get(), BaseName(path), path, problems);

@@ -83,11 +83,10 @@ dlgCopyErr::dlgCopyErr(modPProfile& profile, Prompts& prompts, Desktop& desktop,
     : QDialog(parent), profile_(profile), prompts_(prompts), desktop_(desktop),
       Label1(new QLabel(this)), ListView1(new NotProcessedTable(this)), Text1(new QLineEdit(this)) {
     setObjectName("dlgCopyErr");
-    setWindowTitle(QStringLiteral("Files Not Processed"));
+    setWindowTitle(tr("Files Not Processed"));
     Label1->setObjectName("Label1");
-    Label1->setText(QStringLiteral("The following files were not processed due to the reasons "
-                                   "stated. Selecting a file\ndisplays its complete path in the "
-                                   "textbox below."));
+    Label1->setText(tr("The following files were not processed due to the reasons stated. "
+                       "Selecting a file\ndisplays its complete path in the textbox below."));
     ListView1->setObjectName("ListView1");
     ListView1->setSelectionBehavior(QAbstractItemView::SelectRows);
     ListView1->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -171,9 +170,9 @@ void dlgCopyErr::BuildMenus(QMenu* file, QMenu* edit, QMenu* view) {
 void dlgCopyErr::Create(PendingAction command) {
     copyLayout_ = command == PendingAction::CopyFiles || command == PendingAction::MoveFiles;
     const QStringList columns =
-        copyLayout_ ? QStringList{"Source File", "Source Path", "Source Date/Time",
-                                  "Target Date/Time", "Status"}
-                    : QStringList{"File", "Status"};
+        copyLayout_ ? QStringList{tr("Source File"), tr("Source Path"), tr("Source Date/Time"),
+                                  tr("Target Date/Time"), tr("Status")}
+                    : QStringList{tr("File"), tr("Status")};
     ListView1->clear();
     ListView1->setRowCount(0);
     ListView1->setColumnCount(static_cast<int>(columns.size()));
@@ -186,12 +185,13 @@ void dlgCopyErr::AddItems(const std::vector<SkippedItem>& items) {
         const int row = ListView1->rowCount();
         ListView1->insertRow(row);
         const size_t slash = item.path.rfind('/');
-        const std::string name = slash == std::string::npos ? item.path : item.path.substr(slash + 1);
+        const std::string name =
+            slash == std::string::npos ? item.path : item.path.substr(slash + 1);
         const std::string folder = slash == std::string::npos ? "" : item.path.substr(0, slash + 1);
-        QString status = QString::fromStdString(item.remark);
-        if (!item.reason.empty()) {
-            status += " (" + QString::fromStdString(item.reason) + ")";
-        }
+        const QString status = item.reason.empty()
+                                   ? RemarkText(item.remark)
+                                   : tr("%1 (%2)", "a remark and its reason")
+                                         .arg(RemarkText(item.remark), RemarkText(item.reason));
         QStringList cells;
         int64_t targetTicks = 0;
         if (copyLayout_) {
@@ -222,7 +222,8 @@ void dlgCopyErr::CreateFinalize() {
     ListView1->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
     ListView1->setSortingEnabled(true);
     ListView1->horizontalHeader()->setSortIndicatorShown(false);
-    connect(ListView1->horizontalHeader(), &QHeaderView::sectionClicked, ListView1->horizontalHeader(),
+    connect(ListView1->horizontalHeader(), &QHeaderView::sectionClicked,
+            ListView1->horizontalHeader(),
             [header = ListView1->horizontalHeader()] { header->setSortIndicatorShown(true); });
     const AppSettings& s = profile_.Settings();
     SetReportView(s.LVDefaultView == 1);
@@ -280,12 +281,12 @@ void dlgCopyErr::CopyToClipboard() {
     if (paths.empty()) {
         return;
     }
-    QString text = QStringLiteral("Files not Processed\r\n") +
+    QString text = tr("Files not Processed") + QStringLiteral("\r\n") +
                    QLocale::system().toString(QDate::currentDate(), QLocale::LongFormat) +
                    QStringLiteral("\r\n");
     for (const std::string& path : paths) {
         text += DisplayPath(path) + QStringLiteral("\r\n");
     }
     QGuiApplication::clipboard()->setText(text);
-    Text1->setText(QStringLiteral("Ready! (Selected items copied to clipboard.)"));
+    Text1->setText(tr("Ready! (Selected items copied to clipboard.)"));
 }

@@ -56,7 +56,7 @@ void dlgProgress::Reset() {
 }
 
 void dlgProgress::SetMessage(const QString& text) {
-    Label1->setText(text.isEmpty() ? QStringLiteral("Processing...") : text);
+    Label1->setText(text.isEmpty() ? tr("Processing...") : text);
 }
 
 void dlgProgress::Setup(int stepSize, int maximum, int value) {

@@ -3,6 +3,7 @@
 #include "platform/Prompts.h"
 #include "settings/modPProfile.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -14,6 +15,10 @@
 namespace modBrowse {
 
 namespace {
+
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(modBrowse)
+};
 
 bool IsFolder(const std::string& path) {
     struct stat st {};
@@ -53,35 +58,39 @@ std::optional<Memory> MemoryOf(int purpose) {
 Purpose PurposeOf(int purpose) {
     switch (purpose) {
     case 1:
-        return {"Select Destination Folder",
-                "Select the folder or drive into which the selected files will be copied.",
-                BrowseRoot::Desktop};
+        return {
+            Text::tr("Select Destination Folder"),
+            Text::tr("Select the folder or drive into which the selected files will be copied."),
+            BrowseRoot::Desktop};
     case 2:
-        return {"Select Local Folder",
-                "Select the folder or drive into which the selected folder should be copied.",
+        return {Text::tr("Select Local Folder"),
+                Text::tr("Select the folder or drive into which the selected folder should be "
+                         "copied."),
                 BrowseRoot::Drives};
     case 3:
-        return {"Select Destination Folder",
-                "Choose the folder or drive into which all contents of selected folder should be "
-                "copied.",
+        return {Text::tr("Select Destination Folder"),
+                Text::tr("Choose the folder or drive into which all contents of selected folder "
+                         "should be copied."),
                 BrowseRoot::Drives};
     case 4:
         return {"", "", BrowseRoot::Desktop};
     case 5:
-        return {"Select Destination Location",
-                "You are about to move a folder and all its contents. Choose a new location for "
-                "the selected folder.",
+        return {Text::tr("Select Destination Location"),
+                Text::tr("You are about to move a folder and all its contents. Choose a new "
+                         "location for the selected folder."),
                 BrowseRoot::Desktop};
     case 6:
-        return {"Select Local Folder", "Select the folder or drive in which to begin the search.",
+        return {Text::tr("Select Local Folder"),
+                Text::tr("Select the folder or drive in which to begin the search."),
                 BrowseRoot::Drives};
     case 7:
-        return {"Select Network Share", "Select the network share in which to begin the search.",
+        return {Text::tr("Select Network Share"),
+                Text::tr("Select the network share in which to begin the search."),
                 BrowseRoot::Network};
     case 8:
-        return {"Select Network Administrative Share",
-                "Select the network share in which to begin the search.", BrowseRoot::Network,
-                true};
+        return {Text::tr("Select Network Administrative Share"),
+                Text::tr("Select the network share in which to begin the search."),
+                BrowseRoot::Network, true};
     default:
         return {"", "", BrowseRoot::Desktop};
     }
@@ -101,15 +110,13 @@ std::string RootFolderOf(BrowseRoot root) {
 }
 
 std::vector<FolderPlace> StartingPlaces(const std::string& home, const std::string& runtimeDir) {
-    std::vector<FolderPlace> places = {{QStringLiteral("Home"), home},
-                                       {QStringLiteral("File System"), "/"}};
+    std::vector<FolderPlace> places = {{Text::tr("Home"), home}, {Text::tr("File System"), "/"}};
     for (const QStorageInfo& volume : QStorageInfo::mountedVolumes()) {
         const std::string root = QFile::encodeName(volume.rootPath()).toStdString();
         if (root.rfind("/media/", 0) == 0 || root.rfind("/run/media/", 0) == 0 ||
             root.rfind("/mnt/", 0) == 0 || root == "/mnt" || root == "/media") {
-            const QString name = volume.name().isEmpty()
-                                     ? QFileInfo(volume.rootPath()).fileName()
-                                     : volume.name();
+            const QString name =
+                volume.name().isEmpty() ? QFileInfo(volume.rootPath()).fileName() : volume.name();
             places.push_back({name, root});
         }
     }
@@ -149,7 +156,8 @@ std::string PickFolder(int purpose, bool remember, const std::string& rootFieldT
     case 4:
         break;
     default:
-        prompts.Message("oops!", MessageIcon::None, MessageButtons::Ok);
+        prompts.Message(QCoreApplication::translate("modBrowse", "oops!"), MessageIcon::None,
+                        MessageButtons::Ok);
         break;
     }
     if (!IsFolder(start)) {

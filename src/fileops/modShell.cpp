@@ -5,11 +5,16 @@
 #include "search/SearchStatus.h"
 #include "settings/AppSettings.h"
 
+#include <QCoreApplication>
 #include <QUrl>
 
 namespace modShell {
 
 namespace {
+
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(modShell)
+};
 
 // The question asked once for several items; true when the command may go on.
 bool ConfirmMany(const std::vector<std::string>& selected, const QString& question,
@@ -30,13 +35,16 @@ bool ConfirmItem(const QString& question, Prompts& prompts) {
 
 void ShellOpenSelected(const std::vector<std::string>& selected, bool folderView,
                        const AppSettings& settings, Prompts& prompts, Desktop& desktop) {
-    if (!ConfirmMany(selected, kConfirmOpenMany, prompts)) {
+    if (!ConfirmMany(selected,
+                     Text::tr("More than one file is selected. Are you sure you want to open all "
+                              "selected files in the current window?"),
+                     prompts)) {
         return;
     }
     const bool explore = folderView && settings.OpenFoldersWithExplore;
     for (const std::string& path : selected) {
         if (settings.ConfirmOnOpen &&
-            !ConfirmItem(QStringLiteral("Confirm opening of ") + DisplayPath(path), prompts)) {
+            !ConfirmItem(Text::tr("Confirm opening of %1").arg(DisplayPath(path)), prompts)) {
             continue;
         }
         if (explore) {
@@ -49,12 +57,15 @@ void ShellOpenSelected(const std::vector<std::string>& selected, bool folderView
 
 void ShellOpenWithNotepad(const std::vector<std::string>& selected, const AppSettings& settings,
                           Prompts& prompts, Desktop& desktop) {
-    if (!ConfirmMany(selected, kConfirmOpenMany, prompts)) {
+    if (!ConfirmMany(selected,
+                     Text::tr("More than one file is selected. Are you sure you want to open all "
+                              "selected files in the current window?"),
+                     prompts)) {
         return;
     }
     for (const std::string& path : selected) {
         if (settings.ConfirmOnOpen &&
-            !ConfirmItem(QStringLiteral("Confirm using Notepad to open: \r\n") + DisplayPath(path),
+            !ConfirmItem(Text::tr("Confirm using Notepad to open: \r\n%1").arg(DisplayPath(path)),
                          prompts)) {
             continue;
         }
@@ -64,7 +75,10 @@ void ShellOpenWithNotepad(const std::vector<std::string>& selected, const AppSet
 
 void ShellShowProperties(const std::vector<std::string>& selected, Prompts& prompts,
                          Desktop& desktop) {
-    if (!ConfirmMany(selected, kConfirmPropertiesMany, prompts)) {
+    if (!ConfirmMany(selected,
+                     Text::tr("More than one file is selected. Are you sure you want to open "
+                              "property pages for all selected files?"),
+                     prompts)) {
         return;
     }
     for (const std::string& path : selected) {
@@ -75,7 +89,9 @@ void ShellShowProperties(const std::vector<std::string>& selected, Prompts& prom
 void ShellOpenWithDialog(const std::vector<std::string>& selected, const AppSettings& settings,
                          Prompts& prompts, Desktop& desktop) {
     if (selected.empty()) {
-        prompts.Message(kOpenWithNeedsOne, MessageIcon::Information, MessageButtons::Ok);
+        prompts.Message(Text::tr("Sorry. The 'Open With' dialog may only be invoked when one "
+                                 "file is selected."),
+                        MessageIcon::Information, MessageButtons::Ok);
         return;
     }
     if (selected.size() > 1) {
@@ -83,9 +99,9 @@ void ShellOpenWithDialog(const std::vector<std::string>& selected, const AppSett
     }
     const std::string& path = selected.front();
     if (settings.AskToOpenWith &&
-        !ConfirmItem(QStringLiteral("Show the 'Open With...' dialog for file: \r\n") +
-                         DisplayPath(path),
-                     prompts)) {
+        !ConfirmItem(
+            Text::tr("Show the 'Open With...' dialog for file: \r\n%1").arg(DisplayPath(path)),
+            prompts)) {
         return;
     }
     if (!path.empty()) {

@@ -13,15 +13,6 @@ struct AppSettings;
 // each selected item in list order; a refused per-item question skips only that item.
 namespace modShell {
 
-inline const QString kConfirmOpenMany = QStringLiteral(
-    "More than one file is selected. Are you sure you want to open all selected files in the "
-    "current window?");
-inline const QString kConfirmPropertiesMany = QStringLiteral(
-    "More than one file is selected. Are you sure you want to open property pages for all "
-    "selected files?");
-inline const QString kOpenWithNeedsOne =
-    QStringLiteral("Sorry. The 'Open With' dialog may only be invoked when one file is selected.");
-
 // `selected`: the full paths of the selected items, in list order.
 void ShellOpenSelected(const std::vector<std::string>& selected, bool folderView,
                        const AppSettings& settings, Prompts& prompts, Desktop& desktop);

@@ -1,5 +1,7 @@
 #include "output/ClipboardExport.h"
 
+#include <QCoreApplication>
+
 std::string ClipboardText(const std::vector<std::string>& items,
                           const std::function<void(const QString&)>& status) {
     std::string text;
@@ -9,7 +11,8 @@ std::string ClipboardText(const std::vector<std::string>& items,
         text += "\r\n";
         if (i % 10 == 1) {
             ++dots;
-            status(QStringLiteral("Creating clipboard image") + QString(dots, QLatin1Char('.')));
+            status(QCoreApplication::translate("ClipboardExport", "Creating clipboard image") +
+                   QString(dots, QLatin1Char('.')));
             if (dots == 20) {
                 dots = 0;
             }

@@ -10,12 +10,6 @@
 
 constexpr int kClipboardLimit = 1000;
 
-inline const QString kTooManyForClipboard = QStringLiteral(
-    "Over 1000 items have been selected, which can seriously degrade system performance. Please "
-    "select less than 1000 items or save to file.");
-inline const QString kCopiedToClipboard =
-    QStringLiteral("Ready! (Selected items copied to clipboard.)");
-
 // Every item followed by CR LF. After the item at every position i with i mod 10 = 1, `status`
 // hears "Creating clipboard image" and one dot more (up to twenty, then from none again).
 std::string ClipboardText(const std::vector<std::string>& items,

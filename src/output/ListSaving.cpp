@@ -5,6 +5,7 @@
 #include "search/SearchStatus.h"
 #include "search/SortStrings.h"
 
+#include <QCoreApplication>
 #include <string_view>
 
 namespace {
@@ -69,11 +70,11 @@ std::string WriteStore(const FileDataArray& store, const std::string& path,
 } // namespace
 
 QString WritingMessage(int64_t files) {
-    return QStringLiteral("Writing ") + FormatCount(files) + QStringLiteral(" files...");
+    return QCoreApplication::translate("ListSaving", "Writing %1 files...").arg(FormatCount(files));
 }
 
 QString SortingMessage(int64_t files) {
-    return QStringLiteral("Sorting ") + FormatCount(files) + QStringLiteral(" files...");
+    return QCoreApplication::translate("ListSaving", "Sorting %1 files...").arg(FormatCount(files));
 }
 
 std::string WriteResultsUnsorted(const FileDataArray& store, const std::string& path,

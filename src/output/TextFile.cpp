@@ -1,5 +1,8 @@
 #include "output/TextFile.h"
 
+#include "search/PathText.h"
+
+#include <QCoreApplication>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -24,18 +27,20 @@ bool TextFile::Open(const std::string& path, Mode mode) {
         const int fd =
             open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
         if (fd < 0) {
-            Fail("Cannot create", errno);
+            Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot create %1: %2"), errno);
             return false;
         }
         created_.Reset(fd);
     } else {
         target_ = ResolveReplaceTarget(path);
         if (!target_.error.empty()) {
-            error_ = "Cannot replace " + path + ": " + target_.error;
+            error_ = FillIn(
+                QCoreApplication::translate("TextFile", "Cannot replace %1: %2").toStdString(),
+                {path, QCoreApplication::translate("Remark", target_.error.c_str()).toStdString()});
             return false;
         }
         if (!replacement_.Create(target_.path)) {
-            Fail("Cannot create", errno);
+            Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot create %1: %2"), errno);
             return false;
         }
     }
@@ -45,7 +50,8 @@ bool TextFile::Open(const std::string& path, Mode mode) {
 
 void TextFile::Fail(const char* what, int error) {
     if (error_.empty()) {
-        error_ = std::string(what) + " " + path_ + ": " + SystemReason(error);
+        error_ = FillIn(QCoreApplication::translate("TextFile", what).toStdString(),
+                        {path_, SystemReason(error)});
     }
 }
 
@@ -67,7 +73,7 @@ void TextFile::Flush() {
     }
     if (mode_ == Mode::Replace) {
         if (!replacement_.WriteAll(buffer_.data(), buffer_.size())) {
-            Fail("Cannot write", errno);
+            Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot write %1: %2"), errno);
         }
     } else {
         size_t done = 0;
@@ -77,7 +83,7 @@ void TextFile::Flush() {
                 continue;
             }
             if (n <= 0) {
-                Fail("Cannot write", n == 0 ? ENOSPC : errno);
+                Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot write %1: %2"), n == 0 ? ENOSPC : errno);
                 break;
             }
             done += static_cast<size_t>(n);
@@ -111,10 +117,10 @@ bool TextFile::Close() {
     if (error_.empty()) {
         if (mode_ == Mode::Replace) {
             if (!replacement_.Commit(target_.mode)) {
-                Fail("Cannot write", errno);
+                Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot write %1: %2"), errno);
             }
         } else if (fsync(created_.Get()) != 0 || !created_.Close()) {
-            Fail("Cannot write", errno);
+            Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot write %1: %2"), errno);
         }
     }
     if (!error_.empty()) {

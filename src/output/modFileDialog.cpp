@@ -4,13 +4,16 @@
 #include "search/PathText.h"
 #include "settings/modPProfile.h"
 
+#include <QCoreApplication>
+
 namespace modFileDialog {
 
 std::string SaveReportDialog(Prompts& prompts, bool entireListEnabled, bool& entireList,
                              std::string& initialFolder, const std::string& initialName) {
     SaveRequest request;
-    request.title = QStringLiteral("Save Report As");
-    request.filters = {QStringLiteral("Text Files  (*.txt)"), QStringLiteral("All Files  (*.*)")};
+    request.title = QCoreApplication::translate("modFileDialog", "Save Report As");
+    request.filters = {QCoreApplication::translate("modFileDialog", "Text Files  (*.txt)"),
+                       QCoreApplication::translate("modFileDialog", "All Files  (*.*)")};
     request.defaultSuffix = QStringLiteral("txt");
     request.folder = initialFolder;
     request.name = initialName;
@@ -29,7 +32,8 @@ std::string AskForOutputFile(Prompts& prompts, modPProfile& profile, bool entire
                              bool& entireList, const std::string& initialName,
                              bool writeBackOnCancel) {
     std::string& folder = profile.Settings().LastOutputSaveDirectory;
-    const std::string path = SaveReportDialog(prompts, entireListEnabled, entireList, folder, initialName);
+    const std::string path =
+        SaveReportDialog(prompts, entireListEnabled, entireList, folder, initialName);
     if (!folder.empty() && (!path.empty() || writeBackOnCancel)) {
         profile.ProfileSetPathsKey("LastOutputSaveDirectory", folder);
     }

@@ -1,5 +1,6 @@
 #include "platform/FileReplacement.h"
 
+#include <QtGlobal>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -67,7 +68,7 @@ ReplaceTarget ResolveReplaceTarget(const std::string& path) {
             if (S_ISDIR(st.st_mode)) {
                 target.error = SystemReason(EISDIR);
             } else if (!S_ISREG(st.st_mode)) {
-                target.error = "Not a regular file";
+                target.error = QT_TRANSLATE_NOOP("Remark", "Not a regular file");
             }
             target.mode = st.st_mode & 07777;
             return target;
@@ -171,7 +172,8 @@ int RemoveLeftoverTemporaries(const std::string& target) {
     while (const dirent* entry = readdir(dir)) {
         const std::string name = entry->d_name;
         struct stat st {};
-        if (name.size() == prefix.size() + kRandomPart && name.compare(0, prefix.size(), prefix) == 0 &&
+        if (name.size() == prefix.size() + kRandomPart &&
+            name.compare(0, prefix.size(), prefix) == 0 &&
             fstatat(folder.Get(), entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 &&
             S_ISREG(st.st_mode) && unlinkat(folder.Get(), entry->d_name, 0) == 0) {
             ++removed;

@@ -1,22 +1,26 @@
 // GIO first: Qt's keyword macros would clash with its headers.
-#include <gio/gdesktopappinfo.h>
-#include <gio/gio.h>
-
 #include "platform/GioDesktop.h"
 
 #include "platform/Prompts.h"
 #include "search/SearchStatus.h"
 
+#include <QCoreApplication>
 #include <QString>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <gio/gdesktopappinfo.h>
+#include <gio/gio.h>
 #include <memory>
 #include <set>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
+
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(GioDesktop)
+};
 
 struct ObjectUnref {
     void operator()(gpointer object) const {
@@ -52,8 +56,7 @@ QString Utf8(const char* text) {
 // typed by its name alone.
 std::string ContentTypeOf(const std::string& path) {
     GObjectPtr<GFile> file(g_file_new_for_path(path.c_str()));
-    GObjectPtr<GFileInfo> info(g_file_query_info(file.get(),
-                                                 G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
+    GObjectPtr<GFileInfo> info(g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
                                                  G_FILE_QUERY_INFO_NONE, nullptr, nullptr));
     if (info && g_file_info_get_content_type(info.get()) != nullptr) {
         return g_file_info_get_content_type(info.get());
@@ -102,7 +105,7 @@ GioDesktop::GioDesktop(Prompts& prompts, FileManager fileManager)
 bool GioDesktop::Launch(GAppInfo* app, const std::string& target, bool isUri) {
     const auto fail = [&](const QString& reason) {
         const QString what = isUri ? Utf8(target.c_str()) : DisplayPath(target);
-        prompts_.Message(QStringLiteral("Could not open ' %1 ' with %2: %3")
+        prompts_.Message(Text::tr("Could not open ' %1 ' with %2: %3")
                              .arg(what, Utf8(g_app_info_get_display_name(app)), reason),
                          MessageIcon::Critical, MessageButtons::Ok);
         return false;
@@ -111,7 +114,7 @@ bool GioDesktop::Launch(GAppInfo* app, const std::string& target, bool isUri) {
     // without a word: look for it first.
     const char* program = g_app_info_get_executable(app);
     if (GText found(program != nullptr ? g_find_program_in_path(program) : nullptr); !found) {
-        return fail(QStringLiteral("Failed to execute child process \u201c%1\u201d (%2)")
+        return fail(Text::tr("Failed to execute child process \u201c%1\u201d (%2)")
                         .arg(Utf8(program), QString::fromLocal8Bit(std::strerror(ENOENT))));
     }
     GText uri(isUri ? g_strdup(target.c_str()) : nullptr);
@@ -130,8 +133,8 @@ bool GioDesktop::Launch(GAppInfo* app, const std::string& target, bool isUri) {
         GPid pid = 0;
         launched = g_desktop_app_info_launch_uris_as_manager(
             G_DESKTOP_APP_INFO(app), &uris, context.get(), flags,
-            folder.empty() ? nullptr : EnterFolder, const_cast<char*>(folder.c_str()),
-            RememberPid, &pid, &failure);
+            folder.empty() ? nullptr : EnterFolder, const_cast<char*>(folder.c_str()), RememberPid,
+            &pid, &failure);
         if (launched && waitForLaunches_ && pid > 0) {
             waitpid(pid, nullptr, 0);
         }
@@ -179,10 +182,10 @@ bool GioDesktop::OpenUrl(const std::string& url) {
     const GErrorPtr error(failure);
     QString reason = Utf8(error ? error->message : nullptr);
     if (scheme && error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_NOT_SUPPORTED)) {
-        reason = QStringLiteral("no application on this desktop opens %1: links (%2)")
+        reason = Text::tr("no application on this desktop opens %1: links (%2)")
                      .arg(Utf8(scheme.get()), reason);
     }
-    prompts_.Message(QStringLiteral("Could not open %1: %2").arg(Utf8(url.c_str()), reason),
+    prompts_.Message(Text::tr("Could not open %1: %2").arg(Utf8(url.c_str()), reason),
                      MessageIcon::Critical, MessageButtons::Ok);
     return false;
 }
@@ -241,7 +244,7 @@ bool GioDesktop::OpenWith(const std::string& path) {
                                                      nullptr, G_APP_INFO_CREATE_NONE, &failure));
         if (!app) {
             const GErrorPtr error(failure);
-            prompts_.Message(QStringLiteral("Could not run ' %1 ': %2")
+            prompts_.Message(Text::tr("Could not run ' %1 ': %2")
                                  .arg(answer.commandLine, Utf8(error ? error->message : nullptr)),
                              MessageIcon::Critical, MessageButtons::Ok);
             return false;
@@ -250,7 +253,7 @@ bool GioDesktop::OpenWith(const std::string& path) {
         return false;
     }
     if (!app) {
-        prompts_.Message(QStringLiteral("The application %1 is no longer installed.")
+        prompts_.Message(Text::tr("The application %1 is no longer installed.")
                              .arg(Utf8(answer.applicationId.c_str())),
                          MessageIcon::Critical, MessageButtons::Ok);
         return false;

@@ -10,10 +10,10 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QGridLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QHeaderView>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QTreeView>
@@ -84,15 +84,15 @@ MessageAnswer QtPrompts::Message(const QString& text, MessageIcon icon, MessageB
                                                    QMessageBox::Question};
     box.setIcon(kIcons[static_cast<int>(icon)]);
     static constexpr QMessageBox::StandardButtons kButtons[] = {
-        QMessageBox::Ok, QMessageBox::Ok | QMessageBox::Cancel,
-        QMessageBox::Yes | QMessageBox::No,
+        QMessageBox::Ok, QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Yes | QMessageBox::No,
         QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel};
     box.setStandardButtons(kButtons[static_cast<int>(buttons)]);
     if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
         // The widest text a box takes on this screen (as QMessageBox limits itself).
         const QScreen* screen = box.screen();
         const int screenWidth = screen ? screen->availableGeometry().width() : 1280;
-        const int room = (screenWidth <= 1024 ? screenWidth : std::min(screenWidth - 480, 1000)) - 120;
+        const int room =
+            (screenWidth <= 1024 ? screenWidth : std::min(screenWidth - 480, 1000)) - 120;
         int widest = 0;
         box.setText(KeepPathsWhole(text, label->fontMetrics(), room, widest));
         label->setMinimumWidth(widest);
@@ -127,7 +127,7 @@ SaveAnswer QtPrompts::SaveFile(const SaveRequest& request) {
     dialog.setDefaultSuffix(request.defaultSuffix);
     dialog.setDirectory(QFile::decodeName(QByteArray::fromStdString(request.folder)));
     dialog.selectFile(QFile::decodeName(QByteArray::fromStdString(request.name)));
-    auto* entireList = new QCheckBox(QStringLiteral("Save Entire List"), &dialog);
+    auto* entireList = new QCheckBox(tr("Save Entire List"), &dialog);
     entireList->setObjectName("chkEntireList");
     entireList->setChecked(request.entireListChecked);
     entireList->setEnabled(request.entireListEnabled);
@@ -162,16 +162,16 @@ void QtPrompts::ShowFileProperties(const std::string& path) {
 
 ConflictAnswer QtPrompts::AskConflict(const QString& text) {
     QMessageBox box(Owner());
-    box.setWindowTitle(QStringLiteral("Name Already There"));
+    box.setWindowTitle(tr("Name Already There"));
     box.setIcon(QMessageBox::Warning);
     box.setTextFormat(Qt::PlainText);
     box.setText(text);
-    QPushButton* skip = box.addButton(QStringLiteral("&Skip"), QMessageBox::RejectRole);
-    QPushButton* replace = box.addButton(QStringLiteral("&Replace"), QMessageBox::AcceptRole);
+    QPushButton* skip = box.addButton(tr("&Skip"), QMessageBox::RejectRole);
+    QPushButton* replace = box.addButton(tr("&Replace"), QMessageBox::AcceptRole);
     box.addButton(QMessageBox::Cancel);
     box.setDefaultButton(skip);
     box.setEscapeButton(QMessageBox::Cancel);
-    auto* forAll = new QCheckBox(QStringLiteral("Do the &same for every other name already there"));
+    auto* forAll = new QCheckBox(tr("Do the &same for every other name already there"));
     box.setCheckBox(forAll);
     box.exec();
     const ConflictChoice choice = box.clickedButton() == skip      ? ConflictChoice::Skip
@@ -191,8 +191,8 @@ std::optional<int32_t> QtPrompts::ChooseColor(int32_t bgr, std::array<int32_t, 1
     for (int i = 0; i < 16; ++i) {
         QColorDialog::setCustomColor(i, rgb(custom[static_cast<size_t>(i)]));
     }
-    const QColor chosen = QColorDialog::getColor(rgb(bgr), Owner(), QStringLiteral("Color"),
-                                                 QColorDialog::DontUseNativeDialog);
+    const QColor chosen =
+        QColorDialog::getColor(rgb(bgr), Owner(), tr("Color"), QColorDialog::DontUseNativeDialog);
     for (int i = 0; i < 16; ++i) {
         custom[static_cast<size_t>(i)] = toBgr(QColorDialog::customColor(i));
     }

@@ -2,6 +2,7 @@
 
 #include "platform/Prompts.h"
 
+#include <QCoreApplication>
 #include <QFontMetrics>
 #include <QPointer>
 #include <QWidget>
@@ -14,6 +15,8 @@ QString KeepPathsWhole(const QString& text, const QFontMetrics& metrics, int roo
 // The real dialogs. Each box belongs to the modal dialog the user is working in, else to the
 // window given by SetOwner, so that it stays above it and is placed over it.
 class QtPrompts : public Prompts {
+    Q_DECLARE_TR_FUNCTIONS(QtPrompts)
+
 public:
     void SetOwner(QWidget* owner) { owner_ = owner; }
 

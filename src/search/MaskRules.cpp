@@ -3,6 +3,8 @@
 #include "search/MaskMatcher.h"
 #include "search/PathText.h"
 
+#include <QCoreApplication>
+
 std::vector<std::string> MaskList(std::string_view maskText) {
     std::vector<std::string> elements;
     size_t start = 0;
@@ -45,14 +47,18 @@ MaskVerdict ValidateMask(std::string_view maskText) {
     return MaskVerdict::Accepted;
 }
 
-std::string MaskRefusalText(MaskVerdict verdict) {
+QString MaskRefusalText(MaskVerdict verdict) {
     switch (verdict) {
     case MaskVerdict::Empty:
-        return MaskTexts::kEmpty;
+        return QCoreApplication::translate("MaskRules",
+                                           "No File Mask has been specified; nothing to do.");
     case MaskVerdict::StarDotStarTwice:
-        return MaskTexts::kStarDotStarTwice;
+        return QCoreApplication::translate(
+            "MaskRules", "You have specified ' *.* ' more than once in the File Mask field.");
     case MaskVerdict::Ambiguous:
-        return MaskTexts::kAmbiguous;
+        return QCoreApplication::translate("MaskRules",
+                                           "Ambiguous file masks selected. The File Mask field "
+                                           "contains both ' *.* ' and specific file types.");
     case MaskVerdict::Accepted:
         break;
     }

@@ -103,6 +103,22 @@ std::string WithTrailingSlash(std::string_view path) {
     return out;
 }
 
+std::string FillIn(std::string_view pattern, std::initializer_list<std::string_view> values) {
+    std::string out;
+    for (size_t i = 0; i < pattern.size(); ++i) {
+        const size_t slot = i + 1 < pattern.size() && pattern[i] == '%'
+                                ? static_cast<size_t>(pattern[i + 1] - '1')
+                                : values.size();
+        if (slot < values.size()) {
+            out += values.begin()[slot];
+            ++i;
+        } else {
+            out += pattern[i];
+        }
+    }
+    return out;
+}
+
 std::string_view TrimBlanks(std::string_view text) {
     while (!text.empty() && text.front() == ' ') {
         text.remove_prefix(1);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,10 @@ std::string LowerCaseName(std::string_view text);
 
 // `path` with a "/" at its end unless it already has one (an empty path stays empty).
 std::string WithTrailingSlash(std::string_view path);
+
+// `pattern` (words in UTF-8, "%1" where the first value goes, "%2" the second, ...) with the
+// values put in, in one pass: a path's bytes go in whole, and a "%2" inside a value stays.
+std::string FillIn(std::string_view pattern, std::initializer_list<std::string_view> values);
 
 // `text` without the blanks (spaces) at either end.
 std::string_view TrimBlanks(std::string_view text);

@@ -2,13 +2,14 @@
 
 #include "search/PathText.h"
 
+#include <QCoreApplication>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -110,8 +111,7 @@ std::string_view Unquoted(std::string_view value) {
     return value;
 }
 
-std::optional<size_t> FindSection(const std::vector<std::string>& lines,
-                                  std::string_view section) {
+std::optional<size_t> FindSection(const std::vector<std::string>& lines, std::string_view section) {
     for (size_t i = 0; i < lines.size(); ++i) {
         if (const auto name = SectionName(lines[i]); name && SameName(*name, section)) {
             return i;
@@ -183,8 +183,12 @@ private:
     UniqueFd fd_; // closing it releases the lock
 };
 
-constexpr const char* kKeptInMemory =
-    " Your settings are kept while the program runs, but nothing is saved to that file.";
+constexpr const char* kCannotBeUsed = QT_TRANSLATE_NOOP(
+    "IniFile", "The settings file ' %1 ' cannot be used (%2). Your settings are kept while the "
+               "program runs, but nothing is saved to that file.");
+constexpr const char* kCannotBeRead = QT_TRANSLATE_NOOP(
+    "IniFile", "The settings file ' %1 ' cannot be read (%2). Your settings are kept while the "
+               "program runs, but nothing is saved to that file.");
 
 } // namespace
 
@@ -224,14 +228,15 @@ void IniFile::LoadIfChanged() const {
     if (memoryOnly_) {
         return;
     }
-    const auto giveUp = [this](const char* what, const std::string& reason) {
+    const auto giveUp = [this](const char* words, const std::string& reason) {
         memoryOnly_ = true;
-        Problem("The settings file ' " + path_ + " ' " + what + " (" + reason + ")." +
-                kKeptInMemory);
+        Problem(
+            FillIn(QCoreApplication::translate("IniFile", words).toStdString(),
+                   {path_, QCoreApplication::translate("Remark", reason.c_str()).toStdString()}));
     };
     const ReplaceTarget target = ResolveReplaceTarget(path_);
     if (!target.error.empty()) {
-        giveUp("cannot be used", target.error);
+        giveUp(kCannotBeUsed, target.error);
         return;
     }
     Signature now;
@@ -241,11 +246,11 @@ void IniFile::LoadIfChanged() const {
             open(target.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
         struct stat st {};
         if (!fd || fstat(fd.Get(), &st) != 0) {
-            giveUp("cannot be read", SystemReason(errno));
+            giveUp(kCannotBeRead, SystemReason(errno));
             return;
         }
         if (!S_ISREG(st.st_mode)) {
-            giveUp("cannot be used", "Not a regular file");
+            giveUp(kCannotBeUsed, "Not a regular file");
             return;
         }
         now = {st.st_dev, st.st_ino, st.st_size,
@@ -263,7 +268,7 @@ void IniFile::LoadIfChanged() const {
                 if (errno == EINTR) {
                     continue;
                 }
-                giveUp("cannot be read", SystemReason(errno));
+                giveUp(kCannotBeRead, SystemReason(errno));
                 return;
             }
             bytes.append(chunk, static_cast<size_t>(n));
@@ -311,10 +316,8 @@ std::vector<std::string> IniFile::KeyNames(std::string_view section) const {
 }
 
 void IniFile::WriteString(std::string_view section, std::string_view key, std::string_view value) {
-    Apply([section = std::string(section), key = std::string(key),
-           value = OneLine(value)](std::vector<std::string>& lines) {
-        SetKey(lines, section, key, value);
-    });
+    Apply([section = std::string(section), key = std::string(key), value = OneLine(value)](
+              std::vector<std::string>& lines) { SetKey(lines, section, key, value); });
 }
 
 void IniFile::DeleteSection(std::string_view section) {
@@ -368,10 +371,13 @@ void IniFile::Flush() {
     if (!temporary.Create(target.path) || !temporary.WriteAll(bytes.data(), bytes.size()) ||
         !temporary.Commit(target.mode, rename_)) {
         lastWriteOk_ = false;
-        Problem("The settings file ' " + path_ + " ' could not be saved (" +
-                SystemReason(errno) +
-                "). Changed settings are kept while the program runs and saved with the next "
-                "change that can be.");
+        const std::string reason = SystemReason(errno);
+        Problem(FillIn(QCoreApplication::translate(
+                           "IniFile", "The settings file ' %1 ' could not be saved (%2). Changed "
+                                      "settings are kept while the program runs and saved with "
+                                      "the next change that can be.")
+                           .toStdString(),
+                       {path_, reason}));
         return;
     }
     lastWriteOk_ = true;

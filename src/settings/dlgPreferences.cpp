@@ -38,30 +38,46 @@ struct Option {
 // The General tab's check boxes, in their order.
 const Option kGeneral[] = {
     // "perfrom" is the program's own spelling.
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Automatically perfrom a file system rescan after a file or folder move or deletion"),
+    {QT_TRANSLATE_NOOP(
+         "dlgPreferences",
+         "Automatically perfrom a file system rescan after a file or folder move or deletion"),
      "AutoRescanAfterAction", &AppSettings::AutoRescanAfterAction},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Only when list contains less than"), "AutoRescanUseMaximum", &AppSettings::AutoRescanUseMaximum},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "When viewing contents of a folder, open Explorer in 'explore view'"), "OpenFoldersWithExplore",
-     &AppSettings::OpenFoldersWithExplore},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "When performing an Edit / Invert Selection command, retain the top index in view"),
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Only when list contains less than"),
+     "AutoRescanUseMaximum", &AppSettings::AutoRescanUseMaximum},
+    {QT_TRANSLATE_NOOP("dlgPreferences",
+                       "When viewing contents of a folder, open Explorer in 'explore view'"),
+     "OpenFoldersWithExplore", &AppSettings::OpenFoldersWithExplore},
+    {QT_TRANSLATE_NOOP(
+         "dlgPreferences",
+         "When performing an Edit / Invert Selection command, retain the top index in view"),
      "RetainTopIndex", &AppSettings::RetainTopIndex},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "When a new start path selected using Browse dialog, automatically set *.* search"),
+    {QT_TRANSLATE_NOOP(
+         "dlgPreferences",
+         "When a new start path selected using Browse dialog, automatically set *.* search"),
      "AutoSDSOnNewSelection", &AppSettings::AutoSDSOnNewSelection},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Always show the File Type dialog following *.* search"), "AlwaysShowCountWhenSDS",
-     &AppSettings::AlwaysShowCountWhenSDS},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Sort file or folder results in ascending order before writing the results to disk"),
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Always show the File Type dialog following *.* search"),
+     "AlwaysShowCountWhenSDS", &AppSettings::AlwaysShowCountWhenSDS},
+    {QT_TRANSLATE_NOOP(
+         "dlgPreferences",
+         "Sort file or folder results in ascending order before writing the results to disk"),
      "QSSortResultsOnSave", &AppSettings::QSSortResultsOnSave},
 };
 
 const Option kWarnings[] = {
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file open (associated or notepad)"), "ConfirmOnOpen", &AppSettings::ConfirmOnOpen},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm 'Open With' command"), "AskToOpenWith", &AppSettings::AskToOpenWith},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file or folder copying"), "ConfirmOnCopy", &AppSettings::ConfirmOnCopy},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file or folder move commands"), "ConfirmOnMove", &AppSettings::ConfirmOnMove},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm folder deletion"), "ConfirmOnFolderDelete", &AppSettings::ConfirmOnFolderDelete},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file deletion"), "ConfirmOnFileDelete", &AppSettings::ConfirmOnFileDelete},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm delete for every file"), "ConfirmOnEachFileDelete",
-     &AppSettings::ConfirmOnEachFileDelete},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file open (associated or notepad)"),
+     "ConfirmOnOpen", &AppSettings::ConfirmOnOpen},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm 'Open With' command"), "AskToOpenWith",
+     &AppSettings::AskToOpenWith},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file or folder copying"), "ConfirmOnCopy",
+     &AppSettings::ConfirmOnCopy},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file or folder move commands"), "ConfirmOnMove",
+     &AppSettings::ConfirmOnMove},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm folder deletion"), "ConfirmOnFolderDelete",
+     &AppSettings::ConfirmOnFolderDelete},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm file deletion"), "ConfirmOnFileDelete",
+     &AppSettings::ConfirmOnFileDelete},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Confirm delete for every file"),
+     "ConfirmOnEachFileDelete", &AppSettings::ConfirmOnEachFileDelete},
 };
 
 struct Folder {
@@ -70,18 +86,32 @@ struct Folder {
     std::string AppSettings::*field;
 };
 const Folder kFolders[] = {
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Source Search Folder"), "LastSourceFolder", &AppSettings::LastSourceFolder},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Copy File Target"), "LastCopyFileTarget", &AppSettings::LastCopyFileTarget},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Copy Folder Target"), "LastCopyFolderTarget", &AppSettings::LastCopyFolderTarget},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Move File Target"), "LastMoveFileTarget", &AppSettings::LastMoveFileTarget},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Move Folder Target"), "LastMoveFolderTarget", &AppSettings::LastMoveFolderTarget},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Network Source Folder"), "LastSourceNetFolder", &AppSettings::LastSourceNetFolder},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Source Search Folder"), "LastSourceFolder",
+     &AppSettings::LastSourceFolder},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Copy File Target"), "LastCopyFileTarget",
+     &AppSettings::LastCopyFileTarget},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Copy Folder Target"), "LastCopyFolderTarget",
+     &AppSettings::LastCopyFolderTarget},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Move File Target"), "LastMoveFileTarget",
+     &AppSettings::LastMoveFileTarget},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Move Folder Target"), "LastMoveFolderTarget",
+     &AppSettings::LastMoveFolderTarget},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Network Source Folder"), "LastSourceNetFolder",
+     &AppSettings::LastSourceNetFolder},
     {QT_TRANSLATE_NOOP("dlgPreferences", "Network Admin Source Folder"), "LastSourceNetAdminFolder",
      &AppSettings::LastSourceNetAdminFolder},
-    {QT_TRANSLATE_NOOP("dlgPreferences", "Report Output Folder"), "LastOutputSaveDirectory", &AppSettings::LastOutputSaveDirectory},
+    {QT_TRANSLATE_NOOP("dlgPreferences", "Report Output Folder"), "LastOutputSaveDirectory",
+     &AppSettings::LastOutputSaveDirectory},
 };
 
-const char* const kMaxItems[] = {QT_TRANSLATE_NOOP("dlgPreferences", "no maximum"), "100", "200", "300", "400", "500", "1000", "2000"};
+const char* const kMaxItems[] = {QT_TRANSLATE_NOOP("dlgPreferences", "no maximum"),
+                                 "100",
+                                 "200",
+                                 "300",
+                                 "400",
+                                 "500",
+                                 "1000",
+                                 "2000"};
 const char* const kDoubleClick[] = {
     QT_TRANSLATE_NOOP("dlgPreferences", "opens the file or folder using the associated app."),
     QT_TRANSLATE_NOOP("dlgPreferences", "opens the file or folder's property page."),
@@ -164,7 +194,8 @@ QWidget* dlgPreferences::GeneralTab() {
         layout->addLayout(row);
         connect(cboMaxItems, &QComboBox::activated, this, [this](int position) {
             if (!loading_ && position >= 0) {
-                const std::string value = position == 0 ? "-1" : cboMaxItems->itemText(position).toStdString();
+                const std::string value =
+                    position == 0 ? "-1" : cboMaxItems->itemText(position).toStdString();
                 profile_.Settings().AutoRescanMaximum = ReadNumber(value);
                 profile_.ProfileSetOptionsKey("AutoRescanMaximum", value);
             }
@@ -206,7 +237,8 @@ QWidget* dlgPreferences::WarningsTab() {
                                   tab));
     for (int i = 0; i < 7; ++i) {
         if (i == 0 || i == 2) {
-            layout->addWidget(new QLabel(i == 0 ? tr("File Opening:") : tr("File Operations:"), tab));
+            layout->addWidget(
+                new QLabel(i == 0 ? tr("File Opening:") : tr("File Operations:"), tab));
         }
         chkWarnings[i] = new QCheckBox(tr(kWarnings[i].caption), tab);
         chkWarnings[i]->setObjectName(QStringLiteral("chkWarnings_%1").arg(i));
@@ -310,7 +342,8 @@ QWidget* dlgPreferences::ViewTab() {
         chkViews[i]->setObjectName(QStringLiteral("chkViews_%1").arg(i));
         layout->addWidget(chkViews[i], 4 + i, 0);
         connect(chkViews[i], &QCheckBox::clicked, this, [this, i](bool on) {
-            (i == 0 ? profile_.Settings().LVUseCustomSortColor : profile_.Settings().LVUseGridLines) = on;
+            (i == 0 ? profile_.Settings().LVUseCustomSortColor
+                    : profile_.Settings().LVUseGridLines) = on;
             profile_.ProfileSetOptionsKey(i == 0 ? "LVUseCustomSortColor" : "LVUseGridLines",
                                           BoolText(on));
             ApplyViewSample();
@@ -352,9 +385,8 @@ QWidget* dlgPreferences::ViewTab() {
     ListView1->setEditTriggers(QAbstractItemView::NoEditTriggers);
     int row = 0;
     for (const char* letter : {"a", "b", "c"}) {
-        const QString texts[] = {QStringLiteral("data %1").arg(letter),
-                                 QStringLiteral("sub 1 %1").arg(letter),
-                                 QStringLiteral("sub 2 %1").arg(letter)};
+        const QString texts[] = {tr("data %1").arg(letter), tr("sub 1 %1").arg(letter),
+                                 tr("sub 2 %1").arg(letter)};
         for (int column = 0; column < 3; ++column) {
             ListView1->setItem(row, column, new QTableWidgetItem(texts[column]));
         }
@@ -378,9 +410,8 @@ void dlgPreferences::Load() {
         w->setEnabled(s.AutoRescanAfterAction);
     }
     cboDC->setCurrentIndex(s.DblClickAction >= 0 && s.DblClickAction < 3 ? s.DblClickAction : -1);
-    cboDCS->setCurrentIndex(s.DblClickShiftAction >= 0 && s.DblClickShiftAction < 3
-                                ? s.DblClickShiftAction
-                                : -1);
+    cboDCS->setCurrentIndex(
+        s.DblClickShiftAction >= 0 && s.DblClickShiftAction < 3 ? s.DblClickShiftAction : -1);
     chkWarnings[6]->setEnabled(s.ConfirmOnFileDelete);
     LoadFolders();
     LoadMasks();
@@ -467,7 +498,7 @@ void dlgPreferences::WarningClicked(int index) {
 
 void dlgPreferences::AcceptFolder(int index) {
     if (index < 0 || index >= 8) {
-        prompts_.Message(QStringLiteral("oops!"), MessageIcon::None, MessageButtons::Ok);
+        prompts_.Message(tr("oops!"), MessageIcon::None, MessageButtons::Ok);
         return;
     }
     const std::string path = QFile::encodeName(txtFolders[index]->text()).toStdString();
@@ -490,8 +521,11 @@ void dlgPreferences::PickFolder(int index) {
     const QString label = tr(kFolders[index].label);
     const std::string current = QFile::encodeName(txtFolders[index]->text()).toStdString();
     const std::string picked = prompts_.PickFolder(
-        {tr("Select Folder"), tr("Select the folder representing the default path for ' %1 '").arg(label),
-         "/", current, {}});
+        {tr("Select Folder"),
+         tr("Select the folder representing the default path for ' %1 '").arg(label),
+         "/",
+         current,
+         {}});
     if (!picked.empty()) {
         txtFolders[index]->setText(Bytes(picked));
         txtFolders[index]->setModified(true);
@@ -584,7 +618,8 @@ void dlgPreferences::MaskCommand(int index) {
 void dlgPreferences::ChooseSortColor() {
     std::array<int32_t, 16> custom{};
     profile_.ProfileLoadCustomColors(custom);
-    const std::optional<int32_t> chosen = prompts_.ChooseColor(profile_.Settings().LVCustomSortColor, custom);
+    const std::optional<int32_t> chosen =
+        prompts_.ChooseColor(profile_.Settings().LVCustomSortColor, custom);
     profile_.ProfileSaveCustomColors(custom);
     if (chosen && *chosen != 0) {
         profile_.Settings().LVCustomSortColor = *chosen;
@@ -600,7 +635,8 @@ void dlgPreferences::ApplyViewSample() {
     for (int column = 1; column < 3; ++column) {
         ListView1->setColumnHidden(column, !report);
     }
-    for (QWidget* w : std::initializer_list<QWidget*>{chkViews[0], chkViews[1], cmdViews, lblSort}) {
+    for (QWidget* w :
+         std::initializer_list<QWidget*>{chkViews[0], chkViews[1], cmdViews, lblSort}) {
         w->setEnabled(report);
     }
     cmdViews->setEnabled(report && chkViews[0]->isChecked());
@@ -609,7 +645,8 @@ void dlgPreferences::ApplyViewSample() {
                                 .arg(FromBgr(s.LVCustomSortColor).name()));
     ListView1->setShowGrid(report && chkViews[1]->isChecked());
     // The first column stands for a sorted one.
-    const QColor shade = report && chkViews[0]->isChecked() ? FromBgr(s.LVCustomSortColor) : QColor();
+    const QColor shade =
+        report && chkViews[0]->isChecked() ? FromBgr(s.LVCustomSortColor) : QColor();
     for (int row = 0; row < ListView1->rowCount(); ++row) {
         ListView1->item(row, 0)->setBackground(shade.isValid() ? QBrush(shade) : QBrush());
     }
