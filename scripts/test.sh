@@ -4,7 +4,7 @@
 # Nothing needs a display.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
-"$top/scripts/deps.sh" desktop-file-utils appstream
+"$top/scripts/deps.sh" desktop-file-utils appstream qt6-l10n-tools
 "$top/scripts/build.sh"
 export QT_QPA_PLATFORM=offscreen
 (cd "$top/build" && ctest --output-on-failure --parallel "$(nproc)")

@@ -12,8 +12,11 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QScreen>
 #include <QTimer>
+#include <QTranslator>
 #include <cstdlib>
 
 namespace {
@@ -50,11 +53,32 @@ void PlaceMainWindow(frmMain& window, modPProfile& profile) {
                           scale.ToTwips(window.height()));
 }
 
+void InstallTranslations(QCoreApplication& app) {
+    const QLocale locale = QLocale::system();
+    const QString here = QCoreApplication::applicationDirPath();
+    const std::pair<QString, QString> sources[] = {
+        {QStringLiteral("qtbase"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)},
+        {QStringLiteral("tallymoor"), here + QStringLiteral("/translations")},
+        {QStringLiteral("tallymoor"), here + QStringLiteral("/../share/tallymoor/translations")}};
+    bool own = false;
+    for (const auto& [name, folder] : sources) {
+        auto* translator = new QTranslator(&app);
+        if ((name == QLatin1String("qtbase") || !own) &&
+            translator->load(locale, name, QStringLiteral("_"), folder)) {
+            QCoreApplication::installTranslator(translator);
+            own = own || name != QLatin1String("qtbase");
+        } else {
+            delete translator;
+        }
+    }
+}
+
 int RunWindow(int& argc, char** argv, const std::string& settingsOverride,
               const std::string& startFolder, const DesktopFactory& makeDesktop) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tallymoor"));
     QApplication::setWindowIcon(AppIcon());
+    InstallTranslations(app);
     QtPrompts prompts;
     const std::unique_ptr<Desktop> desktop = makeDesktop(prompts);
     CancelFlag cancel;

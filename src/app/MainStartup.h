@@ -9,6 +9,13 @@ class Prompts;
 class frmMain;
 class modPProfile;
 
+class QCoreApplication;
+
+// Installs the translations for the user's language, when there are any: Qt's own (the standard
+// buttons and dialogs) and the program's, from "translations" beside the binary (a build folder)
+// or share/tallymoor/translations beside its bin folder (an installed program).
+void InstallTranslations(QCoreApplication& app);
+
 // Places the main window from the settings (twips to pixels on its screen), keeps that
 // placement for a minimised exit and writes the start-up [windows] values.
 void PlaceMainWindow(frmMain& window, modPProfile& profile);

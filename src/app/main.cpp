@@ -31,15 +31,15 @@ int main(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);
     const std::string settingsFile = ExtractSettingsOption(args);
     if (!IsCommandLineInvocation(args)) {
-        return RunWindow(argc, argv, settingsFile, args.empty() ? std::string() : args[0],
-                         [](Prompts& prompts) {
-            return std::make_unique<GioDesktop>(prompts, AskFileManager);
-        });
+        return RunWindow(
+            argc, argv, settingsFile, args.empty() ? std::string() : args[0],
+            [](Prompts& prompts) { return std::make_unique<GioDesktop>(prompts, AskFileManager); });
     }
     // Headless: Qt Core only, no display needed. Large result lists go out in big writes.
     static char outBuffer[1 << 16];
     std::setvbuf(stdout, outBuffer, _IOFBF, sizeof outBuffer);
     QCoreApplication app(argc, argv);
+    InstallTranslations(app);
     const CliSystem system{[](const std::string& path) { return MoveToTrash(path); },
                            AskOnTerminal};
     return RunCommandLine(args, stdout, stderr, nullptr, system);

@@ -1,0 +1,37 @@
+# Extracts the program's texts the way a translator would (lupdate over the sources) and checks
+# that lupdate finds nothing it cannot read, and that each text of TEXTS (one per line, as the
+# program shows it) is among those extracted. Run by CTest with -DLUPDATE=... -DSOURCES=...
+# -DTEXTS=... -DOUT=...; without lupdate it says so, and CTest counts the test as skipped.
+if(NOT EXISTS "${LUPDATE}")
+  message("lupdate is not installed (package qt6-l10n-tools): nothing checked")
+  return()
+endif()
+file(REMOVE ${OUT})
+execute_process(COMMAND ${LUPDATE} -recursive ${SOURCES} -ts ${OUT}
+                RESULT_VARIABLE status OUTPUT_VARIABLE said ERROR_VARIABLE said)
+if(NOT status EQUAL 0)
+  message(FATAL_ERROR "lupdate failed:\n${said}")
+endif()
+string(REPLACE "\n" ";" lines "${said}")
+foreach(line IN LISTS lines)
+  if(NOT line MATCHES "^(Scanning directory|Updating|    Found [0-9]+ source text)" AND
+     NOT line STREQUAL "")
+    message(SEND_ERROR "lupdate: ${line}")
+  endif()
+endforeach()
+file(READ ${OUT} extracted)
+string(REPLACE "&apos;" "'" extracted "${extracted}")
+string(REPLACE "&quot;" "\"" extracted "${extracted}")
+string(REPLACE "&lt;" "<" extracted "${extracted}")
+string(REPLACE "&gt;" ">" extracted "${extracted}")
+string(REPLACE "&amp;" "&" extracted "${extracted}")
+file(STRINGS ${TEXTS} expected ENCODING UTF-8)
+foreach(text IN LISTS expected)
+  if(text MATCHES "^#" OR text STREQUAL "")
+    continue()
+  endif()
+  string(FIND "${extracted}" "<source>${text}</source>" at)
+  if(at EQUAL -1)
+    message(SEND_ERROR "not extracted for translation: ${text}")
+  endif()
+endforeach()
