@@ -4,6 +4,7 @@
 #include "platform/FileReplacement.h"
 #include "platform/Progress.h"
 #include "platform/UniqueFd.h"
+#include "search/PathText.h"
 #include "search/SearchStatus.h"
 
 #include <QCoreApplication>
@@ -564,14 +565,12 @@ MoveOutcome MoveTree(const std::string& source, const std::string& target,
                      TreeCopyContext& context) {
     struct stat there {};
     if (lstat(target.c_str(), &there) == 0) {
-        // The name, in its own bytes, goes into the translated words.
-        std::string reason =
-            QCoreApplication::translate("Remark", "something named ' %1 ' is already there")
-                .toStdString();
-        if (const size_t at = reason.find("%1"); at != std::string::npos) {
-            reason.replace(at, 2, BaseName(target));
-        }
-        return {MoveResult::Refused, reason, {}};
+        return {
+            MoveResult::Refused,
+            FillIn(QCoreApplication::translate("Remark", "something named ' %1 ' is already there")
+                       .toStdString(),
+                   {BaseName(target)}),
+            {}};
     }
     if (IsSameOrInside(FolderOfPath(target), source)) {
         return {MoveResult::Refused,
