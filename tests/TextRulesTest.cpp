@@ -36,6 +36,14 @@ TEST(PathText, NamesAndPaths) {
     EXPECT_EQ(WithTrailingSlash("/tmp"), "/tmp/");
     EXPECT_EQ(WithTrailingSlash("/tmp/"), "/tmp/");
     EXPECT_EQ(WithTrailingSlash(""), "");
+    // Values go in once, as bytes: a "%2" inside a path stays, an unknown or lone "%" too.
+    const std::pair<const char*, const char*> filled[] = {
+        {"Cannot write %1: %2", "Cannot write /a%2\xff: full"},
+        {"%2 before %1", "full before /a%2\xff"},
+        {"100% %3 %", "100% %3 %"}};
+    for (const auto& [pattern, text] : filled) {
+        EXPECT_EQ(FillIn(pattern, {"/a%2\xff", "full"}), text) << pattern;
+    }
     EXPECT_EQ(ToFileTime(0, 0), 116444736000000000LL);
     EXPECT_EQ(ToFileTime(1, 999), 116444736000000000LL + 10000000 + 9);
 }
