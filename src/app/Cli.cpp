@@ -262,10 +262,14 @@ bool ParseRequest(const std::vector<std::string>& args, Request& request, std::F
     return true;
 }
 
-// Checks the mask and walks the root, as the window does. Returns an exit status when the
-// command ends here (a refused mask, no folder, nothing found); -1 when there are results.
-int RunSearch(const Request& request, SearchSession& session, CancelFlag& cancel, std::FILE* err,
-              WalkListener* walkObserver) {
+// Reads the command's arguments, checks the mask and walks the root, as the window does.
+// Returns an exit status when the command ends here (bad usage, a refused mask, no folder,
+// nothing found); -1 when there are results.
+int ParseAndSearch(const std::vector<std::string>& args, Request& request, SearchSession& session,
+                   CancelFlag& cancel, std::FILE* err, WalkListener* walkObserver) {
+    if (!ParseRequest(args, request, err)) {
+        return kExitUsage;
+    }
     if (const MaskVerdict verdict = ValidateMask(request.options.MaskText);
         verdict != MaskVerdict::Accepted) {
         PrintLine(err, MaskRefusalText(verdict));
@@ -307,12 +311,10 @@ int ExitStatus(const SearchSession& session, const CancelFlag& cancel) {
 int Search(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
            WalkListener* walkObserver) {
     Request request;
-    if (!ParseRequest(args, request, err)) {
-        return kExitUsage;
-    }
     SearchSession session;
     CancelFlag cancel;
-    if (const int status = RunSearch(request, session, cancel, err, walkObserver); status >= 0) {
+    if (const int status = ParseAndSearch(args, request, session, cancel, err, walkObserver);
+        status >= 0) {
         return status;
     }
     CheckedOutput out(stdOut);
@@ -337,12 +339,10 @@ int Search(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* e
 int CensusCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
                   WalkListener* walkObserver) {
     Request request;
-    if (!ParseRequest(args, request, err)) {
-        return kExitUsage;
-    }
     SearchSession session;
     CancelFlag cancel;
-    if (const int status = RunSearch(request, session, cancel, err, walkObserver); status >= 0) {
+    if (const int status = ParseAndSearch(args, request, session, cancel, err, walkObserver);
+        status >= 0) {
         return status;
     }
     if (!session.ResultsAvailable()) {
@@ -449,12 +449,10 @@ int FileCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FI
                 WalkListener* walkObserver, const CliSystem& system) {
     const bool trash = args[0] == "trash";
     Request request;
-    if (!ParseRequest(args, request, err)) {
-        return kExitUsage;
-    }
     SearchSession session;
     CancelFlag cancel;
-    if (const int status = RunSearch(request, session, cancel, err, walkObserver); status >= 0) {
+    if (const int status = ParseAndSearch(args, request, session, cancel, err, walkObserver);
+        status >= 0) {
         return status;
     }
     PrintCounts(session, err);
