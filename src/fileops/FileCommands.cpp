@@ -3,6 +3,8 @@
 #include "fileops/FileCopy.h"
 #include "platform/CancelFlag.h"
 #include "platform/Desktop.h"
+#include "platform/FileReplacement.h"
+#include "platform/PathAccess.h"
 #include "platform/Progress.h"
 #include "platform/Prompts.h"
 #include "search/SearchStatus.h"
@@ -21,27 +23,26 @@ struct Text {
     Q_DECLARE_TR_FUNCTIONS(FileCommands)
 };
 
+// Items are reached at any depth: results may lie deeper than a path can name in one call.
 bool Exists(const std::string& path) {
     struct stat st {};
-    return lstat(path.c_str(), &st) == 0;
+    return StatItem(path, st);
 }
 
 bool IsFolder(const std::string& path) {
     struct stat st {};
-    return !path.empty() && lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+    return !path.empty() && StatItem(path, st) && S_ISDIR(st.st_mode);
 }
 
 // A destination may be a link to a folder.
 bool LeadsToFolder(const std::string& path) {
-    struct stat st {};
-    return !path.empty() && stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+    return !path.empty() && OpenFolder(path, O_PATH | O_CLOEXEC).Valid();
 }
 
 bool SameFile(const std::string& a, const std::string& b) {
     struct stat x {};
     struct stat y {};
-    return lstat(a.c_str(), &x) == 0 && lstat(b.c_str(), &y) == 0 && x.st_dev == y.st_dev &&
-           x.st_ino == y.st_ino;
+    return StatItem(a, x) && StatItem(b, y) && x.st_dev == y.st_dev && x.st_ino == y.st_ino;
 }
 
 // A folder copy's or move's reach: the prompts for names already there, the trash for what a
@@ -301,6 +302,8 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
                                      progress->UpdateDirect(static_cast<int>(done >> shift));
                                  }
                              }};
+    const UniqueFd into(OpenFolder(destination));
+    const int intoError = into ? 0 : errno;
     for (size_t i = 0; i < n; ++i) {
         if (i % 20 == 1) {
             context.yield();
@@ -312,16 +315,21 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
             outcome.notProcessed.push_back(
                 {i, item.path, item.lastWriteTime, remark, target, reason});
         };
-        if (!Exists(item.path)) {
+        const ItemAt source = OpenItem(item.path);
+        struct stat st {};
+        if (!source || fstatat(source.folder.Get(), source.name.c_str(), &st,
+                               AT_SYMLINK_NOFOLLOW) != 0) {
             skip(QT_TRANSLATE_NOOP("Remark", "source file not found"), {}, {});
         } else {
-            const std::string target = JoinPath(destination, BaseName(item.path));
+            const std::string target = JoinPath(destination, source.name);
             if (progress) {
                 progress->SetMessage(Shown(item.path));
             }
             ++outcome.processed;
-            const CopyOutcome copy = CopyOneFile(AT_FDCWD, item.path, AT_FDCWD, target,
-                                                 context.cancel, bytes, context.faults);
+            const CopyOutcome copy =
+                into ? CopyOneFile(source.folder.Get(), source.name, into.Get(), source.name,
+                                   context.cancel, bytes, context.faults)
+                     : CopyOutcome{CopyResult::Failed, intoError, SystemReason(intoError), {}};
             switch (copy.result) {
             case CopyResult::Copied:
                 ++outcome.copied;
@@ -334,6 +342,9 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
                 break;
             case CopyResult::SourceMissing:
                 skip(QT_TRANSLATE_NOOP("Remark", "source file not found"), {}, {});
+                break;
+            case CopyResult::SourceChanged:
+                skip(copy.reason, target, {});
                 break;
             case CopyResult::Failed:
             case CopyResult::Cancelled:

@@ -13,29 +13,102 @@
 #include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
+#include <map>
+#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr size_t kChunk = 1 << 20;
-constexpr int kDirectoryFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+constexpr const char* kChanged = QT_TRANSLATE_NOOP("Remark", "source changed during copy");
 
 CopyOutcome Outcome(CopyResult result, int error) {
-    return {result, error, SystemReason(error)};
+    return {result, error, SystemReason(error), {}};
 }
 
 bool SameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-// Takes back a target this copy created, only while its name still leads to that file.
-void RemoveCreated(int dir, const std::string& name, const struct stat& created) {
-    struct stat now {};
-    if (fstatat(dir, name.c_str(), &now, AT_SYMLINK_NOFOLLOW) == 0 && SameFile(now, created)) {
-        unlinkat(dir, name.c_str(), 0);
+// A hidden name beside `name` that nothing else uses: ".name.tallymoor-tmp.XXXXXX".
+std::string TemporaryName(const std::string& name) {
+    static constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    thread_local std::mt19937 random{std::random_device{}()};
+    std::string temporary = TemporaryBeside::NamePrefix(name);
+    for (int i = 0; i < 6; ++i) {
+        temporary += kLetters[random() % (sizeof kLetters - 1)];
     }
+    return temporary;
 }
+
+// Whether a file written unnamed can be named later: through /proc, as any user may.
+bool CanNameUnnamedFiles() {
+    static const bool can = access("/proc/self/fd", X_OK) == 0;
+    return can;
+}
+
+// A new file in a folder that gets its name only when whole: unnamed (O_TMPFILE) where the file
+// system has such files, else under a hidden temporary name. Unless published it goes again.
+class NewFile {
+public:
+    NewFile(int folder, std::string name) : folder_(folder), name_(std::move(name)) {}
+    ~NewFile() {
+        fd_.Close();
+        if (!temporary_.empty()) {
+            unlinkat(folder_, temporary_.c_str(), 0);
+        }
+    }
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    bool Create(mode_t mode, bool unnamed) {
+        if (unnamed && CanNameUnnamedFiles()) {
+            fd_.Reset(openat(folder_, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
+            if (fd_ || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)) {
+                return fd_.Valid();
+            }
+        }
+        for (int attempt = 0; attempt < 100; ++attempt) {
+            const std::string name = TemporaryName(name_);
+            fd_.Reset(openat(folder_, name.c_str(),
+                             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+            if (fd_) {
+                temporary_ = name;
+                return true;
+            }
+            if (errno != EEXIST) {
+                return false;
+            }
+        }
+        return false;
+    }
+
+    int Fd() const { return fd_.Get(); }
+
+    // Syncs the file and gives it its name; false with errno (EEXIST: the name is taken).
+    bool Publish() {
+        if (fsync(fd_.Get()) != 0) {
+            return false;
+        }
+        if (temporary_.empty()) {
+            const std::string self = "/proc/self/fd/" + std::to_string(fd_.Get());
+            return linkat(AT_FDCWD, self.c_str(), folder_, name_.c_str(), AT_SYMLINK_FOLLOW) == 0 &&
+                   fd_.Close();
+        }
+        if (!fd_.Close()) {
+            return false;
+        }
+        return PublishWithoutReplacing(folder_, std::exchange(temporary_, {}), name_);
+    }
+
+private:
+    int folder_;
+    std::string name_;
+    std::string temporary_;
+    UniqueFd fd_;
+};
 
 bool WriteAll(int fd, const char* data, size_t size) {
     while (size > 0) {
@@ -55,10 +128,10 @@ bool WriteAll(int fd, const char* data, size_t size) {
     return true;
 }
 
-// Copies what `in` holds to `out`; the error number, ECANCELED on cancel, 0 when done.
+// Copies what `in` holds to `out`, the bytes counted into `done`; the error number, ECANCELED
+// on cancel, 0 when done.
 int CopyData(int in, int out, int64_t size, std::string_view target, const CancelFlag& cancel,
-             const CopyProgress& progress, const CopyFaults* faults) {
-    int64_t done = 0;
+             const CopyProgress& progress, const CopyFaults* faults, int64_t& done) {
     // A file that reports no size (as under /proc) is read to its end instead.
     bool ranges = size > 0;
     std::vector<char> buffer;
@@ -102,18 +175,44 @@ int CopyData(int in, int out, int64_t size, std::string_view target, const Cance
     }
 }
 
+// A link copied as a link: made under a hidden name, given the source's times, then named.
+CopyOutcome CopyLink(int sourceDir, const std::string& source, const struct stat& st,
+                     int targetDir, const std::string& target) {
+    std::string to(static_cast<size_t>(st.st_size) + 1, '\0');
+    const ssize_t n = readlinkat(sourceDir, source.c_str(), to.data(), to.size());
+    if (n < 0 || static_cast<size_t>(n) >= to.size()) {
+        return n < 0 && errno == ENOENT ? Outcome(CopyResult::SourceMissing, ENOENT)
+                                        : Outcome(CopyResult::SourceChanged, 0);
+    }
+    to.resize(static_cast<size_t>(n));
+    std::string temporary;
+    for (int attempt = 0; temporary.empty() && attempt < 100; ++attempt) {
+        temporary = TemporaryName(target);
+        if (symlinkat(to.c_str(), targetDir, temporary.c_str()) != 0) {
+            if (errno != EEXIST) {
+                return Outcome(CopyResult::Failed, errno);
+            }
+            temporary.clear();
+        }
+    }
+    const timespec times[2] = {st.st_atim, st.st_mtim};
+    utimensat(targetDir, temporary.c_str(), times, AT_SYMLINK_NOFOLLOW);
+    if (!PublishWithoutReplacing(targetDir, temporary, target)) {
+        return Outcome(errno == EEXIST ? CopyResult::TargetExists : CopyResult::Failed, errno);
+    }
+    return {CopyResult::Copied, 0, {}, IdentityOf(st)};
+}
+
 // The entries of a folder, "." and ".." left out. Read through a descriptor of its own: a
 // duplicate would share (and leave at the end) the folder's reading position.
 std::vector<std::string> Names(int folder) {
     std::vector<std::string> names;
-    const int fd = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    DIR* dir = fd >= 0 ? fdopendir(fd) : nullptr;
+    UniqueFd fd(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    DIR* dir = fd ? fdopendir(fd.Get()) : nullptr;
     if (dir == nullptr) {
-        if (fd >= 0) {
-            close(fd);
-        }
         return names;
     }
+    fd.Release(); // the stream owns it now
     while (const dirent* e = readdir(dir)) {
         const std::string_view name = e->d_name;
         if (name != "." && name != "..") {
@@ -135,7 +234,7 @@ int64_t TreeBytes(int folder) {
         if (S_ISREG(st.st_mode)) {
             bytes += st.st_size;
         } else if (S_ISDIR(st.st_mode)) {
-            if (const UniqueFd child(openat(folder, name.c_str(), kDirectoryFlags)); child) {
+            if (const UniqueFd child(openat(folder, name.c_str(), kFolderFlags)); child) {
                 bytes += TreeBytes(child.Get());
             }
         }
@@ -143,49 +242,68 @@ int64_t TreeBytes(int folder) {
     return bytes;
 }
 
+SkippedItem NotRemoved(size_t slot, const std::string& path, const std::string& reason) {
+    return {slot, path, 0, QT_TRANSLATE_NOOP("Remark", "not removed"), {}, reason};
+}
+
+// Removes the entry `name` of `dir` with all it holds, without following links.
+void RemoveEntry(int dir, const std::string& name, const std::string& path,
+                 std::vector<SkippedItem>& problems) {
+    if (unlinkat(dir, name.c_str(), 0) == 0) {
+        return;
+    }
+    int error = errno;
+    if (error == EISDIR) {
+        const size_t before = problems.size();
+        if (const UniqueFd folder(openat(dir, name.c_str(), kFolderFlags)); folder) {
+            for (const std::string& child : Names(folder.Get())) {
+                RemoveEntry(folder.Get(), child, JoinPath(path, child), problems);
+            }
+        }
+        if (unlinkat(dir, name.c_str(), AT_REMOVEDIR) == 0) {
+            return;
+        }
+        error = errno;
+        if (problems.size() > before) {
+            return; // what stayed inside is listed already
+        }
+    }
+    problems.push_back(NotRemoved(problems.size(), path, SystemReason(error)));
+}
+
 class TreeCopier {
 public:
     explicit TreeCopier(TreeCopyContext& context) : c_(context) {}
 
-    TreeOutcome Run(const std::string& source, const std::string& target, bool contentsOnly) {
-        const UniqueFd from(open(source.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (!from) {
-            Problem(source, QT_TRANSLATE_NOOP("Remark", "source file not found"),
-                    SystemReason(errno));
-            return out_;
+    // The entries of the folder `from` into the folder `into`.
+    TreeOutcome Contents(int from, const std::string& source, int into,
+                         const std::string& target) {
+        SetUpProgress(from);
+        Children(from, source, into, target);
+        return std::move(out_);
+    }
+
+    // The entry `name` of the folder `from` as `targetName` in `into`.
+    TreeOutcome Item(int from, const std::string& name, const std::string& source, int into,
+                     const std::string& targetName, const std::string& target) {
+        if (const UniqueFd folder(openat(from, name.c_str(), kFolderFlags)); folder) {
+            SetUpProgress(folder.Get());
         }
+        Entry(from, name, source, into, targetName, target);
+        return std::move(out_);
+    }
+
+private:
+    void SetUpProgress(int folder) {
         if (c_.progress) {
-            const int64_t total = TreeBytes(from.Get());
+            const int64_t total = TreeBytes(folder);
             while ((total >> shift_) > INT_MAX) {
                 ++shift_; // the bar counts in larger units past 2 GiB
             }
             c_.progress->Setup(0, static_cast<int>(total >> shift_), 0);
         }
-        if (contentsOnly) {
-            const UniqueFd into(open(target.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-            if (!into) {
-                Problem(target, QT_TRANSLATE_NOOP("Remark", "folder not opened"),
-                        SystemReason(errno));
-                return out_;
-            }
-            Children(from.Get(), source, into.Get(), target);
-        } else {
-            const UniqueFd sourceParent(
-                open(FolderOfPath(source).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-            const UniqueFd targetParent(
-                open(FolderOfPath(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-            if (!sourceParent || !targetParent) {
-                Problem(source, QT_TRANSLATE_NOOP("Remark", "folder not opened"),
-                        SystemReason(errno));
-                return out_;
-            }
-            Entry(sourceParent.Get(), BaseName(source), source, targetParent.Get(),
-                  BaseName(target), target);
-        }
-        return out_;
     }
 
-private:
     bool Stopped() {
         if (!out_.cancelled && c_.cancel.IsRaised()) {
             out_.cancelled = true;
@@ -261,9 +379,7 @@ private:
         }
         if (S_ISDIR(st.st_mode)) {
             Folder(sourceDir, name, sourcePath, st, targetDir, targetName, targetPath, !exists);
-        } else if (S_ISLNK(st.st_mode)) {
-            Link(sourceDir, name, sourcePath, st, targetDir, targetName);
-        } else if (S_ISREG(st.st_mode)) {
+        } else if (S_ISLNK(st.st_mode) || S_ISREG(st.st_mode)) {
             File(sourceDir, name, sourcePath, st, targetDir, targetName, targetPath);
         } else {
             Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "special file not copied"),
@@ -274,6 +390,12 @@ private:
     void Folder(int sourceDir, const std::string& name, const std::string& sourcePath,
                 const struct stat& st, int targetDir, const std::string& targetName,
                 const std::string& targetPath, bool make) {
+        // The source is opened first: a folder that cannot be read gets no empty copy.
+        const UniqueFd from(openat(sourceDir, name.c_str(), kFolderFlags));
+        if (!from) {
+            Problem(sourcePath, std::to_string(errno), SystemReason(errno));
+            return;
+        }
         // Made writable for the copy; it takes the source's permissions once filled.
         if (make && mkdirat(targetDir, targetName.c_str(), 0700) != 0) {
             Problem(sourcePath,
@@ -282,43 +404,29 @@ private:
                     SystemReason(errno));
             return;
         }
-        const UniqueFd from(openat(sourceDir, name.c_str(), kDirectoryFlags));
-        const UniqueFd into(openat(targetDir, targetName.c_str(), kDirectoryFlags));
-        if (!from || !into) {
+        const UniqueFd into(openat(targetDir, targetName.c_str(), kFolderFlags));
+        if (!into) {
             Problem(sourcePath, std::to_string(errno), SystemReason(errno));
-            if (make && !into) {
+            if (make) {
                 unlinkat(targetDir, targetName.c_str(), AT_REMOVEDIR);
             }
             return;
         }
+        const size_t problems = out_.problems.size();
+        const bool wasCancelled = out_.cancelled;
         Children(from.Get(), sourcePath, into.Get(), targetPath);
-        if (make) {
-            fchmod(into.Get(), st.st_mode & 07777);
-            const timespec times[2] = {st.st_atim, st.st_mtim};
-            futimens(into.Get(), times);
-        }
-    }
-
-    void Link(int sourceDir, const std::string& name, const std::string& sourcePath,
-              const struct stat& st, int targetDir, const std::string& targetName) {
-        std::string to(static_cast<size_t>(st.st_size) + 1, '\0');
-        const ssize_t n = readlinkat(sourceDir, name.c_str(), to.data(), to.size());
-        if (n < 0 || static_cast<size_t>(n) >= to.size()) {
-            Problem(sourcePath, std::to_string(n < 0 ? errno : ENAMETOOLONG),
-                    SystemReason(n < 0 ? errno : ENAMETOOLONG));
+        if (!make) {
             return;
         }
-        to.resize(static_cast<size_t>(n));
-        if (symlinkat(to.c_str(), targetDir, targetName.c_str()) != 0) {
-            Problem(sourcePath,
-                    errno == EEXIST ? QT_TRANSLATE_NOOP("Remark", "duplicate file")
-                                    : std::to_string(errno),
-                    SystemReason(errno));
-            return;
+        // A copy cut short leaves no folder of its making empty; rmdir takes only an empty one.
+        if ((out_.cancelled && !wasCancelled) || out_.problems.size() > problems) {
+            if (unlinkat(targetDir, targetName.c_str(), AT_REMOVEDIR) == 0) {
+                return;
+            }
         }
+        fchmod(into.Get(), st.st_mode & 07777);
         const timespec times[2] = {st.st_atim, st.st_mtim};
-        utimensat(targetDir, targetName.c_str(), times, AT_SYMLINK_NOFOLLOW);
-        ++out_.files;
+        futimens(into.Get(), times);
     }
 
     void File(int sourceDir, const std::string& name, const std::string& sourcePath,
@@ -339,7 +447,8 @@ private:
         switch (copy.result) {
         case CopyResult::Copied:
             ++out_.files;
-            bytesDone_ += st.st_size;
+            out_.copied.push_back(copy.copied);
+            bytesDone_ += S_ISREG(st.st_mode) ? st.st_size : 0;
             break;
         case CopyResult::TargetExists:
             Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "duplicate file"), copy.reason);
@@ -347,6 +456,9 @@ private:
             break;
         case CopyResult::SourceMissing:
             Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "source file not found"), copy.reason);
+            break;
+        case CopyResult::SourceChanged:
+            Problem(sourcePath, kChanged, {});
             break;
         case CopyResult::Cancelled:
             out_.cancelled = true;
@@ -369,103 +481,71 @@ private:
     ConflictAnswer answerForAll_;
 };
 
-// Whether the entry `name` of `source` has its counterpart in `target`: a folder for a folder,
-// a link for a link, a file of the same size for a file.
-bool Arrived(int source, int target, const std::string& name, struct stat& from) {
-    struct stat to {};
-    return fstatat(source, name.c_str(), &from, AT_SYMLINK_NOFOLLOW) == 0 &&
-           fstatat(target, name.c_str(), &to, AT_SYMLINK_NOFOLLOW) == 0 &&
-           (from.st_mode & S_IFMT) == (to.st_mode & S_IFMT) &&
-           (!S_ISREG(from.st_mode) || from.st_size == to.st_size);
-}
+using Copied = std::map<std::pair<dev_t, ino_t>, FileIdentity>;
 
-// Whether everything below `source` has arrived below `target`: what a move checks before it
-// removes anything of its source.
-bool AllArrived(int source, int target) {
-    for (const std::string& name : Names(source)) {
-        struct stat from {};
-        if (!Arrived(source, target, name, from)) {
-            return false;
-        }
-        if (S_ISDIR(from.st_mode)) {
-            const UniqueFd a(openat(source, name.c_str(), kDirectoryFlags));
-            const UniqueFd b(openat(target, name.c_str(), kDirectoryFlags));
-            if (!a || !b || !AllArrived(a.Get(), b.Get())) {
-                return false;
-            }
-        }
-    }
-    return true;
-}
-
-// Removes what a move copied from below `source`, entry by entry, each only while its
-// counterpart is below `target`: what appeared or changed meanwhile stays, and is listed.
-void RemoveArrived(int source, int target, const std::string& path,
-                   std::vector<SkippedItem>& problems) {
+// Removes what a move copied from below `source`: a file or link only while it is what was
+// copied and its copy is in `target`, a folder once emptied. What appeared or changed meanwhile
+// stays, and is listed.
+void RemoveMoved(int source, int target, const std::string& path, const Copied& copied,
+                 std::vector<SkippedItem>& problems) {
     for (const std::string& name : Names(source)) {
         const std::string child = JoinPath(path, name);
         struct stat from {};
-        int error = 0;
-        if (!Arrived(source, target, name, from)) {
-            problems.push_back({problems.size(),
-                                child,
-                                0,
-                                QT_TRANSLATE_NOOP("Remark", "not removed"),
-                                {},
-                                QT_TRANSLATE_NOOP("Remark", "it changed while it was moved")});
-            continue;
+        struct stat to {};
+        if (fstatat(source, name.c_str(), &from, AT_SYMLINK_NOFOLLOW) != 0) {
+            continue; // gone meanwhile: nothing left to remove
         }
-        if (S_ISDIR(from.st_mode)) {
-            const UniqueFd a(openat(source, name.c_str(), kDirectoryFlags));
-            const UniqueFd b(openat(target, name.c_str(), kDirectoryFlags));
+        const bool counterpart = fstatat(target, name.c_str(), &to, AT_SYMLINK_NOFOLLOW) == 0 &&
+                                 (from.st_mode & S_IFMT) == (to.st_mode & S_IFMT);
+        if (counterpart && S_ISDIR(from.st_mode)) {
+            const UniqueFd a(openat(source, name.c_str(), kFolderFlags));
+            const UniqueFd b(openat(target, name.c_str(), kFolderFlags));
             const size_t before = problems.size();
             if (a && b) {
-                RemoveArrived(a.Get(), b.Get(), child, problems);
+                RemoveMoved(a.Get(), b.Get(), child, copied, problems);
             }
             if (unlinkat(source, name.c_str(), AT_REMOVEDIR) != 0 && problems.size() == before) {
-                error = errno;
+                problems.push_back(NotRemoved(problems.size(), child, SystemReason(errno)));
             }
-        } else if (unlinkat(source, name.c_str(), 0) != 0) {
-            error = errno;
+            continue;
         }
-        if (error != 0) {
-            problems.push_back({problems.size(),
-                                child,
-                                0,
-                                QT_TRANSLATE_NOOP("Remark", "not removed"),
-                                {},
-                                SystemReason(error)});
+        const auto was = copied.find({from.st_dev, from.st_ino});
+        if (!counterpart || was == copied.end() || !(was->second == IdentityOf(from)) ||
+            (S_ISREG(from.st_mode) && to.st_size != from.st_size)) {
+            problems.push_back(NotRemoved(
+                problems.size(), child,
+                QT_TRANSLATE_NOOP("Remark", "it changed while it was moved")));
+        } else if (unlinkat(source, name.c_str(), 0) != 0) {
+            problems.push_back(NotRemoved(problems.size(), child, SystemReason(errno)));
         }
     }
 }
 
-void RemoveEntry(int dir, const std::string& name, const std::string& path,
-                 std::vector<SkippedItem>& problems) {
-    if (unlinkat(dir, name.c_str(), 0) == 0) {
-        return;
+// Renames the entry `from` to the free name `to`, replacing nothing; an error number, 0 when
+// done.
+int RenameNoReplace(const ItemAt& from, const ItemAt& to, const CopyFaults* faults) {
+    if (const int injected = faults && faults->rename ? faults->rename() : 0) {
+        return injected;
     }
-    int error = errno;
-    if (error == EISDIR) {
-        const size_t before = problems.size();
-        if (const UniqueFd folder(openat(dir, name.c_str(), kDirectoryFlags)); folder) {
-            for (const std::string& child : Names(folder.Get())) {
-                RemoveEntry(folder.Get(), child, JoinPath(path, child), problems);
-            }
-        }
-        if (unlinkat(dir, name.c_str(), AT_REMOVEDIR) == 0) {
-            return;
-        }
-        error = errno;
-        if (problems.size() > before) {
-            return; // what stayed inside is listed already
-        }
+    const int a = from.folder.Get();
+    const int b = to.folder.Get();
+    if (renameat2(a, from.name.c_str(), b, to.name.c_str(), RENAME_NOREPLACE) == 0) {
+        return 0;
     }
-    problems.push_back({problems.size(),
-                        path,
-                        0,
-                        QT_TRANSLATE_NOOP("Remark", "not removed"),
-                        {},
-                        SystemReason(error)});
+    if (errno != EINVAL && errno != ENOSYS) {
+        return errno;
+    }
+    // No renaming without replacing here: the name is claimed with an empty folder of our own,
+    // and only that is replaced.
+    if (mkdirat(b, to.name.c_str(), 0700) != 0) {
+        return errno;
+    }
+    if (renameat(a, from.name.c_str(), b, to.name.c_str()) == 0) {
+        return 0;
+    }
+    const int error = errno;
+    unlinkat(b, to.name.c_str(), AT_REMOVEDIR);
+    return error;
 }
 
 } // namespace
@@ -474,22 +554,30 @@ std::string JoinPath(const std::string& folder, const std::string& name) {
     return !folder.empty() && folder.back() == '/' ? folder + name : folder + "/" + name;
 }
 
-std::string BaseName(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
 CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
                         const std::string& target, const CancelFlag& cancel,
                         const CopyProgress& progress, const CopyFaults* faults) {
-    // Not blocking, so that a FIFO that looks like a file cannot stop the copy on its open.
-    const UniqueFd in(
-        openat(sourceDir, source.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    // A name already there is told before anything is read; one that appears meanwhile is
+    // caught when the copy is named.
+    struct stat there {};
+    if (fstatat(targetDir, target.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0) {
+        return Outcome(CopyResult::TargetExists, EEXIST);
+    }
+    if (errno != ENOENT) {
+        return Outcome(CopyResult::Failed, errno);
+    }
+    // Not following a link, and not blocking, so that a FIFO that looks like a file cannot
+    // stop the copy on its open; the type is the descriptor's, not what a name said before.
+    const UniqueFd in(openat(sourceDir, source.c_str(),
+                             O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC));
     if (!in) {
         const int error = errno;
         struct stat st {};
-        const bool gone = fstatat(sourceDir, source.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0;
-        return Outcome(gone ? CopyResult::SourceMissing : CopyResult::Failed, error);
+        if (fstatat(sourceDir, source.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
+            return Outcome(CopyResult::SourceMissing, errno);
+        }
+        return S_ISLNK(st.st_mode) ? CopyLink(sourceDir, source, st, targetDir, target)
+                                   : Outcome(CopyResult::Failed, error);
     }
     struct stat from {};
     if (fstat(in.Get(), &from) != 0) {
@@ -502,47 +590,70 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
         }
         return outcome;
     }
-    UniqueFd out(openat(targetDir, target.c_str(),
-                        O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, from.st_mode & 0777));
-    if (!out) {
-        const int error = errno;
-        return Outcome(error == EEXIST ? CopyResult::TargetExists : CopyResult::Failed, error);
+    NewFile out(targetDir, target);
+    if (!out.Create(from.st_mode & 0777, !(faults && faults->noUnnamedFiles))) {
+        return Outcome(CopyResult::Failed, errno);
     }
-    struct stat created {};
-    fstat(out.Get(), &created);
     if (progress.started) {
         progress.started(from.st_size);
     }
-    int error = CopyData(in.Get(), out.Get(), from.st_size, target, cancel, progress, faults);
-    if (error == 0) {
-        // A file system that keeps no such times still holds the data: not a failure.
-        const timespec times[2] = {from.st_atim, from.st_mtim};
-        futimens(out.Get(), times);
-        if (!out.Close()) {
-            error = errno;
-        }
-    }
-    if (error != 0) {
-        out.Close();
-        RemoveCreated(targetDir, target, created);
+    int64_t done = 0;
+    if (const int error =
+            CopyData(in.Get(), out.Fd(), from.st_size, target, cancel, progress, faults, done)) {
         return Outcome(error == ECANCELED && cancel.IsRaised() ? CopyResult::Cancelled
                                                                : CopyResult::Failed,
                        error);
     }
-    return {CopyResult::Copied, 0, {}};
+    // What was read must be the whole file as it was opened, unchanged since.
+    struct stat after {};
+    if (fstat(in.Get(), &after) != 0 || !(IdentityOf(after) == IdentityOf(from)) ||
+        (from.st_size > 0 && done != from.st_size)) {
+        return {CopyResult::SourceChanged, 0, kChanged, {}};
+    }
+    // A file system that keeps no such times still holds the data: not a failure.
+    const timespec times[2] = {from.st_atim, from.st_mtim};
+    futimens(out.Fd(), times);
+    if (!out.Publish()) {
+        return Outcome(errno == EEXIST ? CopyResult::TargetExists : CopyResult::Failed, errno);
+    }
+    return {CopyResult::Copied, 0, {}, IdentityOf(from)};
 }
 
 TreeOutcome CopyTree(const std::string& source, const std::string& target, bool contentsOnly,
                      TreeCopyContext& context) {
-    return TreeCopier(context).Run(source, target, contentsOnly);
+    const auto failed = [](const std::string& path, const char* remark, int error) {
+        TreeOutcome outcome;
+        outcome.problems.push_back({0, path, 0, remark, {}, SystemReason(error)});
+        return outcome;
+    };
+    if (contentsOnly) {
+        const UniqueFd from(OpenFolder(source));
+        if (!from) {
+            return failed(source, QT_TRANSLATE_NOOP("Remark", "source file not found"), errno);
+        }
+        const UniqueFd into(OpenFolder(target));
+        if (!into) {
+            return failed(target, QT_TRANSLATE_NOOP("Remark", "folder not opened"), errno);
+        }
+        return TreeCopier(context).Contents(from.Get(), source, into.Get(), target);
+    }
+    const ItemAt from = OpenItem(source);
+    const ItemAt into = OpenItem(target);
+    if (!from || !into) {
+        return failed(source, QT_TRANSLATE_NOOP("Remark", "folder not opened"),
+                      from ? into.error : from.error);
+    }
+    return TreeCopier(context).Item(from.folder.Get(), from.name, source, into.folder.Get(),
+                                    into.name, target);
 }
 
 bool IsSameOrInside(const std::string& folder, const std::string& other) {
     struct stat goal {};
-    if (stat(other.c_str(), &goal) != 0) {
+    const UniqueFd otherFd(OpenFolder(other, O_PATH | O_CLOEXEC));
+    if (!otherFd || fstat(otherFd.Get(), &goal) != 0) {
         return false;
     }
-    UniqueFd here(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    UniqueFd here(OpenFolder(folder, O_PATH | O_CLOEXEC));
     for (int depth = 0; here && depth < 100000; ++depth) {
         struct stat st {};
         if (fstat(here.Get(), &st) != 0) {
@@ -551,7 +662,7 @@ bool IsSameOrInside(const std::string& folder, const std::string& other) {
         if (SameFile(st, goal)) {
             return true;
         }
-        UniqueFd up(openat(here.Get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        UniqueFd up(openat(here.Get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
         struct stat above {};
         if (!up || fstat(up.Get(), &above) != 0 || SameFile(above, st)) {
             return false; // the root
@@ -563,13 +674,18 @@ bool IsSameOrInside(const std::string& folder, const std::string& other) {
 
 MoveOutcome MoveTree(const std::string& source, const std::string& target,
                      TreeCopyContext& context) {
+    const ItemAt from = OpenItem(source);
+    const ItemAt to = OpenItem(target);
+    if (!from || !to) {
+        return {MoveResult::Failed, SystemReason(from ? to.error : from.error), {}};
+    }
     struct stat there {};
-    if (lstat(target.c_str(), &there) == 0) {
+    if (fstatat(to.folder.Get(), to.name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0) {
         return {
             MoveResult::Refused,
             FillIn(QCoreApplication::translate("Remark", "something named ' %1 ' is already there")
                        .toStdString(),
-                   {BaseName(target)}),
+                   {to.name}),
             {}};
     }
     if (IsSameOrInside(FolderOfPath(target), source)) {
@@ -577,74 +693,56 @@ MoveOutcome MoveTree(const std::string& source, const std::string& target,
                 QT_TRANSLATE_NOOP("Remark", "a folder cannot be moved into itself"),
                 {}};
     }
-    const int injected = context.faults && context.faults->rename ? context.faults->rename() : 0;
-    int error = injected;
-    if (error == 0) {
-        error = renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0
-                    ? 0
-                    : errno;
-    }
-    bool claimed = false;
-    if (error == EINVAL || error == ENOSYS) {
-        // No renaming without replacing here: the name is claimed with an empty folder of our
-        // own, and only that is replaced.
-        if (mkdir(target.c_str(), 0700) != 0) {
-            return {errno == EEXIST ? MoveResult::Refused : MoveResult::Failed,
-                    SystemReason(errno),
-                    {}};
-        }
-        claimed = true;
-        error = rename(source.c_str(), target.c_str()) == 0 ? 0 : errno;
-    }
+    const int error = RenameNoReplace(from, to, context.faults);
     if (error == 0) {
         return {MoveResult::Moved, {}, {}};
     }
     if (error != EXDEV) {
-        if (claimed) {
-            rmdir(target.c_str());
-        }
         return {
             error == EEXIST ? MoveResult::Refused : MoveResult::Failed, SystemReason(error), {}};
     }
     // Another file system: a copy first, into a folder of our own.
-    if (!claimed && mkdir(target.c_str(), 0700) != 0) {
+    if (mkdirat(to.folder.Get(), to.name.c_str(), 0700) != 0) {
         return {
             errno == EEXIST ? MoveResult::Refused : MoveResult::Failed, SystemReason(errno), {}};
     }
+    const UniqueFd fromFd(openat(from.folder.Get(), from.name.c_str(), kFolderFlags));
+    const UniqueFd into(openat(to.folder.Get(), to.name.c_str(), kFolderFlags));
     TreeCopyContext copying = context;
     copying.conflict = nullptr;
-    const TreeOutcome copied = CopyTree(source, target, true, copying);
-    const UniqueFd from(open(source.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const UniqueFd into(open(target.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!copied.Complete() || !from || !into || !AllArrived(from.Get(), into.Get())) {
-        RemoveTree(target);
+    TreeOutcome copied;
+    if (fromFd && into) {
+        copied = TreeCopier(copying).Contents(fromFd.Get(), source, into.Get(), target);
+    } else {
+        copied.problems.push_back({0, source, 0, QT_TRANSLATE_NOOP("Remark", "folder not opened"),
+                                   {}, SystemReason(errno)});
+    }
+    // The copy must be on the disk before any of its source goes.
+    if (copied.Complete() && syncfs(into.Get()) != 0) {
+        copied.problems.push_back({0, target, 0, std::to_string(errno), {}, SystemReason(errno)});
+    }
+    if (!copied.Complete()) {
+        std::vector<SkippedItem> ignored;
+        RemoveEntry(to.folder.Get(), to.name, target, ignored);
         return {copied.cancelled ? MoveResult::Cancelled : MoveResult::Failed,
                 QT_TRANSLATE_NOOP("Remark", "not every item could be copied"), copied.problems};
     }
     struct stat st {};
-    if (fstat(from.Get(), &st) == 0) {
+    if (fstat(fromFd.Get(), &st) == 0) {
         fchmod(into.Get(), st.st_mode & 07777);
         const timespec times[2] = {st.st_atim, st.st_mtim};
         futimens(into.Get(), times);
     }
-    // Everything arrived: only now does the source go, each entry only while its copy is there.
+    // Everything arrived: only now does the source go, each item only while it is what was
+    // copied.
+    Copied identities;
+    for (const FileIdentity& identity : copied.copied) {
+        identities[{identity.device, identity.inode}] = identity;
+    }
     MoveOutcome moved{MoveResult::Moved, {}, {}};
-    RemoveArrived(from.Get(), into.Get(), source, moved.problems);
-    if (moved.problems.empty() && rmdir(source.c_str()) != 0) {
-        moved.problems.push_back(
-            {0, source, 0, QT_TRANSLATE_NOOP("Remark", "not removed"), {}, SystemReason(errno)});
+    RemoveMoved(fromFd.Get(), into.Get(), source, identities, moved.problems);
+    if (moved.problems.empty() && unlinkat(from.folder.Get(), from.name.c_str(), AT_REMOVEDIR) != 0) {
+        moved.problems.push_back(NotRemoved(0, source, SystemReason(errno)));
     }
     return moved;
-}
-
-std::vector<SkippedItem> RemoveTree(const std::string& path) {
-    std::vector<SkippedItem> problems;
-    const UniqueFd parent(open(FolderOfPath(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!parent) {
-        problems.push_back(
-            {0, path, 0, QT_TRANSLATE_NOOP("Remark", "not removed"), {}, SystemReason(errno)});
-        return problems;
-    }
-    RemoveEntry(parent.Get(), BaseName(path), path, problems);
-    return problems;
 }

@@ -1,11 +1,13 @@
 #pragma once
 
-// Copies that never overwrite: one file, a folder tree, a folder moved. Every target is created
-// exclusively, so nothing that is already there (or appears meanwhile) is written over; what a
-// failed or cancelled copy made is taken back; a move removes its source only after the whole
-// copy is there.
+// Copies that never overwrite and are never half there: one file, a folder tree, a folder
+// moved. A new file is written without a name (or under a hidden temporary one) and named only
+// once whole, with its times and mode, by a call that fails on an existing name; what a failed or
+// cancelled copy made is taken back; a source that changed while it was copied is not passed off
+// as copied; a move removes a source only while it is still what was copied.
 
 #include "fileops/FileCommands.h"
+#include "platform/PathAccess.h"
 #include "platform/Prompts.h"
 
 #include <cstdint>
@@ -24,24 +26,29 @@ struct CopyProgress {
 };
 
 // Faults a test puts in: the error number for the chunk at `done` bytes into the copy to
-// `target` (0: none), and for a move's rename (0: the real one).
+// `target` (0: none), and for a move's rename (0: the real one); and a target file system
+// without unnamed files.
 struct CopyFaults {
     std::function<int(std::string_view target, int64_t done)> write;
     std::function<int()> rename;
+    bool noUnnamedFiles = false;
 };
 
-enum class CopyResult { Copied, SourceMissing, TargetExists, Failed, Cancelled };
+enum class CopyResult { Copied, SourceMissing, SourceChanged, TargetExists, Failed, Cancelled };
 struct CopyOutcome {
     CopyResult result = CopyResult::Failed;
-    int error = 0;      // the error number of a failure
-    std::string reason; // the system's words for it
+    int error = 0;         // the error number of a failure
+    std::string reason;    // the system's words for it
+    FileIdentity copied{}; // the source as it was copied
 };
 
-// Copies the file `source` (a name below the folder `sourceDir`, or a path with AT_FDCWD) to
-// `target` below `targetDir`, which it creates: an existing name, also a dangling link, is
-// TargetExists and stays untouched. The data goes in chunks (copy_file_range, else read and
-// write), the source's times are kept. Cancel is looked at between chunks. A failed or
-// cancelled copy removes the target it created.
+// Copies the file or link `source` (a name in the folder `sourceDir`) to the name `target` in
+// `targetDir`. An existing name, also a dangling link, is TargetExists and stays untouched, also
+// when it appears while the copy runs. The source is opened without following a link (a link is
+// copied as a link); its data goes in chunks (copy_file_range, else read and write) into a file
+// that gets its name, mode and times only once whole and synced. A source whose identity, size
+// or times changed meanwhile is SourceChanged and nothing is named. Cancel is looked at between
+// chunks.
 CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
                         const std::string& target, const CancelFlag& cancel,
                         const CopyProgress& progress = {}, const CopyFaults* faults = nullptr);
@@ -63,13 +70,14 @@ struct TreeOutcome {
     bool cancelled = false;
     int64_t files = 0;                 // files and links copied
     std::vector<SkippedItem> problems; // what was not copied, and why
+    std::vector<FileIdentity> copied;  // each file and link as it was copied
     bool Complete() const { return !cancelled && problems.empty(); }
 };
 
 // Copies the folder `source` to `target` (made when missing, merged with when it is a folder),
 // or with `contentsOnly` the entries of `source` into the folder `target`. Links are copied as
-// links, special files are listed and skipped. The caller has made sure `target` is not inside
-// `source`.
+// links, special files are listed and skipped. A folder it made stays only when something is in
+// it or its copy was complete. The caller has made sure `target` is not inside `source`.
 TreeOutcome CopyTree(const std::string& source, const std::string& target, bool contentsOnly,
                      TreeCopyContext& context);
 
@@ -85,16 +93,11 @@ struct MoveOutcome {
 };
 
 // Moves the folder `source` to the new path `target`: a rename that replaces nothing when both
-// are on one file system; otherwise a copy, after which the source is removed only when every
-// item arrived. A move that fails or is cancelled removes its partial copy; the source stays
-// whole.
+// are on one file system; otherwise a copy, synced to disk, after which each source item is
+// removed only while it is still what was copied and its copy is there; what changed stays and
+// is listed. A move that fails or is cancelled removes its partial copy; the source stays whole.
 MoveOutcome MoveTree(const std::string& source, const std::string& target,
                      TreeCopyContext& context);
 
-// Removes the tree at `path` without following links; what could not be removed is listed.
-std::vector<SkippedItem> RemoveTree(const std::string& path);
-
 // `folder` + "/" + `name`, without doubling the slash of "/".
 std::string JoinPath(const std::string& folder, const std::string& name);
-// The last name of a path ("" for "/").
-std::string BaseName(const std::string& path);

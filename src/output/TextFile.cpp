@@ -11,11 +11,7 @@ namespace {
 constexpr size_t kBufferSize = 1 << 16;
 }
 
-TextFile::~TextFile() {
-    if (open_) {
-        Abandon();
-    }
-}
+TextFile::~TextFile() = default;
 
 bool TextFile::Open(const std::string& path, Mode mode) {
     mode_ = mode;
@@ -23,26 +19,23 @@ bool TextFile::Open(const std::string& path, Mode mode) {
     error_.clear();
     buffer_.clear();
     buffer_.reserve(kBufferSize + 4096);
-    if (mode == Mode::CreateNew) {
-        const int fd =
-            open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-        if (fd < 0) {
-            Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot create %1: %2"), errno);
-            return false;
-        }
-        created_.Reset(fd);
-    } else {
-        target_ = ResolveReplaceTarget(path);
-        if (!target_.error.empty()) {
-            error_ = FillIn(
-                QCoreApplication::translate("TextFile", "Cannot replace %1: %2").toStdString(),
-                {path, QCoreApplication::translate("Remark", target_.error.c_str()).toStdString()});
-            return false;
-        }
-        if (!replacement_.Create(target_.path)) {
-            Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot create %1: %2"), errno);
-            return false;
-        }
+    struct stat st {};
+    if (mode == Mode::CreateNew && lstat(path.c_str(), &st) == 0) {
+        Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot create %1: %2"), EEXIST);
+        return false;
+    }
+    // A new file is written beside its name and takes it only when whole, never over
+    // anything that appeared meanwhile.
+    target_ = ResolveReplaceTarget(path);
+    if (!target_.error.empty()) {
+        error_ = FillIn(
+            QCoreApplication::translate("TextFile", "Cannot replace %1: %2").toStdString(),
+            {path, QCoreApplication::translate("Remark", target_.error.c_str()).toStdString()});
+        return false;
+    }
+    if (!replacement_.Create(target_.path)) {
+        Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot create %1: %2"), errno);
+        return false;
     }
     open_ = true;
     return true;
@@ -67,46 +60,11 @@ void TextFile::WriteLine(std::string_view text) {
 }
 
 void TextFile::Flush() {
-    if (!error_.empty() || buffer_.empty()) {
-        buffer_.clear();
-        return;
-    }
-    if (mode_ == Mode::Replace) {
-        if (!replacement_.WriteAll(buffer_.data(), buffer_.size())) {
-            Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot write %1: %2"), errno);
-        }
-    } else {
-        size_t done = 0;
-        while (done < buffer_.size()) {
-            const ssize_t n = write(created_.Get(), buffer_.data() + done, buffer_.size() - done);
-            if (n < 0 && errno == EINTR) {
-                continue;
-            }
-            if (n <= 0) {
-                Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot write %1: %2"), n == 0 ? ENOSPC : errno);
-                break;
-            }
-            done += static_cast<size_t>(n);
-        }
+    if (error_.empty() && !buffer_.empty() &&
+        !replacement_.WriteAll(buffer_.data(), buffer_.size())) {
+        Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot write %1: %2"), errno);
     }
     buffer_.clear();
-}
-
-// Takes back a file this writer created, never one somebody put there since.
-void TextFile::Abandon() {
-    open_ = false;
-    if (mode_ == Mode::Replace) {
-        replacement_.Discard();
-        return;
-    }
-    struct stat ours {};
-    struct stat there {};
-    const bool known = fstat(created_.Get(), &ours) == 0;
-    created_.Close();
-    if (known && lstat(path_.c_str(), &there) == 0 && there.st_dev == ours.st_dev &&
-        there.st_ino == ours.st_ino) {
-        unlink(path_.c_str());
-    }
 }
 
 bool TextFile::Close() {
@@ -114,19 +72,13 @@ bool TextFile::Close() {
         return false;
     }
     Flush();
-    if (error_.empty()) {
-        if (mode_ == Mode::Replace) {
-            if (!replacement_.Commit(target_.mode)) {
-                Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot write %1: %2"), errno);
-            }
-        } else if (fsync(created_.Get()) != 0 || !created_.Close()) {
-            Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot write %1: %2"), errno);
-        }
-    }
-    if (!error_.empty()) {
-        Abandon();
-        return false;
+    if (error_.empty() && !replacement_.Commit(target_)) {
+        Fail(QT_TRANSLATE_NOOP("TextFile", "Cannot write %1: %2"), errno);
     }
     open_ = false;
+    if (!error_.empty()) {
+        replacement_.Discard();
+        return false;
+    }
     return true;
 }

@@ -5,14 +5,14 @@
 #include <string>
 #include <string_view>
 
-// A text file written from scratch, with CR LF line ends. Every failure keeps the system's
-// reason, so the user hears which file failed and why; a file that failed is never left behind
-// half written.
+// A text file written from scratch, with CR LF line ends, beside its name until it is whole.
+// Every failure keeps the system's reason, so the user hears which file failed and why; a file
+// that failed is never left behind half written.
 class TextFile {
 public:
     enum class Mode {
-        CreateNew, // the file must not exist yet (created exclusively)
-        Replace,   // the user agreed to replace it: written beside it, then renamed over it
+        CreateNew, // the file must not exist yet, nor when it is named
+        Replace,   // the user agreed to replace it: renamed over it
     };
 
     TextFile() = default;
@@ -33,10 +33,8 @@ public:
 private:
     void Flush();
     void Fail(const char* what, int error);
-    void Abandon();
 
     Mode mode_ = Mode::CreateNew;
-    UniqueFd created_; // CreateNew
     TemporaryBeside replacement_;
     ReplaceTarget target_;
     std::string path_;

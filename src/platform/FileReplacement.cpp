@@ -32,12 +32,12 @@ mode_t NewFileMode() {
     return 0666 & ~mask;
 }
 
+} // namespace
+
 std::string BaseName(const std::string& path) {
     const size_t slash = path.rfind('/');
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
-
-} // namespace
 
 std::string SystemReason(int error) {
     return std::strerror(error);
@@ -71,6 +71,8 @@ ReplaceTarget ResolveReplaceTarget(const std::string& path) {
                 target.error = QT_TRANSLATE_NOOP("Remark", "Not a regular file");
             }
             target.mode = st.st_mode & 07777;
+            target.owner = st.st_uid;
+            target.group = st.st_gid;
             return target;
         }
         if (hops == kMaxLinkHops) {
@@ -138,15 +140,23 @@ bool TemporaryBeside::WriteAll(const char* data, size_t size) {
     return true;
 }
 
-bool TemporaryBeside::Commit(mode_t mode, const RenameFunction& rename) {
-    bool done = fd_.Valid() && fdatasync(fd_.Get()) == 0 && fchmod(fd_.Get(), mode) == 0;
+bool TemporaryBeside::Commit(const ReplaceTarget& like, const RenameFunction& rename) {
+    // The owner and group first: changing them may clear set-id bits of the mode.
+    bool done = fd_.Valid() && fdatasync(fd_.Get()) == 0 &&
+                (!like.exists || fchown(fd_.Get(), like.owner, like.group) == 0) &&
+                fchmod(fd_.Get(), like.mode) == 0;
     int error = errno;
     if (!fd_.Close() && done) {
         done = false;
         error = errno;
     }
-    if (done && (rename ? rename : ::rename)(temporary_.c_str(), target_.c_str()) != 0) {
-        done = false;
+    if (done && (rename || like.exists)) {
+        if ((rename ? rename : ::rename)(temporary_.c_str(), target_.c_str()) != 0) {
+            done = false;
+            error = errno;
+        }
+    } else if (done) {
+        done = PublishWithoutReplacing(AT_FDCWD, std::exchange(temporary_, {}), target_);
         error = errno;
     }
     if (done) {
@@ -156,6 +166,40 @@ bool TemporaryBeside::Commit(mode_t mode, const RenameFunction& rename) {
         errno = error;
     }
     return done;
+}
+
+bool PublishWithoutReplacing(int folder, const std::string& from, const std::string& to) {
+    int error = 0;
+    if (renameat2(folder, from.c_str(), folder, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    error = errno;
+    if (error == EINVAL || error == ENOSYS || error == EOPNOTSUPP) {
+        // No renaming without replacing here: a second name that cannot replace, then the
+        // first one dropped.
+        if (linkat(folder, from.c_str(), folder, to.c_str(), 0) == 0) {
+            unlinkat(folder, from.c_str(), 0);
+            return true;
+        }
+        error = errno;
+        if (error == EPERM || error == EOPNOTSUPP || error == EMLINK) {
+            // Not even links: the name is claimed with an empty file of our own, which is all
+            // the rename then replaces.
+            UniqueFd claim(openat(folder, to.c_str(),
+                                  O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+            error = !claim ? errno : 0;
+            if (claim && renameat(folder, from.c_str(), folder, to.c_str()) == 0) {
+                return true;
+            }
+            if (claim) {
+                error = errno;
+                unlinkat(folder, to.c_str(), 0);
+            }
+        }
+    }
+    unlinkat(folder, from.c_str(), 0);
+    errno = error;
+    return false;
 }
 
 int RemoveLeftoverTemporaries(const std::string& target) {

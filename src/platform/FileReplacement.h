@@ -16,6 +16,8 @@ struct ReplaceTarget {
     std::string path;   // the final target
     bool exists = false;
     mode_t mode = 0644; // the existing file's permissions, else what a new file gets
+    uid_t owner = static_cast<uid_t>(-1); // the existing file's owner and group (-1: none)
+    gid_t group = static_cast<gid_t>(-1);
     std::string error;  // why it cannot be replaced ("Is a directory"); empty when it can
 };
 ReplaceTarget ResolveReplaceTarget(const std::string& path);
@@ -34,11 +36,13 @@ public:
     int Fd() const { return fd_.Get(); }
     // Writes everything, retrying short writes; false (errno set) on failure.
     bool WriteAll(const char* data, size_t size);
-    // Syncs, gives it `mode`, closes it and renames it over the target with `rename` (tests
-    // pass one that fails); false (errno set) when any step fails, and the temporary is gone
+    // Syncs, gives it the mode, owner and group of `like` (the file it replaces), closes it and
+    // renames it over the target with `rename` (tests pass one that fails); when `like` did not
+    // exist, gives it the target's name only while that is free. False (errno set) when any step
+    // fails, a file whose owner or group cannot be kept included, and the temporary is gone
     // either way.
     using RenameFunction = std::function<int(const char* from, const char* to)>;
-    bool Commit(mode_t mode, const RenameFunction& rename = {});
+    bool Commit(const ReplaceTarget& like, const RenameFunction& rename = {});
 
     // The name every temporary beside `target` begins with (".name.tallymoor-tmp.").
     static std::string NamePrefix(const std::string& target);
@@ -53,12 +57,18 @@ private:
     std::string target_;
 };
 
+// Gives the item at the temporary name `from` the name `to` in `folder`, never over anything:
+// false with errno (EEXIST when `to` is taken); `from` is gone either way.
+bool PublishWithoutReplacing(int folder, const std::string& from, const std::string& to);
+
 // Removes the temporaries that writes killed before their rename left beside `target`: only
 // regular files whose name is NamePrefix and six characters. Returns how many it removed.
 int RemoveLeftoverTemporaries(const std::string& target);
 
 // The folder of a path ("." for a bare name, "/" for a name in the root).
 std::string FolderOfPath(const std::string& path);
+// The last name of a path ("" for "/").
+std::string BaseName(const std::string& path);
 
 // "No such file or directory": the system's words for an error number.
 std::string SystemReason(int error);
