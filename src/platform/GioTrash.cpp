@@ -3,75 +3,185 @@
 
 #include "platform/FileReplacement.h"
 #include "platform/GioDesktop.h"
+#include "platform/PathAccess.h"
+
+#include <QtGlobal>
 
 #include <cerrno>
+#include <algorithm>
 #include <climits>
 #include <ctime>
 #include <fcntl.h>
 #include <memory>
-#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr const char* kInfoSuffix = ".trashinfo";
+constexpr int kTrashFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 // Room left in a name for a counter (".999") once the suffix is added.
 constexpr size_t kLongestTrashName = NAME_MAX - 10 - 4;
 
-// The freedesktop trash by hand, for what GIO cannot do: a name so long that its info file
-// ("name.trashinfo") would be too long. The item goes to the home trash under a shortened
-// name; the info file, reserved exclusively first, keeps its whole original path. Nothing when
-// the home trash is on another file system (the caller then tells GIO's reason).
-std::optional<std::string> TrashUnderShortName(const std::string& path) {
-    const std::string trash = std::string(g_get_user_data_dir()) + "/Trash";
-    const std::string files = trash + "/files";
-    const std::string info = trash + "/info";
-    g_mkdir_with_parents(files.c_str(), 0700);
-    g_mkdir_with_parents(info.c_str(), 0700);
-    struct stat item {};
-    struct stat into {};
-    if (lstat(path.c_str(), &item) != 0) {
-        return SystemReason(errno);
+// The name an item gets in the trash: its own, cut where a character begins when too long.
+std::string TrashName(const std::string& name) {
+    size_t end = std::min(name.size(), kLongestTrashName);
+    while (end > 0 && end < name.size() && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) {
+        --end;
     }
-    if (stat(files.c_str(), &into) != 0 || item.st_dev != into.st_dev) {
-        return std::nullopt;
-    }
-    const size_t slash = path.rfind('/');
-    const std::string base = path.substr(slash + 1).substr(0, kLongestTrashName);
-    std::unique_ptr<char, decltype(&g_free)> escaped(g_uri_escape_string(path.c_str(), "/", FALSE),
-                                                     g_free);
+    return name.substr(0, end);
+}
+
+// An info file as file managers read it: the path URL-escaped, the local time of the
+// deletion to the second.
+std::string TrashInfoText(const char* escapedPath, time_t now) {
     char when[32];
-    const time_t now = time(nullptr);
     tm local{};
     strftime(when, sizeof when, "%Y-%m-%dT%H:%M:%S", localtime_r(&now, &local));
-    const std::string content = std::string("[Trash Info]\nPath=") + escaped.get() +
-                                "\nDeletionDate=" + when + "\n";
+    return std::string("[Trash Info]\nPath=") + escapedPath + "\nDeletionDate=" + when + "\n";
+}
+
+// A trash's files/ and info/ folders, open, and how an item's path is written in its info file.
+struct TrashPlace {
+    UniqueFd files;
+    UniqueFd info;
+    std::string path; // absolute, or relative to the trash's top folder
+};
+
+// Opens (making it when missing) the folder `name` in `parent`, which must be a real folder.
+UniqueFd OpenOrMake(int parent, const char* name) {
+    if (mkdirat(parent, name, 0700) != 0 && errno != EEXIST) {
+        return {};
+    }
+    return UniqueFd(openat(parent, name, kTrashFolderFlags));
+}
+
+bool OpenParts(int trash, TrashPlace& place) {
+    if (trash < 0) {
+        return false;
+    }
+    place.files = OpenOrMake(trash, "files");
+    place.info = OpenOrMake(trash, "info");
+    return place.files && place.info;
+}
+
+// The home trash, when it is on the item's file system (a rename cannot cross file systems,
+// and a copy would be no trash).
+bool HomeTrash(dev_t device, const std::string& path, TrashPlace& place) {
+    const std::string trash = std::string(g_get_user_data_dir()) + "/Trash";
+    g_mkdir_with_parents(trash.c_str(), 0700);
+    const UniqueFd folder(open(trash.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    struct stat st {};
+    if (!folder || fstat(folder.Get(), &st) != 0 || st.st_dev != device) {
+        return false;
+    }
+    place.path = path;
+    return OpenParts(folder.Get(), place);
+}
+
+// The trash at the top of the item's file system: "$topdir/.Trash/$uid" when the
+// administrator made .Trash (a real folder with the sticky bit), else "$topdir/.Trash-$uid".
+bool TopTrash(const ItemAt& item, dev_t device, const std::string& path, TrashPlace& place) {
+    // Up from the item's folder while the file system stays the same.
+    UniqueFd top(openat(item.folder.Get(), ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    int levels = 0;
+    for (;;) {
+        struct stat here {};
+        struct stat above {};
+        UniqueFd up(openat(top.Get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (!up || fstat(top.Get(), &here) != 0 || fstat(up.Get(), &above) != 0 ||
+            above.st_dev != device || (above.st_ino == here.st_ino && above.st_dev == here.st_dev)) {
+            break;
+        }
+        top = std::move(up);
+        ++levels;
+    }
+    const UniqueFd topFolder(openat(top.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!topFolder) {
+        return false;
+    }
+    const std::string uid = std::to_string(getuid());
+    struct stat shared {};
+    bool opened = false;
+    if (fstatat(topFolder.Get(), ".Trash", &shared, AT_SYMLINK_NOFOLLOW) == 0 &&
+        S_ISDIR(shared.st_mode) && (shared.st_mode & S_ISVTX) != 0) {
+        const UniqueFd admin(openat(topFolder.Get(), ".Trash", kTrashFolderFlags));
+        const UniqueFd mine(admin ? OpenOrMake(admin.Get(), uid.c_str()) : UniqueFd());
+        opened = OpenParts(mine.Get(), place);
+    }
+    if (!opened) {
+        const UniqueFd mine(OpenOrMake(topFolder.Get(), (".Trash-" + uid).c_str()));
+        struct stat st {};
+        opened = mine && fstat(mine.Get(), &st) == 0 && st.st_uid == getuid() &&
+                 OpenParts(mine.Get(), place);
+    }
+    if (!opened) {
+        return false;
+    }
+    // Relative to the top folder, as the file manager restores it even when the volume is
+    // mounted elsewhere next time; the absolute path when the path's last names do not lead
+    // to the item (a link on the way).
+    place.path = path;
+    size_t start = path.size();
+    for (int i = 0; i <= levels && start != std::string::npos && start > 0; ++i) {
+        start = path.rfind('/', start - 1);
+    }
+    if (start != std::string::npos) {
+        const std::string relative = path.substr(start + 1);
+        const UniqueFd folder(OpenFolder(FolderOfPath(relative), O_PATH | O_CLOEXEC,
+                                         topFolder.Get()));
+        struct stat a {};
+        struct stat b {};
+        if (folder && fstat(folder.Get(), &a) == 0 && fstat(item.folder.Get(), &b) == 0 &&
+            a.st_dev == b.st_dev && a.st_ino == b.st_ino) {
+            place.path = relative;
+        }
+    }
+    return true;
+}
+
+// The freedesktop trash by hand, for what GIO cannot do: a name too long for its info file
+// ("name.trashinfo"), or a path longer than PATH_MAX. The item is reached through its folder's
+// descriptor and goes to the trash of its own file system under a name short enough; the info
+// file, reserved exclusively first, keeps its whole original path.
+std::string TrashByHand(const std::string& path) {
+    const ItemAt item = OpenItem(path);
+    struct stat st {};
+    if (!item || fstatat(item.folder.Get(), item.name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
+        return SystemReason(item ? errno : item.error);
+    }
+    TrashPlace place;
+    if (!HomeTrash(st.st_dev, path, place) && !TopTrash(item, st.st_dev, path, place)) {
+        return QT_TRANSLATE_NOOP("Remark", "no trash on this file system");
+    }
+    std::unique_ptr<char, decltype(&g_free)> escaped(
+        g_uri_escape_string(place.path.c_str(), "/", FALSE), g_free);
+    const std::string content = TrashInfoText(escaped.get(), time(nullptr));
+    const std::string base = TrashName(item.name);
     for (int n = 1; n < 1000; ++n) {
         const std::string name = n == 1 ? base : base + "." + std::to_string(n);
-        const std::string infoFile = info + "/" + name + kInfoSuffix;
-        UniqueFd fd(open(infoFile.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+        const std::string infoName = name + kInfoSuffix;
+        UniqueFd fd(openat(place.info.Get(), infoName.c_str(),
+                           O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (!fd) {
             if (errno == EEXIST) {
                 continue;
             }
             return SystemReason(errno);
         }
-        struct stat taken {};
-        if (lstat((files + "/" + name).c_str(), &taken) == 0) {
-            fd.Close();
-            unlink(infoFile.c_str());
-            continue;
-        }
         const bool written = write(fd.Get(), content.data(), content.size()) ==
                                  static_cast<ssize_t>(content.size()) &&
                              fsync(fd.Get()) == 0;
-        if (!fd.Close() || !written || rename(path.c_str(), (files + "/" + name).c_str()) != 0) {
-            const int error = errno;
-            unlink(infoFile.c_str());
+        if (fd.Close() && written &&
+            renameat2(item.folder.Get(), item.name.c_str(), place.files.Get(), name.c_str(),
+                      RENAME_NOREPLACE) == 0) {
+            return {};
+        }
+        const int error = errno;
+        unlinkat(place.info.Get(), infoName.c_str(), 0);
+        if (error != EEXIST) {
             return SystemReason(error);
         }
-        return std::string();
     }
     return SystemReason(EEXIST);
 }
@@ -79,6 +189,9 @@ std::optional<std::string> TrashUnderShortName(const std::string& path) {
 } // namespace
 
 std::string MoveToTrash(const std::string& path) {
+    if (path.size() >= PATH_MAX) {
+        return TrashByHand(path); // GIO names files by whole paths
+    }
     std::unique_ptr<GFile, decltype(&g_object_unref)> file(g_file_new_for_path(path.c_str()),
                                                             g_object_unref);
     GError* failure = nullptr;
@@ -87,9 +200,7 @@ std::string MoveToTrash(const std::string& path) {
     }
     std::unique_ptr<GError, decltype(&g_error_free)> error(failure, g_error_free);
     if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_FILENAME_TOO_LONG)) {
-        if (const auto outcome = TrashUnderShortName(path)) {
-            return *outcome;
-        }
+        return TrashByHand(path);
     }
     // GIO names the file in its message ("Error trashing file PATH: reason"); the caller
     // names it already, so only the reason is kept.
