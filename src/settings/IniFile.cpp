@@ -3,7 +3,9 @@
 #include "search/PathText.h"
 
 #include <QCoreApplication>
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -161,27 +163,44 @@ void RemoveSection(std::vector<std::string>& lines, const std::string& section) 
 }
 
 // An advisory lock on the settings file's folder, held while the file is read again, changed
-// and replaced (the file itself is replaced, so it cannot carry the lock). A copy that holds it
-// for long (a hung network share) is not waited for beyond two seconds.
+// and replaced (the file itself is replaced, so it cannot carry the lock). Another copy holds it
+// for milliseconds; it is waited for up to `patience`, and a writer without it writes nothing.
 class FolderLock {
 public:
-    explicit FolderLock(const std::string& folder)
+    FolderLock(const std::string& folder, std::chrono::milliseconds patience)
         : fd_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-        for (int attempt = 0; fd_ && attempt < 100; ++attempt) {
-            if (flock(fd_.Get(), LOCK_EX | LOCK_NB) == 0) {
+        if (!fd_) {
+            error_ = errno;
+            return;
+        }
+        const auto deadline = std::chrono::steady_clock::now() + patience;
+        useconds_t pause = 500;
+        while (flock(fd_.Get(), LOCK_EX | LOCK_NB) != 0) {
+            if (errno != EWOULDBLOCK && errno != EINTR) {
+                error_ = errno;
                 return;
             }
-            if (errno != EWOULDBLOCK && errno != EINTR) {
-                break; // a file system without locks
+            if (std::chrono::steady_clock::now() >= deadline) {
+                error_ = EWOULDBLOCK;
+                return;
             }
-            usleep(20000);
+            usleep(pause);
+            pause = std::min<useconds_t>(pause * 2, 50000);
         }
-        fd_.Close();
     }
+    // 0 when held, else why not (EWOULDBLOCK: another holds it still).
+    int Error() const { return error_; }
 
 private:
     UniqueFd fd_; // closing it releases the lock
+    int error_ = 0;
 };
+
+// Whether the user left the file writable: a file without any write permission is read-only
+// by choice, also for a user the system would let write it.
+bool Writable(const ReplaceTarget& target) {
+    return (target.mode & 0222) != 0 && faccessat(AT_FDCWD, target.path.c_str(), W_OK, AT_EACCESS) == 0;
+}
 
 constexpr const char* kCannotBeUsed = QT_TRANSLATE_NOOP(
     "IniFile", "The settings file ' %1 ' cannot be used (%2). Your settings are kept while the "
@@ -352,16 +371,45 @@ std::string IniFile::Serialize() const {
 }
 
 void IniFile::Flush() {
-    const ReplaceTarget target = ResolveReplaceTarget(path_);
-    const std::string folder = FolderOfPath(target.path);
+    const auto notSaved = [this](const std::string& reason) {
+        lastWriteOk_ = false;
+        Problem(FillIn(QCoreApplication::translate(
+                           "IniFile", "The settings file ' %1 ' could not be saved (%2). Changed "
+                                      "settings are kept while the program runs and saved with "
+                                      "the next change that can be.")
+                           .toStdString(),
+                       {path_, reason}));
+    };
+    const std::string folder = FolderOfPath(ResolveReplaceTarget(path_).path);
     MakeFolders(folder);
-    const FolderLock lock(folder);
+    const FolderLock lock(folder, lockPatience_);
+    if (lock.Error() != 0) {
+        notSaved(lock.Error() == EWOULDBLOCK
+                     ? QCoreApplication::translate("IniFile",
+                                                   "another program keeps it locked")
+                           .toStdString()
+                     : SystemReason(lock.Error()));
+        return;
+    }
+    // Under the lock, what is there now counts: the link may lead elsewhere, and the file is
+    // read again whatever it looks like, since another copy's write may look the same.
+    const ReplaceTarget target = ResolveReplaceTarget(path_);
     if (!leftoversChecked_) {
         // Only now, under the lock: another copy's write in progress is not a leftover.
         RemoveLeftoverTemporaries(target.path);
         leftoversChecked_ = true;
     }
+    loaded_.reset();
     LoadIfChanged();
+    if (!memoryOnly_ && target.exists && !Writable(target)) {
+        memoryOnly_ = true;
+        Problem(FillIn(QCoreApplication::translate(
+                           "IniFile", "The settings file ' %1 ' is read-only. Your settings are "
+                                      "kept while the program runs, but nothing is saved to "
+                                      "that file.")
+                           .toStdString(),
+                       {path_}));
+    }
     if (memoryOnly_) {
         pending_.clear();
         return;
@@ -369,15 +417,8 @@ void IniFile::Flush() {
     TemporaryBeside temporary;
     const std::string bytes = Serialize();
     if (!temporary.Create(target.path) || !temporary.WriteAll(bytes.data(), bytes.size()) ||
-        !temporary.Commit(target.mode, rename_)) {
-        lastWriteOk_ = false;
-        const std::string reason = SystemReason(errno);
-        Problem(FillIn(QCoreApplication::translate(
-                           "IniFile", "The settings file ' %1 ' could not be saved (%2). Changed "
-                                      "settings are kept while the program runs and saved with "
-                                      "the next change that can be.")
-                           .toStdString(),
-                       {path_, reason}));
+        !temporary.Commit(target, rename_)) {
+        notSaved(SystemReason(errno));
         return;
     }
     lastWriteOk_ = true;

@@ -2,6 +2,7 @@
 
 #include "platform/FileReplacement.h"
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -21,10 +22,12 @@
 // created. Anything else at the path (a device, a FIFO, a folder), or a file that cannot be
 // read, leaves the settings in memory: nothing is written then, and the problem is told once.
 //
-// Every write replaces the file atomically (a temporary file beside it, then rename), under an
-// advisory lock on its folder, after reading the file again when another program changed it:
-// two running copies keep each other's keys, and a crash or a full disk leaves the old file or
-// the new one, never a torn one. A failed write keeps the values in memory and is told once.
+// Every write replaces the file atomically (a temporary file beside it with the file's mode,
+// owner and group, then rename), under an advisory lock on its folder, after reading the file
+// again: running copies keep each other's keys, and a crash or a full disk leaves the old file
+// or the new one, never a torn one. A write that cannot get the lock writes nothing. A failed
+// write keeps the values in memory and is told once; a file the user made read-only is never
+// written, and that too is told once.
 class IniFile {
 public:
     // Touches nothing until first used.
@@ -78,6 +81,8 @@ public:
 
     // Replaces rename(2) for the final step of a write; tests make it fail.
     void SetRenameForTesting(TemporaryBeside::RenameFunction rename) { rename_ = std::move(rename); }
+    // How long a write waits for another copy's lock before it gives up unwritten.
+    void SetLockPatience(std::chrono::milliseconds patience) { lockPatience_ = patience; }
 
     static constexpr size_t kValueLimit = 2047;
 
@@ -105,6 +110,7 @@ private:
     int batchDepth_ = 0;
     bool lastWriteOk_ = true;
     TemporaryBeside::RenameFunction rename_;
+    std::chrono::milliseconds lockPatience_{10000};
     mutable std::string problem_;
     mutable bool problemTold_ = false;
     std::function<void(const std::string&)> problemHandler_;
