@@ -4,9 +4,13 @@
 #include "ScriptedPrompts.h"
 #include "TestTree.h"
 #include "platform/CancelFlag.h"
+#include "platform/FileReplacement.h"
 #include "platform/Progress.h"
 #include "settings/AppSettings.h"
 
+#include <climits>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -222,6 +226,8 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
     WriteBytes(to.Path("b.txt"), "there before");
     to.Link("c.txt", to.Path("nowhere")); // a dangling link: nothing is written through it
     unlink(Path("d.txt").c_str());        // gone since the search
+    tree.Link("l.txt", "a.txt");             // copied as a link, never read through
+    selection.push_back({Path("l.txt"), 7});
     selection.push_back({Path("a.txt"), 7}); // its own copy made a moment ago is there now
     onYield = [&] { WriteBytes(to.Path("e.txt"), "appeared"); }; // between the check and the copy
     CommandContext context = Context();
@@ -239,34 +245,56 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
     struct stat st {};
     ASSERT_EQ(stat(to.Path("a.txt").c_str(), &st), 0);
     EXPECT_EQ(st.st_mtim.tv_sec, 1500000000) << "the source's time kept";
-    EXPECT_EQ(std::make_tuple(outcome.processed, outcome.copied, outcome.skipped), std::make_tuple(5, 1, 5));
+    char link[8] = {};
+    EXPECT_EQ(readlink(to.Path("l.txt").c_str(), link, sizeof link), 5);
+    EXPECT_EQ(std::make_tuple(outcome.processed, outcome.copied, outcome.skipped), std::make_tuple(6, 2, 5));
     EXPECT_EQ(status.Text(StatusPart::Message), " Copying " + QString::fromStdString(Path("a.txt")));
-    EXPECT_EQ(status.Text(StatusPart::Objects), " File: 5 of 6");
-    EXPECT_EQ(status.Text(StatusPart::Matched), " Copied: 1");
+    EXPECT_EQ(status.Text(StatusPart::Objects), " File: 6 of 7");
+    EXPECT_EQ(status.Text(StatusPart::Matched), " Copied: 2");
     EXPECT_EQ(status.Text(StatusPart::Elapsed), " Skipped: 5");
     const CopyFilesOutcome itself = CopySelectedFiles({{Path("a.txt"), 1}}, tree.Root(), context);
     EXPECT_EQ(Remarks(itself), std::vector<std::string>{"a.txt: duplicate file"}) << "into its own folder";
     EXPECT_EQ(ReadBytes(Path("a.txt")), "new a");
 
-    // A full disk, a read-only target, a file too large, a cancel: no partial file remains.
-    const std::pair<int, const char*> failures[] = {
-        {ENOSPC, "28 (No space left on device)"}, {EROFS, "30 (Read-only file system)"},
-        {ECANCELED, "125 (Operation canceled)"}};
-    for (const auto& [error, remark] : failures) {
-        TestTree empty;
-        faults.write = [&, error = error](std::string_view, int64_t done) {
-            if (done >= (1 << 20) && error == ECANCELED) {
-                cancel.Raise(); // Cancel pressed while the big file copies
-            }
-            return done >= (1 << 20) && error != ECANCELED ? error : 0;
-        };
-        const CopyFilesOutcome failed = CopySelectedFiles(
-            {{Path("a.txt"), 1}, {Path("e.txt"), 2}, {Path("c.txt"), 3}},
-            empty.Root().substr(0, empty.Root().size() - 1), context);
-        cancel.Lower();
-        EXPECT_EQ(Remarks(failed), std::vector<std::string>{std::string("e.txt: ") + remark});
-        EXPECT_EQ(ReaddirOrder(empty.Root()).size(), error == ECANCELED ? 1u : 2u) << remark;
-        EXPECT_FALSE(Exists(empty.Path("e.txt"))) << remark;
+    // Whatever stops a copy, its name is not there before the file is whole, and nothing of it
+    // stays; with unnamed files and without. The last row copies.
+    const std::pair<const char*, std::function<int(const TestTree&)>> stops[] = {
+        {"28 (No space left on device)", [](const TestTree&) { return ENOSPC; }},
+        {"30 (Read-only file system)", [](const TestTree&) { return EROFS; }},
+        {"125 (Operation canceled)", [&](const TestTree&) { cancel.Raise(); return 0; }},
+        {"source changed during copy", [&](const TestTree&) { return truncate(Path("e.txt").c_str(), 5); }},
+        {"source changed during copy", [](const TestTree&) { return -1; }}, // its data ends early
+        {"source changed during copy", [&](const TestTree&) { WriteBytes(Path("e.txt"), std::string(5 << 20, 'x')); return 0; }},
+        {"source changed during copy", [&](const TestTree&) { std::ofstream(Path("e.txt"), std::ios::app) << "+"; return 0; }},
+        {"duplicate file", [](const TestTree& to) { WriteBytes(to.Path("e.txt"), "appeared"); return 0; }},
+        {"", [](const TestTree&) { return 0; }}};
+    for (const bool unnamed : {true, false}) {
+        faults.noUnnamedFiles = !unnamed;
+        for (const auto& [remark, stop] : stops) {
+            SCOPED_TRACE(std::string(remark) + (unnamed ? "" : " (a hidden name)"));
+            TestTree empty;
+            WriteBytes(Path("e.txt"), std::string(5 << 20, 'e'));
+            size_t seen = 0;
+            faults.write = [&, &stop = stop, acted = false](std::string_view, int64_t done) mutable {
+                if (done < (1 << 20) || std::exchange(acted, true)) {
+                    return 0;
+                }
+                seen = ReaddirOrder(empty.Root()).size();
+                return stop(empty);
+            };
+            const CopyFilesOutcome out = CopySelectedFiles(
+                {{Path("a.txt"), 1}, {Path("e.txt"), 2}, {Path("c.txt"), 3}},
+                empty.Root().substr(0, empty.Root().size() - 1), context);
+            cancel.Lower();
+            const bool copied = *remark == '\0', taken = remark == std::string("duplicate file");
+            EXPECT_EQ(seen, unnamed ? 1u : 2u) << "a.txt, and the hidden name without unnamed files";
+            EXPECT_EQ(Remarks(out), copied ? std::vector<std::string>{}
+                                           : std::vector<std::string>{"e.txt: " + std::string(remark)});
+            EXPECT_EQ(ReaddirOrder(empty.Root()).size(), *remark == '1' ? 1u : copied || taken ? 3u : 2u);
+            const std::string there = Exists(empty.Path("e.txt")) ? ReadBytes(empty.Path("e.txt")) : "";
+            EXPECT_TRUE(there == (copied ? std::string(5 << 20, 'e') : taken ? "appeared" : ""))
+                << there.size() << " bytes";
+        }
     }
 }
 
@@ -325,6 +353,20 @@ TEST_F(CopyFiles, AFolderCopyAsksAboutNamesThereAndKeepsLinksAsLinks) {
     EXPECT_TRUE(CopyFolder(Path("sub/deep"), into, PendingAction::CopyFolder, context, notProcessed));
     EXPECT_TRUE(Exists(contents.Path("deep/f.txt")));
     EXPECT_EQ(status.Text(StatusPart::Message), " Folder copied");
+    // A copy cut short leaves no folder of its making empty: cancelled inside x/y, or holding
+    // only what could not be copied.
+    tree.File("cut/x/y/big");
+    tree.Folder("cut/p");
+    ASSERT_EQ(mkfifo(Path("cut/p/pipe").c_str(), 0600), 0);
+    TestTree cut;
+    faults.write = [&](std::string_view target, int64_t) { return target == "big" ? cancel.Raise(), 0 : 0; };
+    CopyFolder(Path("cut"), cut.Root(), PendingAction::CopyFolder, context, notProcessed);
+    EXPECT_EQ(ReaddirOrder(cut.Root()), std::vector<std::string>{});
+    cancel.Lower();
+    faults.write = {};
+    CopyFolder(Path("cut"), cut.Root(), PendingAction::CopyFolder, context, notProcessed);
+    EXPECT_EQ(ReaddirOrder(cut.Root()), (std::vector<std::string>{cut.Path("cut/"), cut.Path("cut/x/"),
+                                        cut.Path("cut/x/y/"), cut.Path("cut/x/y/big")}));
 }
 
 TEST_F(CopyFiles, AMoveAcrossFileSystemsLeavesTheSourceWholeUntilAllArrived) {
@@ -346,11 +388,28 @@ TEST_F(CopyFiles, AMoveAcrossFileSystemsLeavesTheSourceWholeUntilAllArrived) {
     EXPECT_EQ(notProcessed[0].remark + " (" + notProcessed[0].reason + ")", "5 (Input/output error)");
     EXPECT_EQ(status.Text(StatusPart::Message), " Folder not moved");
 
+    // A file rewritten after it was copied, its size the same, stays with its folder, and so
+    // does one whose copy was cut short meanwhile; both are listed, the rest is moved.
     faults.write = {};
+    std::vector<std::string> changed;
+    onYield = [&] {
+        for (int i = 0; i < 5 && changed.size() < 2; ++i) {
+            const std::string name = "m/f" + std::to_string(i);
+            if (Exists(Path("to/" + name)) && (changed.empty() || changed[0] != Path(name))) {
+                changed.push_back(Path(name));
+                changed.size() == 1 ? WriteBytes(Path(name), std::string(100, 'M'))
+                                    : WriteBytes(Path("to/" + name), "cut");
+            }
+        }
+    };
     EXPECT_TRUE(MoveFolder(Path("m"), Path("to"), context, notProcessed));
-    EXPECT_FALSE(Exists(Path("m")));
-    EXPECT_EQ(ReadBytes(Path("to/m/f4")), std::string(100, 'm'));
+    EXPECT_EQ(ReaddirOrder(Path("m/")).size(), 2u);
+    ASSERT_EQ(notProcessed.size(), 2u);
+    EXPECT_EQ(notProcessed[0].remark + ": " + notProcessed[0].reason, "not removed: it changed while it was moved");
+    EXPECT_EQ(ReadBytes(changed[0]), std::string(100, 'M'));
+    EXPECT_EQ(ReadBytes(changed[1]), std::string(100, 'm'));
     EXPECT_EQ(status.Text(StatusPart::Message), " Folder moved");
+    std::filesystem::remove_all(Path("m"));
 
     // On one file system a rename; a name already there is never replaced.
     faults.rename = {};
@@ -360,7 +419,32 @@ TEST_F(CopyFiles, AMoveAcrossFileSystemsLeavesTheSourceWholeUntilAllArrived) {
     EXPECT_EQ(prompts.Texts().back(), QString::fromStdString("Could not move ' " + Path("to/m") +
               " ' to ' " + Path("back") + " ': something named ' m ' is already there"));
     EXPECT_TRUE(MoveFolder(Path("to/m"), tree.Root().substr(0, tree.Root().size() - 1), context, notProcessed));
-    EXPECT_EQ(ReadBytes(Path("m/f0")), std::string(100, 'm'));
+    EXPECT_EQ(ReaddirOrder(Path("m/")).size(), 5u);
+    // Into itself, also where a move would copy.
+    faults.rename = [] { return EXDEV; };
+    tree.Folder("m/x");
+    prompts.answers = {MessageAnswer::Ok};
+    EXPECT_FALSE(MoveFolder(Path("m"), Path("m/x"), context, notProcessed));
+    EXPECT_TRUE(prompts.Texts().back().endsWith("': a folder cannot be moved into itself"));
+    EXPECT_EQ(ReaddirOrder(Path("m/x/")), std::vector<std::string>{});
+}
+
+TEST_F(CopyFiles, ItemsDeeperThanAPathCanNameAreCopiedMovedAndTrashed) {
+    const std::vector<std::string> files = tree.DeepChain("deep", 24, std::string(200, 'd'));
+    const std::string deepest = FolderOfPath(files.back());
+    ASSERT_GT(deepest.size(), size_t{PATH_MAX});
+    TestTree to;
+    const std::string into = to.Root().substr(0, to.Root().size() - 1);
+    CommandContext context = Context();
+    EXPECT_EQ(CopySelectedFiles({{files.back(), 1}}, into, context).copied, 1);
+    std::vector<SkippedItem> notProcessed;
+    EXPECT_TRUE(CopyFolder(deepest, into, PendingAction::CopyFolder, context, notProcessed));
+    EXPECT_TRUE(MoveFolder(deepest, tree.Root().substr(0, tree.Root().size() - 1), context, notProcessed));
+    EXPECT_EQ(ReaddirOrder(to.Root()).size(), 3u);
+    EXPECT_TRUE(Exists(Path(std::string(200, 'd') + "/f.txt")));
+    settings.ConfirmOnEachFileDelete = false;
+    DeleteSelectedFiles({{files[files.size() - 2], 1}}, context);
+    EXPECT_EQ(desktop.calls, std::vector<std::string>{"trash " + files[files.size() - 2]});
 }
 
 // On a small file system of its own, when the test may mount one: a real full disk, and a

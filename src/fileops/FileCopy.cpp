@@ -138,7 +138,7 @@ int CopyData(int in, int out, int64_t size, std::string_view target, const Cance
     for (;;) {
         if (faults && faults->write) {
             if (const int error = faults->write(target, done)) {
-                return error;
+                return error < 0 ? 0 : error;
             }
         }
         if (cancel.IsRaised()) {

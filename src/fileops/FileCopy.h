@@ -26,8 +26,8 @@ struct CopyProgress {
 };
 
 // Faults a test puts in: the error number for the chunk at `done` bytes into the copy to
-// `target` (0: none), and for a move's rename (0: the real one); and a target file system
-// without unnamed files.
+// `target` (0: none, -1: the data ends there), and for a move's rename (0: the real one); and a
+// target file system without unnamed files.
 struct CopyFaults {
     std::function<int(std::string_view target, int64_t done)> write;
     std::function<int()> rename;
