@@ -5,8 +5,10 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
 #include <set>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 
 namespace {
@@ -154,38 +156,70 @@ TEST_F(GioDesktopTest, FailedLaunchesSayWhatAndWhy) {
     }
 }
 
-// The Path= lines of the trash's info files, and how many items its files folder holds.
-std::set<std::string> TrashedPaths(size_t& items) {
-    const std::string trash = XdgFolders::Tree().Path("data/Trash/");
+// The Path= lines of a trash's info files, each with its deletion date to the second, and how
+// many items its files folder holds.
+std::set<std::string> TrashedPaths(size_t& items,
+                                   const std::string& trash = XdgFolders::Tree().Path("data/Trash/")) {
     std::set<std::string> paths;
     for (const auto& info : std::filesystem::directory_iterator(trash + "info")) {
         const std::string text = ReadBytes(info.path());
         const size_t at = text.find("\nPath=") + 6;
         paths.insert(text.substr(at, text.find('\n', at) - at));
-        EXPECT_NE(text.find("\nDeletionDate=20"), std::string::npos) << text;
+        EXPECT_TRUE(std::regex_search(
+            text, std::regex("\nDeletionDate=20\\d\\d-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n")))
+            << text;
     }
     items = std::distance(std::filesystem::directory_iterator(trash + "files"), {});
     return paths;
 }
 
 TEST_F(GioDesktopTest, TheTrashKeepsEveryItemWithItsWholePath) {
-    const std::string longName(250, 'n');
+    const std::string longName = "\xff" + std::string(254, 'n'); // too long for GIO's info file
+    const std::string deep = t.DeepChain("deep", 24, std::string(200, 'd')).back();
     for (const std::string& name : {std::string("x/same.txt"), std::string("y/same.txt"),
                                     std::string("z/odd \xff name.txt"), "z/" + longName}) {
         t.File(name);
         EXPECT_EQ(desktop.MoveToTrash(t.Path(name)), "") << name;
         EXPECT_FALSE(std::filesystem::exists(t.Path(name)));
     }
+    EXPECT_EQ(desktop.MoveToTrash(deep), "") << "deeper than PATH_MAX";
     size_t items = 0;
     const std::set<std::string> paths = TrashedPaths(items);
-    EXPECT_EQ(items, 4u);
+    EXPECT_EQ(items, 5u);
     EXPECT_EQ(paths, (std::set<std::string>{t.Path("x/same.txt"), t.Path("y/same.txt"),
                                             t.Path("z/odd%20%FF%20name.txt"),
-                                            t.Path("z/" + longName)}));
+                                            t.Path("z/%FF" + longName.substr(1)), deep}));
     EXPECT_EQ(desktop.MoveToTrash(t.Path("x/same.txt")), "No such file or directory");
     // What the trash cannot take stays where it is, with the system's reason.
     EXPECT_NE(desktop.MoveToTrash("/proc/self/status"), "");
     EXPECT_TRUE(std::filesystem::exists("/proc/self/status"));
+}
+
+// On a file system of its own (when the test may mount one), a name too long for GIO goes to
+// the trash at its top: the administrator's .Trash/UID when it is a sticky folder, else
+// .Trash-UID; its path relative to the top, as file managers restore it.
+TEST_F(GioDesktopTest, LongNamesGoToTheTrashOfTheirOwnFileSystem) {
+    TestTree disk;
+    const std::string top = disk.Root().substr(0, disk.Root().size() - 1);
+    const std::string image = t.Path("disk.img");
+    if (std::system(("truncate -s 4M " + image + " && mkfs.ext2 -q " + image + " 2>/dev/null && mount -o loop " +
+                     image + " " + top + " 2>/dev/null").c_str()) != 0) {
+        GTEST_SKIP() << "no file system may be mounted here";
+    }
+    const struct Unmount {
+        std::string path;
+        ~Unmount() { umount2(path.c_str(), MNT_DETACH); }
+    } unmount{top};
+    const std::string name(255, 'l'), uid = std::to_string(getuid());
+    for (const std::string trash : {".Trash-" + uid, ".Trash/" + uid}) {
+        disk.Folder(".Trash");
+        chmod(disk.Path(".Trash").c_str(), trash[6] == '/' ? 01777 : 0777);
+        disk.File("a/" + name);
+        EXPECT_EQ(desktop.MoveToTrash(disk.Path("a/" + name)), "") << trash;
+        size_t items = 0;
+        EXPECT_EQ(TrashedPaths(items, disk.Path(trash + "/")), std::set<std::string>{"a/" + name});
+        EXPECT_EQ(items, 1u);
+    }
 }
 
 } // namespace

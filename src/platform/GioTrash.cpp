@@ -1,5 +1,6 @@
 // GIO first: Qt's keyword macros would clash with its headers.
 #include <gio/gio.h>
+#include <gio/gunixmounts.h>
 
 #include "platform/FileReplacement.h"
 #include "platform/GioDesktop.h"
@@ -11,6 +12,9 @@
 #include <algorithm>
 #include <climits>
 #include <ctime>
+#include <fstream>
+#include <sstream>
+#include <sys/sysmacros.h>
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
@@ -140,6 +144,37 @@ bool TopTrash(const ItemAt& item, dev_t device, const std::string& path, TrashPl
     return true;
 }
 
+// Whether GIO keeps the trash away from the file system `device` (system internal mounts such
+// as a tmpfs /tmp): the same answer for an item too deep for GIO to look at.
+bool SystemInternal(dev_t device) {
+    std::ifstream mounts("/proc/self/mountinfo");
+    std::string line;
+    while (std::getline(mounts, line)) {
+        std::istringstream fields(line);
+        std::string id, parent, numbers, root, escaped;
+        fields >> id >> parent >> numbers >> root >> escaped;
+        unsigned major = 0, minor = 0;
+        if (std::sscanf(numbers.c_str(), "%u:%u", &major, &minor) != 2 ||
+            makedev(major, minor) != device) {
+            continue;
+        }
+        std::string point; // blanks and backslashes come as \ooo
+        for (size_t i = 0; i < escaped.size(); ++i) {
+            const bool code = escaped[i] == '\\' && i + 3 < escaped.size();
+            point += code ? static_cast<char>(std::stoi(escaped.substr(i + 1, 3), nullptr, 8))
+                          : escaped[i];
+            i += code ? 3 : 0;
+        }
+        GUnixMountEntry* mount = g_unix_mount_at(point.c_str(), nullptr);
+        const bool internal = mount != nullptr && g_unix_mount_is_system_internal(mount);
+        if (mount != nullptr) {
+            g_unix_mount_free(mount);
+        }
+        return internal;
+    }
+    return false;
+}
+
 // The freedesktop trash by hand, for what GIO cannot do: a name too long for its info file
 // ("name.trashinfo"), or a path longer than PATH_MAX. The item is reached through its folder's
 // descriptor and goes to the trash of its own file system under a name short enough; the info
@@ -151,7 +186,11 @@ std::string TrashByHand(const std::string& path) {
         return SystemReason(item ? errno : item.error);
     }
     TrashPlace place;
-    if (!HomeTrash(st.st_dev, path, place) && !TopTrash(item, st.st_dev, path, place)) {
+    const bool home = HomeTrash(st.st_dev, path, place);
+    if (!home && SystemInternal(st.st_dev)) {
+        return QT_TRANSLATE_NOOP("Remark", "Trashing on system internal mounts is not supported");
+    }
+    if (!home && !TopTrash(item, st.st_dev, path, place)) {
         return QT_TRANSLATE_NOOP("Remark", "no trash on this file system");
     }
     std::unique_ptr<char, decltype(&g_free)> escaped(
