@@ -60,6 +60,11 @@ TEST(Census, TypesInOrderOfFirstOccurrenceTheFullListReversed) {
     const Census filtered = Build(store, 4);
     EXPECT_EQ(Pairs(filtered.Shown()), (P{{".big", 12}}));
     EXPECT_EQ(filtered.ResultsCountText(), "1/2 masks (filter applied)");
+    Census twice = Build(store);
+    twice.ApplyFilter(4);
+    twice.ApplyFilter(2); // the second filter reads the whole census, not the first one's list
+    EXPECT_EQ(Pairs(twice.Shown()), (P{{".one", 1}}));
+    EXPECT_EQ(twice.ResultsCountText(), "1/2 masks (filter applied)");
 
     Fill(store, std::vector<std::string>(1000, ".txt"));
     std::vector<QString> messages;
@@ -100,6 +105,7 @@ TEST(CompoundMask, OfferedTypesTheirMaskAndTheRecordsOfWholeExtensions) {
     EXPECT_EQ(CompoundMaskText({".txt"}), "*.txt; ");
     EXPECT_EQ(CompoundMaskText({".doc", ".txt"}), "*.doc; *.txt; ");
     EXPECT_EQ(RecordsOfExtensions(store, {".htm"}), (std::vector<int32_t>{0, 4})) << "not .html";
+    EXPECT_EQ(RecordsOfExtensions(store, {".html"}), (std::vector<int32_t>{1})) << "not .htm";
     EXPECT_EQ(RecordsOfExtensions(store, {".a", ".b", ".c", ".d", ".e", ".htm", ".txt"}).size(), 8u)
         << "seven types, all used";
     Build(store); // the census marks the files without an extension (and folders) "."

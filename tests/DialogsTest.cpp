@@ -92,7 +92,8 @@ TEST(MaskDialogs, TheirTextsAndTheMasksTheyBuild) {
     modPProfile profile(t.Path("s.ini"), "/home/ann");
     profile.Start();
     ScriptedPrompts prompts;
-    for (const auto& [mask, built] : {std::pair{"*.txt; *.html", "*.html; *.txt; "}, {"*.*", "*.*"}}) {
+    for (const auto& [mask, built] : {std::pair{"*.txt; *.html", "*.html; *.txt; "}, {"*.htm", "*.htm; "},
+                                      {"*.ht; *.tx", "*.ht; *.tx"}, {"*.*", "*.*"}}) {
         dlgRegFiles registered(profile, prompts);
         registered.PrefillList();
         registered.SetCurrentObjectMask(mask);

@@ -41,6 +41,10 @@ TEST(FileDataArray, ExtensionsAreSharedAndPathsMayBeLong) {
     store.Store(3, folder, "/x", "", 0);
     EXPECT_EQ(store[3].FullPath().substr(folder.size()), "/x");
     EXPECT_EQ(store[2].FullPath(), "/r/c.txt");
+    for (const size_t length : {254, 255, 256}) { // both sides of the one-byte length
+        store.Store(4, "/r/", std::string(length, 'n'), "", 0);
+        EXPECT_EQ(store[4].Name(), std::string(length, 'n'));
+    }
 }
 
 } // namespace

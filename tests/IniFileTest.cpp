@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -142,6 +143,16 @@ TEST(IniFile, ReplacesOnlyARegularFileItReadOrCreatesOneWhereNothingIs) {
         {"a folder", [&](const TestTree& t) { t.Folder("s.ini"); return place(t); }, "Is a directory"},
         {"a link to a device", [&](const TestTree& t) { t.Link("s.ini", "/dev/zero"); return place(t); },
          "Not a regular file"},
+        {"a file the user made read-only",
+         [&](const TestTree& t) { WriteBytes(t.Path("s.ini"), "[o]\r\n"); chmod(t.Path("s.ini").c_str(), 0444); return place(t); },
+         "read-only"},
+        {"another owner and group (as root): kept with the mode",
+         [&](const TestTree& t) {
+             WriteBytes(t.Path("s.ini"), "[o]\r\n");
+             chmod(t.Path("s.ini").c_str(), 0640);
+             EXPECT_TRUE(chown(t.Path("s.ini").c_str(), 1234, 5678) == 0 || getuid() != 0);
+             return place(t);
+         }, ""},
     };
     for (const PlaceCase& c : cases) {
         SCOPED_TRACE(c.what);
@@ -159,9 +170,10 @@ TEST(IniFile, ReplacesOnlyARegularFileItReadOrCreatesOneWhereNothingIs) {
         const bool inMemory = *c.problem != '\0';
         EXPECT_EQ(ini.InMemoryOnly(), inMemory);
         EXPECT_EQ(ini.GetString("o", "j", ""), "w") << "the program goes on with its settings";
-        const std::string problem = "The settings file ' " + path + " ' cannot be used (" +
-                                    c.problem + "). Your settings are kept while the program "
-                                    "runs, but nothing is saved to that file.";
+        const std::string problem = "The settings file ' " + path + (c.problem == std::string("read-only")
+                                    ? " ' is read-only" : " ' cannot be used (" + std::string(c.problem) + ")") +
+                                    ". Your settings are kept while the program runs, but nothing "
+                                    "is saved to that file.";
         EXPECT_EQ(told, inMemory ? std::vector<std::string>{problem} : std::vector<std::string>{})
             << "said once";
         struct stat after {};
@@ -173,7 +185,8 @@ TEST(IniFile, ReplacesOnlyARegularFileItReadOrCreatesOneWhereNothingIs) {
             EXPECT_EQ(ReadBytes(path), "[o]\r\nk=v\r\nj=w\r\n");
             ASSERT_EQ(stat(path.c_str(), &after), 0);
             if (before.st_mode != 0) {
-                EXPECT_EQ(after.st_mode & 0777, before.st_mode & 0777) << "mode kept";
+                EXPECT_EQ(std::tie(after.st_mode, after.st_uid, after.st_gid),
+                          std::tie(before.st_mode, before.st_uid, before.st_gid)) << "mode, owner, group kept";
             }
         }
         EXPECT_EQ(lstat(path.c_str(), &link) == 0 && S_ISLNK(link.st_mode), wasLink)
@@ -204,12 +217,12 @@ TEST(IniFile, AFileThatCannotBeReadIsNeverWrittenOver) {
                         "the program runs, but nothing is saved to that file.");
 }
 
-TEST(IniFile, TwoRunningCopiesKeepEachOthersKeys) {
+TEST(IniFile, RunningCopiesKeepEachOthersKeysAndNoneWritesWithoutTheLock) {
     TestTree t;
-    // Two processes writing at the same time, each its own keys.
-    constexpr int kKeys = 40;
-    pid_t children[2];
-    for (int c = 0; c < 2; ++c) {
+    // Eight processes writing at the same time, each its own keys.
+    constexpr int kCopies = 8, kKeys = 25;
+    pid_t children[kCopies];
+    for (int c = 0; c < kCopies; ++c) {
         children[c] = fork();
         if (children[c] == 0) {
             IniFile mine(t.Path("s.ini"));
@@ -224,7 +237,33 @@ TEST(IniFile, TwoRunningCopiesKeepEachOthersKeys) {
         waitpid(child, &status, 0);
         EXPECT_EQ(status, 0);
     }
-    EXPECT_EQ(IniFile(t.Path("s.ini")).KeyNames("race").size(), 2u * kKeys);
+    EXPECT_EQ(IniFile(t.Path("s.ini")).KeyNames("race").size(), size_t{kCopies * kKeys});
+    // A copy that keeps the lock: nothing is written, that is told, and the next write saves all.
+    const int folder = open(t.Root().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(flock(folder, LOCK_EX), 0);
+    IniFile late(t.Path("s.ini"));
+    std::string told;
+    late.SetProblemHandler([&](const std::string& problem) { told = problem; });
+    late.SetLockPatience(std::chrono::milliseconds(20));
+    late.WriteString("late", "a", "1");
+    EXPECT_EQ(IniFile(t.Path("s.ini")).KeyNames("late").size(), 0u);
+    EXPECT_EQ(told, "The settings file ' " + t.Path("s.ini") + " ' could not be saved (another program "
+                    "keeps it locked). Changed settings are kept while the program runs and saved "
+                    "with the next change that can be.");
+    close(folder);
+    late.WriteString("late", "b", "2");
+    EXPECT_EQ(IniFile(t.Path("s.ini")).KeyNames("late").size(), 2u);
+    // Under the lock the file is read again, also when it looks as it did.
+    WriteBytes(t.Path("o.ini"), "[o]\r\nk=1\r\n");
+    IniFile stale(t.Path("o.ini"));
+    EXPECT_EQ(stale.GetString("o", "k", ""), "1");
+    struct stat st {};
+    stat(t.Path("o.ini").c_str(), &st);
+    WriteBytes(t.Path("o.ini"), "[o]\r\nk=2\r\n");
+    const timespec times[2] = {st.st_atim, st.st_mtim};
+    utimensat(AT_FDCWD, t.Path("o.ini").c_str(), times, 0);
+    stale.WriteString("o", "j", "3");
+    EXPECT_EQ(ReadBytes(t.Path("o.ini")), "[o]\r\nk=2\r\nj=3\r\n");
 }
 
 TEST(IniFile, TemporariesThatAKilledWriteLeftAreRemovedAtTheNextStart) {

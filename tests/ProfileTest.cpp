@@ -179,7 +179,9 @@ TEST(WindowPlacement, ExitRecordsNormalMaximisedAndMinimisedWindows) {
     modPProfile profile(t.Path("tallymoor.ini"), kHome);
     profile.Start();
     SaveWindowPlacement(profile, cases[2].second);
-    EXPECT_EQ(profile.ProfileGetString("windows", "Left", ""), "150");
+    for (const auto& [key, value] : {std::pair{"Left", "150"}, {"Top", "250"}, {"Width", "11970"}, {"Height", "9270"}}) {
+        EXPECT_EQ(modPProfile(t.Path("tallymoor.ini"), kHome).ProfileGetString("windows", key, ""), value) << key;
+    }
     EXPECT_EQ(ReadWindowPlacement(profile, kScreen)->Winstate, '0') << "never restored minimised";
 }
 

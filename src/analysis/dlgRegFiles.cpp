@@ -98,7 +98,9 @@ void dlgRegFiles::SetCurrentObjectMask(const QString& mask) {
         const QSignalBlocker quiet(lstExtensions);
         for (const QString& extension : MaskExtensions(mask)) {
             for (int row = 0; row < lstExtensions->count(); ++row) {
-                if (lstExtensions->item(row)->text().startsWith(extension, Qt::CaseInsensitive)) {
+                // The whole extension before the tab: ".htm" is not ".html".
+                if (lstExtensions->item(row)->text().section(QLatin1Char('\t'), 0, 0).compare(
+                        extension, Qt::CaseInsensitive) == 0) {
                     lstExtensions->item(row)->setSelected(true);
                     break;
                 }
