@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test; then builds the suites again with
-# AddressSanitizer and UndefinedBehaviorSanitizer (build-sanitize/) and runs them there too.
-# Nothing needs a display.
+# AddressSanitizer and UndefinedBehaviorSanitizer (build-sanitize/) and runs them there too;
+# last, the fuzz targets (build-fuzz/, clang) each for FUZZ_SECONDS (30). Nothing needs a display.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
-"$top/scripts/deps.sh" desktop-file-utils appstream qt6-l10n-tools
+"$top/scripts/deps.sh" desktop-file-utils appstream qt6-l10n-tools clang libclang-rt-14-dev
 "$top/scripts/build.sh"
 export QT_QPA_PLATFORM=offscreen
 (cd "$top/build" && ctest --output-on-failure --parallel "$(nproc)")
@@ -18,3 +18,21 @@ export LSAN_OPTIONS=suppressions=$top/tests/leaks.supp:print_suppressions=0
 export UBSAN_OPTIONS=print_stacktrace=1
 # (the installed files were checked above; this build makes only the suites)
 (cd "$top/build-sanitize" && ctest --output-on-failure --parallel "$(nproc)" -LE install)
+
+echo "== fuzzing the mask matcher, the mask rules and the settings reader (${FUZZ_SECONDS:=30} s each) =="
+cmake -S "$top" -B "$top/build-fuzz" -DCMAKE_CXX_COMPILER=clang++ -DTALLYMOOR_FUZZ=ON \
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build "$top/build-fuzz" --parallel "$(nproc)" --target fuzz_Masks fuzz_MaskRules fuzz_Settings
+for target in Masks MaskRules Settings; do
+    # New inputs go to a folder of the run's own; the seeds in the repository stay as they are.
+    work=$(mktemp -d)
+    if ! "$top/build-fuzz/tests/fuzz/fuzz_$target" -max_total_time="$FUZZ_SECONDS" -timeout=10 \
+        -print_final_stats=1 -artifact_prefix="$work/" "$work" "$top/tests/fuzz/corpus/$target" \
+        >"$work/log" 2>&1; then
+        tail -40 "$work/log"
+        echo "fuzz_$target failed; the input is in $work (make it a test row)" >&2
+        exit 1
+    fi
+    grep -m1 "stat::number_of_executed_units" "$work/log" | sed "s/^/fuzz_$target: /"
+    rm -rf "$work"
+done

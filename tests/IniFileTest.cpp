@@ -80,6 +80,10 @@ TEST(IniFile, WritingKeepsEveryOtherLine) {
     EXPECT_EQ(ReadBytes(t.Path("s.ini")),
               "; note\r\n\r\n[a]\r\nx=9\r\nz=3\r\n\r\n[b]\r\ny=2\r\n\r\n[c]\r\nw=a  b\r\n");
     EXPECT_EQ(ini.KeyNames("a"), (std::vector<std::string>{"x", "z"}));
+    WriteBytes(t.Path("s.ini"), "\xEF\xBB\xBF\xEF\xBB\xBF[o]\r\nk=1\r\n"); // found by fuzzing
+    ini.WriteString("p", "j", "2");
+    EXPECT_EQ(ReadBytes(t.Path("s.ini")), "\xEF\xBB\xBF\xEF\xBB\xBF[o]\r\nk=1\r\n\r\n[p]\r\nj=2\r\n")
+        << "a byte-order mark is written back, so the next one stays part of the line";
     WriteBytes(t.Path("s.ini"), "[a]\r\nx=22\r\n");
     EXPECT_EQ(ini.GetString("a", "x", ""), "22");
     WriteBytes(t.Path("s.ini"), "[o]\r\nbig=" + std::string(10 << 20, 'x') + "\r\nk=after\r\n");

@@ -88,9 +88,11 @@ void MakeFolders(const std::string& folder) {
     mkdir(folder.c_str(), 0700);
 }
 
+constexpr const char* kByteOrderMark = "\xEF\xBB\xBF";
+
 // Lines end at CR LF, LF or a lone CR.
 std::vector<std::string> SplitLines(std::string_view text) {
-    if (text.substr(0, 3) == "\xEF\xBB\xBF") {
+    if (text.starts_with(kByteOrderMark)) {
         text.remove_prefix(3);
     }
     std::vector<std::string> lines;
@@ -295,6 +297,7 @@ void IniFile::LoadIfChanged() const {
     } else if (loaded_ && *loaded_ == now) {
         return; // still no file: the lines in memory stand
     }
+    byteOrderMark_ = bytes.starts_with(kByteOrderMark);
     lines_ = SplitLines(bytes);
     loaded_ = now;
     for (const Edit& edit : pending_) {
@@ -362,7 +365,8 @@ void IniFile::Apply(Edit edit) {
 }
 
 std::string IniFile::Serialize() const {
-    std::string bytes;
+    // A mark read is written back: what followed it stays what it was.
+    std::string bytes = byteOrderMark_ ? kByteOrderMark : "";
     for (const auto& line : lines_) {
         bytes += line;
         bytes += "\r\n";
