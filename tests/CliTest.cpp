@@ -116,12 +116,11 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
     EXPECT_NE(RunCli({"--help"}).out.find("tallymoor search ROOT MASK"), std::string::npos);
     // Copies go flat into DEST; the second time every name is there already.
     TestTree dest;
-    const std::string into = dest.Root().substr(0, dest.Root().size() - 1);
-    const CliRun copy = RunCli({"copy", t.Root(), "*.doc", into});
+    const CliRun copy = RunCli({"copy", t.Root(), "*.doc", dest.Dir()});
     EXPECT_EQ(copy.status, 0);
     EXPECT_EQ(copy.out.size(), dest.Path("top.doc\n").size() + dest.Path("inner.doc\n").size());
     EXPECT_NE(copy.out.find(dest.Path("inner.doc\n")), std::string::npos);
-    const CliRun again = RunCli({"copy", t.Root(), "*.doc", into});
+    const CliRun again = RunCli({"copy", t.Root(), "*.doc", dest.Dir()});
     EXPECT_EQ(again.status, 4);
     EXPECT_NE(again.err.find(t.Path("top.doc") + "\tduplicate file\n"), std::string::npos);
     EXPECT_NE(RunCli({"census", t.Root(), "*.*", "--report", t.Path("top.txt")}).err.find(

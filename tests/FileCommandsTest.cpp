@@ -5,13 +5,13 @@
 #include "TestTree.h"
 #include "platform/CancelFlag.h"
 #include "platform/FileReplacement.h"
-#include "platform/Progress.h"
 #include "settings/AppSettings.h"
 
 #include <climits>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -72,21 +72,6 @@ TEST(FileCommands, TheQuestionBeforeEachCommand) {
     }
 }
 
-// A progress window that keeps what it was last told.
-class RecordingProgress : public Progress {
-public:
-    void Create(int, int maximum, bool) override { this->maximum = maximum; }
-    void Destroy() override {}
-    void Reset() override {}
-    void SetMessage(const QString& text) override { message = text; }
-    void Setup(int, int maximum, int) override { this->maximum = maximum; }
-    void Update(int) override {}
-    void UpdateDirect(int value) override { this->value = value; }
-    QString message;
-    int maximum = 0;
-    int value = 0;
-};
-
 // A tree of files a.txt .. e.txt, the selection in that order, and a command context that
 // records what it was told.
 class DeleteFiles : public testing::Test {
@@ -100,8 +85,7 @@ protected:
     CommandContext Context() {
         return {settings, prompts, desktop, cancel, status, [this] { onYield(); },
                 [](std::string_view p) { return QString::fromUtf8(p); },
-                [this](std::string_view p) { removed.emplace_back(p); }, [] {}, {}, &progress,
-                &faults};
+                [this](std::string_view p) { removed.emplace_back(p); }, [] {}, {}, nullptr, &faults};
     }
     DeleteOutcome Run() {
         CommandContext context = Context();
@@ -127,7 +111,6 @@ protected:
     std::function<void()> onYield = [] {};
     std::vector<std::string> removed;
     CopyFaults faults;
-    RecordingProgress progress;
 };
 
 TEST_F(DeleteFiles, EachFileAskedFromTheLastUpToCancel) {
@@ -154,8 +137,12 @@ TEST_F(DeleteFiles, EachFileAskedFromTheLastUpToCancel) {
     EXPECT_EQ(status.Text(StatusPart::Elapsed), " Skipped: 3");
 }
 
-TEST_F(DeleteFiles, TheBatchGoesAfterTheWalkAndListsWhatTheTrashRefused) {
+TEST_F(DeleteFiles, TheBatchGoesAfterAnUncancelledWalkAndListsWhatTheTrashRefused) {
     settings.ConfirmOnEachFileDelete = false;
+    onYield = [this] { cancel.Raise(); }; // at the second item: position 1
+    EXPECT_EQ(Run().deleted, 0);
+    EXPECT_TRUE(desktop.calls.empty()) << "a cancelled walk sends nothing";
+    cancel.Lower();
     unlink(Path("a.txt").c_str());
     desktop.trashRefusals[Path("c.txt")] = "Read-only file system";
     QString whileWalking;
@@ -172,22 +159,10 @@ TEST_F(DeleteFiles, TheBatchGoesAfterTheWalkAndListsWhatTheTrashRefused) {
     EXPECT_TRUE(removed.empty());
     EXPECT_EQ(status.Text(StatusPart::Message), " Deleting");
     EXPECT_EQ(status.Text(StatusPart::Objects), " File: 4 of 5");
-}
-
-TEST_F(DeleteFiles, ACancelledBatchDeletesNothingAndVanishedFilesAreAllListed) {
-    settings.ConfirmOnEachFileDelete = false;
-    onYield = [this] { cancel.Raise(); }; // at the second item: position 1
-    EXPECT_EQ(Run().deleted, 0);
-    EXPECT_TRUE(desktop.calls.empty());
-
-    cancel.Lower();
-    for (const SelectedItem& item : selection) {
-        unlink(item.path.c_str());
-    }
-    onYield = [] {};
-    const DeleteOutcome outcome = Run();
-    EXPECT_EQ(outcome.skipped, 5);
-    EXPECT_EQ(outcome.notProcessed.front().remark, "file doesn't exist");
+    // Only vanished files: nothing is sent, every one is listed.
+    unlink(Path("c.txt").c_str());
+    desktop.calls.clear();
+    EXPECT_EQ(Run().skipped, 5);
     EXPECT_TRUE(desktop.calls.empty());
 }
 
@@ -230,9 +205,12 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
     selection.push_back({Path("l.txt"), 7});
     selection.push_back({Path("a.txt"), 7}); // its own copy made a moment ago is there now
     onYield = [&] { WriteBytes(to.Path("e.txt"), "appeared"); }; // between the check and the copy
+    WriteBytes(to.Path(".b.txt.tallymoor-tmp.Ab12Cd"), "killed"); // by a copy killed meanwhile
+    WriteBytes(to.Path(".c.txt.tallymoor-tmp.Xy34Zw"), "alive");  // by one still running
+    const int alive = open(to.Path(".c.txt.tallymoor-tmp.Xy34Zw").c_str(), O_RDONLY | O_CLOEXEC);
+    flock(alive, LOCK_EX);
     CommandContext context = Context();
-    const CopyFilesOutcome outcome =
-        CopySelectedFiles(selection, to.Root().substr(0, to.Root().size() - 1), context);
+    const CopyFilesOutcome outcome = CopySelectedFiles(selection, to.Dir(), context);
     EXPECT_EQ(Remarks(outcome), (std::vector<std::string>{
                                     "b.txt: duplicate file", "c.txt: duplicate file",
                                     "d.txt: source file not found", "e.txt: duplicate file",
@@ -241,6 +219,9 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
     EXPECT_EQ(ReadBytes(to.Path("b.txt")), "there before");
     EXPECT_EQ(ReadBytes(to.Path("e.txt")), "appeared");
     EXPECT_FALSE(Exists(to.Path("nowhere")));
+    EXPECT_FALSE(Exists(to.Path(".b.txt.tallymoor-tmp.Ab12Cd")));
+    EXPECT_TRUE(Exists(to.Path(".c.txt.tallymoor-tmp.Xy34Zw")));
+    close(alive);
     EXPECT_EQ(ReadBytes(to.Path("a.txt")), "new a");
     struct stat st {};
     ASSERT_EQ(stat(to.Path("a.txt").c_str(), &st), 0);
@@ -283,8 +264,7 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
                 return stop(empty);
             };
             const CopyFilesOutcome out = CopySelectedFiles(
-                {{Path("a.txt"), 1}, {Path("e.txt"), 2}, {Path("c.txt"), 3}},
-                empty.Root().substr(0, empty.Root().size() - 1), context);
+                {{Path("a.txt"), 1}, {Path("e.txt"), 2}, {Path("c.txt"), 3}}, empty.Dir(), context);
             cancel.Lower();
             const bool copied = *remark == '\0', taken = remark == std::string("duplicate file");
             EXPECT_EQ(seen, unnamed ? 1u : 2u) << "a.txt, and the hidden name without unnamed files";
@@ -313,8 +293,7 @@ TEST_F(CopyFiles, AFolderCopyAsksAboutNamesThereAndKeepsLinksAsLinks) {
     prompts.conflicts = {{ConflictChoice::Replace, false}, {ConflictChoice::Skip, true}};
     std::vector<SkippedItem> notProcessed;
     CommandContext context = Context();
-    EXPECT_TRUE(CopyFolder(Path("sub"), to.Root().substr(0, to.Root().size() - 1),
-                           PendingAction::CopyFolder, context, notProcessed));
+    EXPECT_TRUE(CopyFolder(Path("sub"), to.Dir(), PendingAction::CopyFolder, context, notProcessed));
     ASSERT_EQ(prompts.conflictsAsked.size(), 2u); // the third name follows "for all"
     const std::string first = prompts.conflictsAsked[0].toStdString();
     const std::string name = first.substr(to.Path("sub/").size() + 2, 5); // in readdir order
@@ -333,7 +312,7 @@ TEST_F(CopyFiles, AFolderCopyAsksAboutNamesThereAndKeepsLinksAsLinks) {
     EXPECT_EQ(status.Text(StatusPart::Message), " Folder not copied");
 
     // Into itself, or below itself: refused before anything is written.
-    for (const std::string& into : {Path("sub/deep"), Path("sub"), tree.Root().substr(0, tree.Root().size() - 1)}) {
+    for (const std::string& into : {Path("sub/deep"), Path("sub"), tree.Dir()}) {
         for (const PendingAction mode : {PendingAction::CopyFolder, PendingAction::CopyFolderContents}) {
             if (mode == PendingAction::CopyFolderContents && into != Path("sub/deep")) {
                 continue; // the contents of a folder into its parent are no copy into itself
@@ -346,8 +325,9 @@ TEST_F(CopyFiles, AFolderCopyAsksAboutNamesThereAndKeepsLinksAsLinks) {
         }
     }
     TestTree contents;
-    const std::string into = contents.Root().substr(0, contents.Root().size() - 1);
-    EXPECT_TRUE(CopyFolder(Path("sub/deep"), into, PendingAction::CopyFolderContents, context, notProcessed));
+    const std::string into = contents.Dir();
+    EXPECT_TRUE(CopyFolder(Path("sub/deep"), into, PendingAction::CopyFolderContents, context,
+                           notProcessed));
     EXPECT_EQ(ReaddirOrder(contents.Root()), std::vector<std::string>{contents.Path("f.txt")});
     EXPECT_EQ(status.Text(StatusPart::Message), " Contents copied");
     EXPECT_TRUE(CopyFolder(Path("sub/deep"), into, PendingAction::CopyFolder, context, notProcessed));
@@ -418,7 +398,7 @@ TEST_F(CopyFiles, AMoveAcrossFileSystemsLeavesTheSourceWholeUntilAllArrived) {
     EXPECT_FALSE(MoveFolder(Path("to/m"), Path("back"), context, notProcessed));
     EXPECT_EQ(prompts.Texts().back(), QString::fromStdString("Could not move ' " + Path("to/m") +
               " ' to ' " + Path("back") + " ': something named ' m ' is already there"));
-    EXPECT_TRUE(MoveFolder(Path("to/m"), tree.Root().substr(0, tree.Root().size() - 1), context, notProcessed));
+    EXPECT_TRUE(MoveFolder(Path("to/m"), tree.Dir(), context, notProcessed));
     EXPECT_EQ(ReaddirOrder(Path("m/")).size(), 5u);
     // Into itself, also where a move would copy.
     faults.rename = [] { return EXDEV; };
@@ -434,12 +414,11 @@ TEST_F(CopyFiles, ItemsDeeperThanAPathCanNameAreCopiedMovedAndTrashed) {
     const std::string deepest = FolderOfPath(files.back());
     ASSERT_GT(deepest.size(), size_t{PATH_MAX});
     TestTree to;
-    const std::string into = to.Root().substr(0, to.Root().size() - 1);
     CommandContext context = Context();
-    EXPECT_EQ(CopySelectedFiles({{files.back(), 1}}, into, context).copied, 1);
+    EXPECT_EQ(CopySelectedFiles({{files.back(), 1}}, to.Dir(), context).copied, 1);
     std::vector<SkippedItem> notProcessed;
-    EXPECT_TRUE(CopyFolder(deepest, into, PendingAction::CopyFolder, context, notProcessed));
-    EXPECT_TRUE(MoveFolder(deepest, tree.Root().substr(0, tree.Root().size() - 1), context, notProcessed));
+    EXPECT_TRUE(CopyFolder(deepest, to.Dir(), PendingAction::CopyFolder, context, notProcessed));
+    EXPECT_TRUE(MoveFolder(deepest, tree.Dir(), context, notProcessed));
     EXPECT_EQ(ReaddirOrder(to.Root()).size(), 3u);
     EXPECT_TRUE(Exists(Path(std::string(200, 'd') + "/f.txt")));
     settings.ConfirmOnEachFileDelete = false;
@@ -451,7 +430,7 @@ TEST_F(CopyFiles, ItemsDeeperThanAPathCanNameAreCopiedMovedAndTrashed) {
 // real move to another file system.
 TEST_F(CopyFiles, ARealFullDiskAndARealMoveAcrossFileSystems) {
     TestTree small;
-    const std::string root = small.Root().substr(0, small.Root().size() - 1);
+    const std::string root = small.Dir();
     if (mount("tmpfs", root.c_str(), "tmpfs", 0, "size=1m") != 0) {
         GTEST_SKIP() << "no tmpfs may be mounted here; the injected faults stand in";
     }

@@ -103,6 +103,9 @@ TEST_F(GioDesktopTest, TheApplicationGetsTheFileExactlyAndStartsInItsFolder) {
         EXPECT_TRUE(desktop.Open(t.Path("docs/" + name)));
         EXPECT_EQ(Received(), (std::vector<std::string>{t.Path("docs"), t.Path("docs/" + name)}));
     }
+    const std::string deep = t.DeepChain("deep", 24, std::string(200, 'd')).back();
+    EXPECT_TRUE(desktop.Open(deep)) << "typed and started in its folder through descriptors";
+    EXPECT_EQ(Received().at(1), deep);
     EXPECT_TRUE(desktop.OpenInTextEditor(t.Path("docs/a b.txt")));
     EXPECT_EQ(Received().at(1), t.Path("docs/a b.txt"));
     EXPECT_NE(access(t.Path("docs/PWNED").c_str(), F_OK), 0);
@@ -200,16 +203,15 @@ TEST_F(GioDesktopTest, TheTrashKeepsEveryItemWithItsWholePath) {
 // .Trash-UID; its path relative to the top, as file managers restore it.
 TEST_F(GioDesktopTest, LongNamesGoToTheTrashOfTheirOwnFileSystem) {
     TestTree disk;
-    const std::string top = disk.Root().substr(0, disk.Root().size() - 1);
     const std::string image = t.Path("disk.img");
     if (std::system(("truncate -s 4M " + image + " && mkfs.ext2 -q " + image + " 2>/dev/null && mount -o loop " +
-                     image + " " + top + " 2>/dev/null").c_str()) != 0) {
+                     image + " " + disk.Dir() + " 2>/dev/null").c_str()) != 0) {
         GTEST_SKIP() << "no file system may be mounted here";
     }
     const struct Unmount {
         std::string path;
         ~Unmount() { umount2(path.c_str(), MNT_DETACH); }
-    } unmount{top};
+    } unmount{disk.Dir()};
     const std::string name(255, 'l'), uid = std::to_string(getuid());
     for (const std::string trash : {".Trash-" + uid, ".Trash/" + uid}) {
         disk.Folder(".Trash");

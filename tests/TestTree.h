@@ -14,6 +14,7 @@ public:
 
     // The root folder, ending in "/".
     const std::string& Root() const { return root_; }
+    std::string Dir() const { return root_.substr(0, root_.size() - 1); } // without the "/"
     std::string Path(const std::string& relative) const { return root_ + relative; }
 
     void Folder(const std::string& relative) const; // with missing parents

@@ -304,6 +304,9 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
                              }};
     const UniqueFd into(OpenFolder(destination));
     const int intoError = into ? 0 : errno;
+    if (into) {
+        RemoveStaleTemporaries(into.Get(), FolderNames(into.Get())); // a killed copy's leftovers
+    }
     for (size_t i = 0; i < n; ++i) {
         if (i % 20 == 1) {
             context.yield();

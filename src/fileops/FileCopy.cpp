@@ -15,6 +15,7 @@
 #include <fcntl.h>
 #include <map>
 #include <random>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -76,6 +77,7 @@ public:
                              O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
             if (fd_) {
                 temporary_ = name;
+                flock(fd_.Get(), LOCK_EX); // alive: no cleaner may take it
                 return true;
             }
             if (errno != EEXIST) {
@@ -203,30 +205,10 @@ CopyOutcome CopyLink(int sourceDir, const std::string& source, const struct stat
     return {CopyResult::Copied, 0, {}, IdentityOf(st)};
 }
 
-// The entries of a folder, "." and ".." left out. Read through a descriptor of its own: a
-// duplicate would share (and leave at the end) the folder's reading position.
-std::vector<std::string> Names(int folder) {
-    std::vector<std::string> names;
-    UniqueFd fd(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    DIR* dir = fd ? fdopendir(fd.Get()) : nullptr;
-    if (dir == nullptr) {
-        return names;
-    }
-    fd.Release(); // the stream owns it now
-    while (const dirent* e = readdir(dir)) {
-        const std::string_view name = e->d_name;
-        if (name != "." && name != "..") {
-            names.emplace_back(name);
-        }
-    }
-    closedir(dir);
-    return names;
-}
-
 // The bytes of the regular files below a folder, for the progress bar.
 int64_t TreeBytes(int folder) {
     int64_t bytes = 0;
-    for (const std::string& name : Names(folder)) {
+    for (const std::string& name : FolderNames(folder)) {
         struct stat st {};
         if (fstatat(folder, name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
             continue;
@@ -256,7 +238,7 @@ void RemoveEntry(int dir, const std::string& name, const std::string& path,
     if (error == EISDIR) {
         const size_t before = problems.size();
         if (const UniqueFd folder(openat(dir, name.c_str(), kFolderFlags)); folder) {
-            for (const std::string& child : Names(folder.Get())) {
+            for (const std::string& child : FolderNames(folder.Get())) {
                 RemoveEntry(folder.Get(), child, JoinPath(path, child), problems);
             }
         }
@@ -279,6 +261,7 @@ public:
     TreeOutcome Contents(int from, const std::string& source, int into,
                          const std::string& target) {
         SetUpProgress(from);
+        RemoveStaleTemporaries(into, FolderNames(into));
         Children(from, source, into, target);
         return std::move(out_);
     }
@@ -348,7 +331,7 @@ private:
 
     void Children(int from, const std::string& sourcePath, int into,
                   const std::string& targetPath) {
-        for (const std::string& name : Names(from)) {
+        for (const std::string& name : FolderNames(from)) {
             if (Stopped()) {
                 return;
             }
@@ -411,6 +394,9 @@ private:
                 unlinkat(targetDir, targetName.c_str(), AT_REMOVEDIR);
             }
             return;
+        }
+        if (!make) {
+            RemoveStaleTemporaries(into.Get(), FolderNames(into.Get())); // a killed copy's leftovers
         }
         const size_t problems = out_.problems.size();
         const bool wasCancelled = out_.cancelled;
@@ -488,7 +474,7 @@ using Copied = std::map<std::pair<dev_t, ino_t>, FileIdentity>;
 // stays, and is listed.
 void RemoveMoved(int source, int target, const std::string& path, const Copied& copied,
                  std::vector<SkippedItem>& problems) {
-    for (const std::string& name : Names(source)) {
+    for (const std::string& name : FolderNames(source)) {
         const std::string child = JoinPath(path, name);
         struct stat from {};
         struct stat to {};

@@ -8,6 +8,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <fstream>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace {
@@ -117,6 +118,8 @@ bool TemporaryBeside::Create(const std::string& target) {
         return false;
     }
     fd_.Reset(fd);
+    flock(fd, LOCK_EX); // alive: no cleaner may take it
+
     temporary_ = name;
     return true;
 }
@@ -200,6 +203,29 @@ bool PublishWithoutReplacing(int folder, const std::string& from, const std::str
     unlinkat(folder, from.c_str(), 0);
     errno = error;
     return false;
+}
+
+bool IsTemporaryName(std::string_view name) {
+    const size_t mark = std::strlen(kTemporaryMark);
+    return name.size() > 1 + mark + kRandomPart && name.front() == '.' &&
+           name.substr(name.size() - kRandomPart - mark, mark) == kTemporaryMark;
+}
+
+void RemoveStaleTemporaries(int folder, const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+        if (!IsTemporaryName(name)) {
+            continue;
+        }
+        const UniqueFd fd(openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        struct stat held {};
+        struct stat there {};
+        if (fd && fstat(fd.Get(), &held) == 0 && S_ISREG(held.st_mode) &&
+            flock(fd.Get(), LOCK_EX | LOCK_NB) == 0 &&
+            fstatat(folder, name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 &&
+            there.st_dev == held.st_dev && there.st_ino == held.st_ino) {
+            unlinkat(folder, name.c_str(), 0);
+        }
+    }
 }
 
 int RemoveLeftoverTemporaries(const std::string& target) {

@@ -4,6 +4,8 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
+#include <vector>
 #include <sys/types.h>
 
 // Replacing a file without ever destroying what is not one: a write lands in a temporary file
@@ -60,6 +62,12 @@ private:
 // Gives the item at the temporary name `from` the name `to` in `folder`, never over anything:
 // false with errno (EEXIST when `to` is taken); `from` is gone either way.
 bool PublishWithoutReplacing(int folder, const std::string& from, const std::string& to);
+
+// Whether `name` is one of the program's temporary names (".name.tallymoor-tmp.XXXXXX").
+bool IsTemporaryName(std::string_view name);
+// Removes, among `names` in `folder`, the temporaries that writes killed before they named them:
+// regular files by that name that no live writer holds locked (every writer locks its own).
+void RemoveStaleTemporaries(int folder, const std::vector<std::string>& names);
 
 // Removes the temporaries that writes killed before their rename left beside `target`: only
 // regular files whose name is NamePrefix and six characters. Returns how many it removed.

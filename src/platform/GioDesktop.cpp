@@ -1,6 +1,7 @@
 // GIO first: Qt's keyword macros would clash with its headers.
 #include "platform/GioDesktop.h"
 
+#include "platform/PathAccess.h"
 #include "platform/Prompts.h"
 #include "search/SearchStatus.h"
 
@@ -8,11 +9,13 @@
 #include <QString>
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 #include <memory>
 #include <set>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -55,6 +58,24 @@ QString Utf8(const char* text) {
 // by its first bytes; "inode/directory" for a folder. A vanished file or a dangling link is
 // typed by its name alone.
 std::string ContentTypeOf(const std::string& path) {
+    if (path.size() >= PATH_MAX) {
+        // Too deep for GIO to look at: the name and the first bytes, read through the folder.
+        const ItemAt item = OpenItem(path);
+        struct stat st {};
+        if (item && fstatat(item.folder.Get(), item.name.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0 &&
+            S_ISDIR(st.st_mode)) {
+            return "inode/directory";
+        }
+        const UniqueFd fd(item ? openat(item.folder.Get(), item.name.c_str(),
+                                        O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)
+                               : -1);
+        char head[4096];
+        const ssize_t n = fd ? read(fd.Get(), head, sizeof head) : -1;
+        GText guess(g_content_type_guess(item.name.c_str(), n > 0 ? reinterpret_cast<guchar*>(head)
+                                                                  : nullptr,
+                                         n > 0 ? static_cast<gsize>(n) : 0, nullptr));
+        return guess.get();
+    }
     GObjectPtr<GFile> file(g_file_new_for_path(path.c_str()));
     GObjectPtr<GFileInfo> info(g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
                                                  G_FILE_QUERY_INFO_NONE, nullptr, nullptr));
@@ -74,8 +95,9 @@ std::string FolderOf(const std::string& path) {
 }
 
 // Runs in the launched program's process between fork and exec: only async-signal-safe calls.
+// The folder comes as a descriptor, so that it is reached at any depth.
 void EnterFolder(gpointer folder) {
-    if (chdir(static_cast<const char*>(folder)) != 0) {
+    if (fchdir(GPOINTER_TO_INT(folder)) != 0) {
         // it starts where we are
     }
 }
@@ -123,7 +145,7 @@ bool GioDesktop::Launch(GAppInfo* app, const std::string& target, bool isUri) {
         uri.reset(g_file_get_uri(file.get()));
     }
     GList uris{uri.get(), nullptr, nullptr};
-    const std::string folder = isUri ? std::string() : FolderOf(target);
+    const UniqueFd folder(isUri ? -1 : OpenFolder(FolderOf(target), O_PATH | O_CLOEXEC).Release());
     GObjectPtr<GAppLaunchContext> context(g_app_launch_context_new());
     GError* failure = nullptr;
     bool launched = false;
@@ -133,7 +155,7 @@ bool GioDesktop::Launch(GAppInfo* app, const std::string& target, bool isUri) {
         GPid pid = 0;
         launched = g_desktop_app_info_launch_uris_as_manager(
             G_DESKTOP_APP_INFO(app), &uris, context.get(), flags,
-            folder.empty() ? nullptr : EnterFolder, const_cast<char*>(folder.c_str()), RememberPid,
+            folder ? EnterFolder : nullptr, GINT_TO_POINTER(folder.Get()), RememberPid,
             &pid, &failure);
         if (launched && waitForLaunches_ && pid > 0) {
             waitpid(pid, nullptr, 0);

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <dirent.h>
 
 namespace {
 
@@ -73,6 +74,24 @@ bool StatItem(const std::string& path, struct stat& st) {
         return false;
     }
     return fstatat(at.folder.Get(), at.name.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+std::vector<std::string> FolderNames(int folder) {
+    std::vector<std::string> names;
+    UniqueFd fd(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    DIR* dir = fd ? fdopendir(fd.Get()) : nullptr;
+    if (dir == nullptr) {
+        return names;
+    }
+    fd.Release(); // the stream owns it now
+    while (const dirent* e = readdir(dir)) {
+        const std::string_view name = e->d_name;
+        if (name != "." && name != "..") {
+            names.emplace_back(name);
+        }
+    }
+    closedir(dir);
+    return names;
 }
 
 bool FileIdentity::operator==(const FileIdentity& o) const {

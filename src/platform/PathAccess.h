@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
+#include <vector>
 
 // The folder that holds an item, open, and the item's name in it.
 struct ItemAt {
@@ -29,6 +30,10 @@ UniqueFd OpenFolder(const std::string& path, int flags = O_RDONLY | O_CLOEXEC,
 
 // lstat(2) for a path of any length: false (errno set) when nothing is there.
 bool StatItem(const std::string& path, struct stat& st);
+
+// The entries of the folder `folder`, "." and ".." left out, read through a descriptor of their
+// own (a duplicate would share, and leave at the end, the folder's reading position).
+std::vector<std::string> FolderNames(int folder);
 
 // The item's device, inode, size and times: what tells that a file is still the one copied.
 struct FileIdentity {

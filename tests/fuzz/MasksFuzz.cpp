@@ -1,9 +1,12 @@
-// The mask matcher against a plain matcher of its own: one table over each pattern and the name,
-// no fast path, so every fast path's answer is checked. Input: "MASK\nNAME".
+// The mask matcher against a plain matcher of its own (one table over each pattern and the name,
+// no fast path, so every fast path's answer is checked), and what the mask rules promise of every
+// mask. Input: "MASK\nNAME".
 #include "search/MaskMatcher.h"
+#include "search/MaskRules.h"
 #include "search/PathText.h"
 
 #include <QChar>
+#include <algorithm>
 #include <cstdlib>
 #include <vector>
 
@@ -47,7 +50,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             break;
         }
     }
-    if (MaskMatcher(mask).Matches(name) != expected) {
+    const auto elements = MaskList(mask);
+    const MaskVerdict verdict = ValidateMask(mask);
+    const bool rulesHold =
+        elements.size() == static_cast<size_t>(std::count(mask.begin(), mask.end(), ';')) + 1 &&
+        std::none_of(elements.begin(), elements.end(),
+                     [](const std::string& e) { return !e.empty() && (e.front() == ' ' || e.back() == ' '); }) &&
+        (verdict == MaskVerdict::Empty) == mask.empty() &&
+        (ContainsStarDotStar(mask) || mask.empty() || verdict == MaskVerdict::Accepted) &&
+        MaskRefusalText(verdict).isEmpty() == (verdict == MaskVerdict::Accepted);
+    if (MaskMatcher(mask).Matches(name) != expected || !rulesHold) {
         std::abort();
     }
     return 0;
