@@ -2,6 +2,7 @@
 // other, on disk as in memory.
 #include "settings/IniFile.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <map>
@@ -41,10 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     file.WriteString("fuzz", "written", "value");
     IniFile again(path);
     const Values after = Read(again, bytes);
-    bool listedKeysRead = true;
-    for (const auto& [where, value] : before) {
-        listedKeysRead = listedKeysRead && value != "\n";
-    }
+    const bool listedKeysRead = std::none_of(before.begin(), before.end(), [](const auto& v) { return v.second == "\n"; });
     if (!listedKeysRead || after != before || again.GetString("fuzz", "written", "") != "value" || Read(file, bytes) != after) {
         std::abort();
     }
