@@ -23,8 +23,8 @@ dlgRegFiles::dlgRegFiles(modPProfile& profile, Prompts& prompts, QWidget* parent
     : QDialog(parent), profile_(profile), prompts_(prompts) {
     setObjectName("dlgRegFiles");
     setWindowTitle(tr("Registered File Types"));
-    dosLength_ = ReadNumber(profile_.ProfileGetString("options", kDosLengthKey,
-                                                      std::to_string(kDefaultDosLength)));
+    dosLength_ = ReadNumber(
+        profile_.ProfileGetString("options", kDosLengthKey, std::to_string(kDefaultDosLength)));
     if (dosLength_ < 2 || dosLength_ > 7) {
         dosLength_ = kDefaultDosLength;
     }
@@ -32,8 +32,8 @@ dlgRegFiles::dlgRegFiles(modPProfile& profile, Prompts& prompts, QWidget* parent
     QMenu* filter = bar->addMenu(tr("&Filter"));
     filter->setObjectName("zmnuFilter");
     auto* modes = new QActionGroup(this);
-    const QString captions[] = {tr("&All Extensions"), tr("&DOS Extensions Only"), {},
-                                tr("Define DOS &Length...")};
+    const QString captions[] = {
+        tr("&All Extensions"), tr("&DOS Extensions Only"), {}, tr("Define DOS &Length...")};
     for (int i = 0; i < 4; ++i) {
         if (i == 2) {
             filter->addSeparator();
@@ -99,8 +99,10 @@ void dlgRegFiles::SetCurrentObjectMask(const QString& mask) {
         for (const QString& extension : MaskExtensions(mask)) {
             for (int row = 0; row < lstExtensions->count(); ++row) {
                 // The whole extension before the tab: ".htm" is not ".html".
-                if (lstExtensions->item(row)->text().section(QLatin1Char('\t'), 0, 0).compare(
-                        extension, Qt::CaseInsensitive) == 0) {
+                if (lstExtensions->item(row)
+                        ->text()
+                        .section(QLatin1Char('\t'), 0, 0)
+                        .compare(extension, Qt::CaseInsensitive) == 0) {
                     lstExtensions->item(row)->setSelected(true);
                     break;
                 }

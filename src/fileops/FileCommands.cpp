@@ -320,8 +320,8 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
         };
         const ItemAt source = OpenItem(item.path);
         struct stat st {};
-        if (!source || fstatat(source.folder.Get(), source.name.c_str(), &st,
-                               AT_SYMLINK_NOFOLLOW) != 0) {
+        if (!source ||
+            fstatat(source.folder.Get(), source.name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
             skip(QT_TRANSLATE_NOOP("Remark", "source file not found"), {}, {});
         } else {
             const std::string target = JoinPath(destination, source.name);

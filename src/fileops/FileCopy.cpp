@@ -35,7 +35,8 @@ bool SameFile(const struct stat& a, const struct stat& b) {
 
 // A hidden name beside `name` that nothing else uses: ".name.tallymoor-tmp.XXXXXX".
 std::string TemporaryName(const std::string& name) {
-    static constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    static constexpr char kLetters[] =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
     thread_local std::mt19937 random{std::random_device{}()};
     std::string temporary = TemporaryBeside::NamePrefix(name);
     for (int i = 0; i < 6; ++i) {
@@ -178,8 +179,8 @@ int CopyData(int in, int out, int64_t size, std::string_view target, const Cance
 }
 
 // A link copied as a link: made under a hidden name, given the source's times, then named.
-CopyOutcome CopyLink(int sourceDir, const std::string& source, const struct stat& st,
-                     int targetDir, const std::string& target) {
+CopyOutcome CopyLink(int sourceDir, const std::string& source, const struct stat& st, int targetDir,
+                     const std::string& target) {
     std::string to(static_cast<size_t>(st.st_size) + 1, '\0');
     const ssize_t n = readlinkat(sourceDir, source.c_str(), to.data(), to.size());
     if (n < 0 || static_cast<size_t>(n) >= to.size()) {
@@ -258,8 +259,7 @@ public:
     explicit TreeCopier(TreeCopyContext& context) : c_(context) {}
 
     // The entries of the folder `from` into the folder `into`.
-    TreeOutcome Contents(int from, const std::string& source, int into,
-                         const std::string& target) {
+    TreeOutcome Contents(int from, const std::string& source, int into, const std::string& target) {
         SetUpProgress(from);
         RemoveStaleTemporaries(into, FolderNames(into));
         Children(from, source, into, target);
@@ -396,7 +396,8 @@ private:
             return;
         }
         if (!make) {
-            RemoveStaleTemporaries(into.Get(), FolderNames(into.Get())); // a killed copy's leftovers
+            RemoveStaleTemporaries(into.Get(),
+                                   FolderNames(into.Get())); // a killed copy's leftovers
         }
         const size_t problems = out_.problems.size();
         const bool wasCancelled = out_.cancelled;
@@ -498,9 +499,9 @@ void RemoveMoved(int source, int target, const std::string& path, const Copied& 
         const auto was = copied.find({from.st_dev, from.st_ino});
         if (!counterpart || was == copied.end() || !(was->second == IdentityOf(from)) ||
             (S_ISREG(from.st_mode) && to.st_size != from.st_size)) {
-            problems.push_back(NotRemoved(
-                problems.size(), child,
-                QT_TRANSLATE_NOOP("Remark", "it changed while it was moved")));
+            problems.push_back(
+                NotRemoved(problems.size(), child,
+                           QT_TRANSLATE_NOOP("Remark", "it changed while it was moved")));
         } else if (unlinkat(source, name.c_str(), 0) != 0) {
             problems.push_back(NotRemoved(problems.size(), child, SystemReason(errno)));
         }
@@ -700,8 +701,12 @@ MoveOutcome MoveTree(const std::string& source, const std::string& target,
     if (fromFd && into) {
         copied = TreeCopier(copying).Contents(fromFd.Get(), source, into.Get(), target);
     } else {
-        copied.problems.push_back({0, source, 0, QT_TRANSLATE_NOOP("Remark", "folder not opened"),
-                                   {}, SystemReason(errno)});
+        copied.problems.push_back({0,
+                                   source,
+                                   0,
+                                   QT_TRANSLATE_NOOP("Remark", "folder not opened"),
+                                   {},
+                                   SystemReason(errno)});
     }
     // The copy must be on the disk before any of its source goes.
     if (copied.Complete() && syncfs(into.Get()) != 0) {
@@ -727,7 +732,8 @@ MoveOutcome MoveTree(const std::string& source, const std::string& target,
     }
     MoveOutcome moved{MoveResult::Moved, {}, {}};
     RemoveMoved(fromFd.Get(), into.Get(), source, identities, moved.problems);
-    if (moved.problems.empty() && unlinkat(from.folder.Get(), from.name.c_str(), AT_REMOVEDIR) != 0) {
+    if (moved.problems.empty() &&
+        unlinkat(from.folder.Get(), from.name.c_str(), AT_REMOVEDIR) != 0) {
         moved.problems.push_back(NotRemoved(0, source, SystemReason(errno)));
     }
     return moved;

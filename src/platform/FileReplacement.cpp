@@ -216,7 +216,8 @@ void RemoveStaleTemporaries(int folder, const std::vector<std::string>& names) {
         if (!IsTemporaryName(name)) {
             continue;
         }
-        const UniqueFd fd(openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        const UniqueFd fd(
+            openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         struct stat held {};
         struct stat there {};
         if (fd && fstat(fd.Get(), &held) == 0 && S_ISREG(held.st_mode) &&

@@ -5,8 +5,8 @@
 #include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 #include <sys/types.h>
+#include <vector>
 
 // Replacing a file without ever destroying what is not one: a write lands in a temporary file
 // beside the target and is renamed over it only when complete, so a crash, a full disk or a
@@ -15,12 +15,12 @@
 // Where a write to `path` lands: `path` itself, or the file its symbolic links lead to (the
 // link stays a link; a dangling link has its target created).
 struct ReplaceTarget {
-    std::string path;   // the final target
+    std::string path; // the final target
     bool exists = false;
     mode_t mode = 0644; // the existing file's permissions, else what a new file gets
     uid_t owner = static_cast<uid_t>(-1); // the existing file's owner and group (-1: none)
     gid_t group = static_cast<gid_t>(-1);
-    std::string error;  // why it cannot be replaced ("Is a directory"); empty when it can
+    std::string error; // why it cannot be replaced ("Is a directory"); empty when it can
 };
 ReplaceTarget ResolveReplaceTarget(const std::string& path);
 
@@ -53,7 +53,6 @@ public:
     void Discard();
 
 private:
-
     UniqueFd fd_;
     std::string temporary_;
     std::string target_;

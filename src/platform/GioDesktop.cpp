@@ -71,8 +71,8 @@ std::string ContentTypeOf(const std::string& path) {
                                : -1);
         char head[4096];
         const ssize_t n = fd ? read(fd.Get(), head, sizeof head) : -1;
-        GText guess(g_content_type_guess(item.name.c_str(), n > 0 ? reinterpret_cast<guchar*>(head)
-                                                                  : nullptr,
+        GText guess(g_content_type_guess(item.name.c_str(),
+                                         n > 0 ? reinterpret_cast<guchar*>(head) : nullptr,
                                          n > 0 ? static_cast<gsize>(n) : 0, nullptr));
         return guess.get();
     }
@@ -154,9 +154,8 @@ bool GioDesktop::Launch(GAppInfo* app, const std::string& target, bool isUri) {
             G_SPAWN_SEARCH_PATH | (waitForLaunches_ ? G_SPAWN_DO_NOT_REAP_CHILD : 0));
         GPid pid = 0;
         launched = g_desktop_app_info_launch_uris_as_manager(
-            G_DESKTOP_APP_INFO(app), &uris, context.get(), flags,
-            folder ? EnterFolder : nullptr, GINT_TO_POINTER(folder.Get()), RememberPid,
-            &pid, &failure);
+            G_DESKTOP_APP_INFO(app), &uris, context.get(), flags, folder ? EnterFolder : nullptr,
+            GINT_TO_POINTER(folder.Get()), RememberPid, &pid, &failure);
         if (launched && waitForLaunches_ && pid > 0) {
             waitpid(pid, nullptr, 0);
         }

@@ -1,23 +1,21 @@
 // GIO first: Qt's keyword macros would clash with its headers.
-#include <gio/gio.h>
-#include <gio/gunixmounts.h>
-
 #include "platform/FileReplacement.h"
 #include "platform/GioDesktop.h"
 #include "platform/PathAccess.h"
 
 #include <QtGlobal>
-
-#include <cerrno>
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <ctime>
-#include <fstream>
-#include <sstream>
-#include <sys/sysmacros.h>
 #include <fcntl.h>
+#include <fstream>
+#include <gio/gio.h>
+#include <gio/gunixmounts.h>
 #include <memory>
+#include <sstream>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace {
@@ -94,7 +92,8 @@ bool TopTrash(const ItemAt& item, dev_t device, const std::string& path, TrashPl
         struct stat above {};
         UniqueFd up(openat(top.Get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
         if (!up || fstat(top.Get(), &here) != 0 || fstat(up.Get(), &above) != 0 ||
-            above.st_dev != device || (above.st_ino == here.st_ino && above.st_dev == here.st_dev)) {
+            above.st_dev != device ||
+            (above.st_ino == here.st_ino && above.st_dev == here.st_dev)) {
             break;
         }
         top = std::move(up);
@@ -132,8 +131,8 @@ bool TopTrash(const ItemAt& item, dev_t device, const std::string& path, TrashPl
     }
     if (start != std::string::npos) {
         const std::string relative = path.substr(start + 1);
-        const UniqueFd folder(OpenFolder(FolderOfPath(relative), O_PATH | O_CLOEXEC,
-                                         topFolder.Get()));
+        const UniqueFd folder(
+            OpenFolder(FolderOfPath(relative), O_PATH | O_CLOEXEC, topFolder.Get()));
         struct stat a {};
         struct stat b {};
         if (folder && fstat(folder.Get(), &a) == 0 && fstat(item.folder.Get(), &b) == 0 &&
@@ -232,7 +231,7 @@ std::string MoveToTrash(const std::string& path) {
         return TrashByHand(path); // GIO names files by whole paths
     }
     std::unique_ptr<GFile, decltype(&g_object_unref)> file(g_file_new_for_path(path.c_str()),
-                                                            g_object_unref);
+                                                           g_object_unref);
     GError* failure = nullptr;
     if (g_file_trash(file.get(), nullptr, &failure)) {
         return {};

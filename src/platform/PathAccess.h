@@ -25,8 +25,7 @@ ItemAt OpenItem(const std::string& path);
 
 // Opens the folder `path` of any length with `flags` (O_DIRECTORY is added), a relative path
 // from the folder `base`; invalid with errno set when it cannot.
-UniqueFd OpenFolder(const std::string& path, int flags = O_RDONLY | O_CLOEXEC,
-                    int base = AT_FDCWD);
+UniqueFd OpenFolder(const std::string& path, int flags = O_RDONLY | O_CLOEXEC, int base = AT_FDCWD);
 
 // lstat(2) for a path of any length: false (errno set) when nothing is there.
 bool StatItem(const std::string& path, struct stat& st);

@@ -201,7 +201,8 @@ private:
 // Whether the user left the file writable: a file without any write permission is read-only
 // by choice, also for a user the system would let write it.
 bool Writable(const ReplaceTarget& target) {
-    return (target.mode & 0222) != 0 && faccessat(AT_FDCWD, target.path.c_str(), W_OK, AT_EACCESS) == 0;
+    return (target.mode & 0222) != 0 &&
+           faccessat(AT_FDCWD, target.path.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
 constexpr const char* kCannotBeUsed = QT_TRANSLATE_NOOP(
@@ -389,8 +390,7 @@ void IniFile::Flush() {
     const FolderLock lock(folder, lockPatience_);
     if (lock.Error() != 0) {
         notSaved(lock.Error() == EWOULDBLOCK
-                     ? QCoreApplication::translate("IniFile",
-                                                   "another program keeps it locked")
+                     ? QCoreApplication::translate("IniFile", "another program keeps it locked")
                            .toStdString()
                      : SystemReason(lock.Error()));
         return;

@@ -80,7 +80,9 @@ public:
     void SetProblemHandler(std::function<void(const std::string&)> handler);
 
     // Replaces rename(2) for the final step of a write; tests make it fail.
-    void SetRenameForTesting(TemporaryBeside::RenameFunction rename) { rename_ = std::move(rename); }
+    void SetRenameForTesting(TemporaryBeside::RenameFunction rename) {
+        rename_ = std::move(rename);
+    }
     // How long a write waits for another copy's lock before it gives up unwritten.
     void SetLockPatience(std::chrono::milliseconds patience) { lockPatience_ = patience; }
 
@@ -107,7 +109,7 @@ private:
     mutable bool memoryOnly_ = false;
     mutable bool leftoversChecked_ = false;
     mutable bool byteOrderMark_ = false; // the file began with one
-    std::vector<Edit> pending_; // edits not yet written, replayed over a newer file
+    std::vector<Edit> pending_;          // edits not yet written, replayed over a newer file
     int batchDepth_ = 0;
     bool lastWriteOk_ = true;
     TemporaryBeside::RenameFunction rename_;

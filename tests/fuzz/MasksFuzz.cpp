@@ -15,7 +15,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (size_t start = 0; !expected; start = mask.find(';', start) + 1) {
         std::string_view pattern = mask.substr(start, mask.find(';', start) - start);
         pattern.remove_prefix(std::min(pattern.find_first_not_of(' '), pattern.size()));
-        expected = pattern == "*.*" || (!pattern.empty() && pattern.find_first_not_of('*') == pattern.npos) ||
+        expected = pattern == "*.*" ||
+                   (!pattern.empty() && pattern.find_first_not_of('*') == pattern.npos) ||
                    WildcardMatch(pattern, name);
         if (mask.find(';', start) == mask.npos) {
             break;
@@ -23,7 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     const MaskVerdict verdict = ValidateMask(mask);
     const bool rulesHold =
-        MaskList(mask).size() == static_cast<size_t>(std::count(mask.begin(), mask.end(), ';')) + 1 &&
+        MaskList(mask).size() ==
+            static_cast<size_t>(std::count(mask.begin(), mask.end(), ';')) + 1 &&
         (verdict == MaskVerdict::Empty) == mask.empty() &&
         (ContainsStarDotStar(mask) || mask.empty() || verdict == MaskVerdict::Accepted) &&
         MaskRefusalText(verdict).isEmpty() == (verdict == MaskVerdict::Accepted);

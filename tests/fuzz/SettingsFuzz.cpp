@@ -15,13 +15,15 @@ using Values = std::map<std::pair<std::string, std::string>, std::string>;
 // Every key of the program's sections and of the first ones the file names, with its value.
 Values Read(const IniFile& file, const std::string& bytes) {
     std::vector<std::string> sections = {"windows", "paths", "options", "masks", "custom"};
-    for (size_t open = bytes.find('['); open != bytes.npos && sections.size() < 9; open = bytes.find('[', open + 1)) {
+    for (size_t open = bytes.find('['); open != bytes.npos && sections.size() < 9;
+         open = bytes.find('[', open + 1)) {
         sections.push_back(bytes.substr(open + 1, bytes.find(']', open) - open - 1));
     }
     Values values;
     for (const std::string& section : sections) {
         for (const std::string& key : file.KeyNames(section)) {
-            values[{section, key}] = file.GetString(section, key, "\n"); // no value holds a line end
+            values[{section, key}] =
+                file.GetString(section, key, "\n"); // no value holds a line end
         }
     }
     values.erase({"fuzz", "written"});
@@ -32,7 +34,8 @@ Values Read(const IniFile& file, const std::string& bytes) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const std::string path = [] {
-        std::string folder = access("/dev/shm", W_OK) == 0 ? "/dev/shm/tallymoor-fuzz-XXXXXX" : "/tmp/tallymoor-fuzz-XXXXXX";
+        std::string folder = access("/dev/shm", W_OK) == 0 ? "/dev/shm/tallymoor-fuzz-XXXXXX"
+                                                           : "/tmp/tallymoor-fuzz-XXXXXX";
         return std::string(mkdtemp(folder.data())) + "/tallymoor.ini";
     }();
     const std::string bytes(reinterpret_cast<const char*>(data), std::min<size_t>(size, 4096));
@@ -42,8 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     file.WriteString("fuzz", "written", "value");
     IniFile again(path);
     const Values after = Read(again, bytes);
-    const bool listedKeysRead = std::none_of(before.begin(), before.end(), [](const auto& v) { return v.second == "\n"; });
-    if (!listedKeysRead || after != before || again.GetString("fuzz", "written", "") != "value" || Read(file, bytes) != after) {
+    const bool listedKeysRead =
+        std::none_of(before.begin(), before.end(), [](const auto& v) { return v.second == "\n"; });
+    if (!listedKeysRead || after != before || again.GetString("fuzz", "written", "") != "value" ||
+        Read(file, bytes) != after) {
         std::abort();
     }
     return 0;
