@@ -155,6 +155,10 @@ int CopyData(int in, int out, int64_t size, std::string_view target, const Cance
                 ranges = false; // not between these file systems: reads and writes go on
                 continue;
             }
+            if (n == 0) {
+                ranges = false; // some file systems end a range copy early: a read tells
+                continue;
+            }
         } else {
             buffer.resize(kChunk);
             n = read(in, buffer.data(), buffer.size());
@@ -591,10 +595,11 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
                                                                : CopyResult::Failed,
                        error);
     }
-    // What was read must be the whole file as it was opened, unchanged since.
+    // What was read must be the whole file as it was opened, unchanged since. A file that
+    // takes no room on a disk (a kernel attribute under /sys) holds less than its size says.
     struct stat after {};
     if (fstat(in.Get(), &after) != 0 || !(IdentityOf(after) == IdentityOf(from)) ||
-        (from.st_size > 0 && done != from.st_size)) {
+        (from.st_blocks > 0 && done != from.st_size)) {
         return {CopyResult::SourceChanged, 0, kChanged, {}};
     }
     // A file system that keeps no such times still holds the data: not a failure.
