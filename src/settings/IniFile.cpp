@@ -211,6 +211,18 @@ constexpr const char* kCannotBeUsed = QT_TRANSLATE_NOOP(
 constexpr const char* kCannotBeRead = QT_TRANSLATE_NOOP(
     "IniFile", "The settings file ' %1 ' cannot be read (%2). Your settings are kept while the "
                "program runs, but nothing is saved to that file.");
+constexpr const char* kReadOnly = QT_TRANSLATE_NOOP(
+    "IniFile", "The settings file ' %1 ' is read-only. Your settings are kept while the program "
+               "runs, but nothing is saved to that file.");
+constexpr const char* kNotSaved = QT_TRANSLATE_NOOP(
+    "IniFile", "The settings file ' %1 ' could not be saved (%2). Changed settings are kept "
+               "while the program runs and saved with the next change that can be.");
+
+// A message in the user's words, the file and the reason filled in as their bytes.
+std::string Said(const char* words, const std::string& path, const std::string& reason = {}) {
+    return FillIn(QCoreApplication::translate("IniFile", words).toStdString(),
+                  {path, QCoreApplication::translate("Remark", reason.c_str()).toStdString()});
+}
 
 } // namespace
 
@@ -252,9 +264,7 @@ void IniFile::LoadIfChanged() const {
     }
     const auto giveUp = [this](const char* words, const std::string& reason) {
         memoryOnly_ = true;
-        Problem(
-            FillIn(QCoreApplication::translate("IniFile", words).toStdString(),
-                   {path_, QCoreApplication::translate("Remark", reason.c_str()).toStdString()}));
+        Problem(Said(words, path_, reason));
     };
     const ReplaceTarget target = ResolveReplaceTarget(path_);
     if (!target.error.empty()) {
@@ -378,20 +388,14 @@ std::string IniFile::Serialize() const {
 void IniFile::Flush() {
     const auto notSaved = [this](const std::string& reason) {
         lastWriteOk_ = false;
-        Problem(FillIn(QCoreApplication::translate(
-                           "IniFile", "The settings file ' %1 ' could not be saved (%2). Changed "
-                                      "settings are kept while the program runs and saved with "
-                                      "the next change that can be.")
-                           .toStdString(),
-                       {path_, reason}));
+        Problem(Said(kNotSaved, path_, reason));
     };
     const std::string folder = FolderOfPath(ResolveReplaceTarget(path_).path);
     MakeFolders(folder);
     const FolderLock lock(folder, lockPatience_);
     if (lock.Error() != 0) {
         notSaved(lock.Error() == EWOULDBLOCK
-                     ? QCoreApplication::translate("IniFile", "another program keeps it locked")
-                           .toStdString()
+                     ? QT_TRANSLATE_NOOP("Remark", "another program keeps it locked")
                      : SystemReason(lock.Error()));
         return;
     }
@@ -407,12 +411,7 @@ void IniFile::Flush() {
     LoadIfChanged();
     if (!memoryOnly_ && target.exists && !Writable(target)) {
         memoryOnly_ = true;
-        Problem(FillIn(QCoreApplication::translate(
-                           "IniFile", "The settings file ' %1 ' is read-only. Your settings are "
-                                      "kept while the program runs, but nothing is saved to "
-                                      "that file.")
-                           .toStdString(),
-                       {path_}));
+        Problem(Said(kReadOnly, path_));
     }
     if (memoryOnly_) {
         pending_.clear();
