@@ -204,8 +204,10 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
     tree.Link("l.txt", "a.txt");             // copied as a link, never read through
     selection.push_back({Path("l.txt"), 7});
     selection.push_back({Path("a.txt"), 7}); // its own copy made a moment ago is there now
-    WriteBytes(to.Path(".b.txt.tallymoor-tmp.Ab12Cd"), "killed"); // by a copy killed meanwhile
+    WriteBytes(to.Path(".b.txt.tallymoor-tmp.Ab12Cd"), "killed"); // by a copy killed a while ago
+    to.SetTime(".b.txt.tallymoor-tmp.Ab12Cd", 1500000000, 0);
     WriteBytes(to.Path(".c.txt.tallymoor-tmp.Xy34Zw"), "alive");  // by one still running
+    to.SetTime(".c.txt.tallymoor-tmp.Xy34Zw", 1500000000, 0);
     const int alive = open(to.Path(".c.txt.tallymoor-tmp.Xy34Zw").c_str(), O_RDONLY | O_CLOEXEC);
     flock(alive, LOCK_EX);
     CommandContext context = Context();

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
 #include <fstream>
@@ -220,8 +221,10 @@ void RemoveStaleTemporaries(int folder, const std::vector<std::string>& names) {
             openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         struct stat held {};
         struct stat there {};
+        // A writer lets go of its lock a moment before it names its file: a temporary written
+        // to in the last minute is left alone.
         if (fd && fstat(fd.Get(), &held) == 0 && S_ISREG(held.st_mode) &&
-            flock(fd.Get(), LOCK_EX | LOCK_NB) == 0 &&
+            held.st_mtime < time(nullptr) - 60 && flock(fd.Get(), LOCK_EX | LOCK_NB) == 0 &&
             fstatat(folder, name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 &&
             there.st_dev == held.st_dev && there.st_ino == held.st_ino) {
             unlinkat(folder, name.c_str(), 0);

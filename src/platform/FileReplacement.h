@@ -65,7 +65,8 @@ bool PublishWithoutReplacing(int folder, const std::string& from, const std::str
 // Whether `name` is one of the program's temporary names (".name.tallymoor-tmp.XXXXXX").
 bool IsTemporaryName(std::string_view name);
 // Removes, among `names` in `folder`, the temporaries that writes killed before they named them:
-// regular files by that name that no live writer holds locked (every writer locks its own).
+// regular files by that name, untouched for a minute, that no live writer holds locked (every
+// writer locks its own).
 void RemoveStaleTemporaries(int folder, const std::vector<std::string>& names);
 
 // Removes the temporaries that writes killed before their rename left beside `target`: only
