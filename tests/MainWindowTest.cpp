@@ -10,6 +10,7 @@
 #include <QHeaderView>
 #include <QTabBar>
 #include <QToolButton>
+#include <QTest>
 #include <QWindow>
 #include <sys/stat.h>
 
@@ -63,6 +64,10 @@ TEST_F(MainWindowTest, ASearchShowsItsResultsCountsCaptionAndTag) {
             expected.replaceInStrings(QRegularExpression("/$"), "");
         }
         EXPECT_EQ(Rows("List1"), expected);
+        const QAbstractItemModel* model = Find<QTreeView>("List1")->model();
+        EXPECT_EQ(model->index(0, 3).data().toString().isEmpty(), c.folders) << "a folder has no time";
+        EXPECT_EQ(model->index(static_cast<int>(expected.indexOf(QString::fromStdString(tree.Path("sub/c.TXT")))), 2)
+                      .data().toString(), c.rows(tree.Path("sub/c.TXT")) ? ".txt" : "") << "the census's type";
         EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "&Begin Search");
         EXPECT_FALSE(window->IsBusy());
     }
@@ -123,6 +128,7 @@ TEST_F(MainWindowTest, OverTheListLimitTheExplanationIsNoResult) {
     Search(tree.Root(), "*.*");
     EXPECT_EQ(Rows("List1"), (QStringList{"File results exceed 32 thousand files.",
                                           "Create filtered views from the File Type dialog."}));
+    EXPECT_TRUE(Find<QTreeView>("List1")->isFirstColumnSpanned(1, {})) << "across the columns";
     EXPECT_EQ(Find<QTabBar>("tsResults")->tabText(0), "All Results (*.*) (3)");
     window->SelectAll();
     EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
@@ -278,18 +284,30 @@ TEST_F(MainWindowTest, TheReportSortsByEachColumnAndCommandsFollow) {
     const std::pair<int, QStringList> clicks[] = {
         {0, order({"z/a.txt", "m/b.txt", "a/c.log"})},  // Name
         {0, order({"a/c.log", "m/b.txt", "z/a.txt"})},  // Name again: descending
+        {0, order({"z/a.txt", "m/b.txt", "a/c.log"})},  // and back
         {1, order({"a/c.log", "m/b.txt", "z/a.txt"})},  // Folder
         {2, order({"a/c.log"})},                        // Type: .log first (the rest as found)
         {3, order({"z/a.txt", "m/b.txt", "a/c.log"})}}; // Modified
+    SelectRows({1});
+    const QString selected = Rows("List1")[1];
     for (const auto& [column, rows] : clicks) {
-        emit list->header()->sectionClicked(column);
+        QHeaderView* header = list->header();
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                          {header->sectionViewportPosition(column) + 4, header->height() / 2});
         EXPECT_EQ(Rows("List1").mid(0, rows.size()), rows) << column;
+        const QModelIndexList rowsSelected = list->selectionModel()->selectedRows();
+        ASSERT_EQ(rowsSelected.size(), 1) << "a sort keeps the selection";
+        EXPECT_EQ(Rows("List1")[rowsSelected[0].row()], selected);
     }
+    list->selectionModel()->clearSelection();
     SelectRows({0});
     window->ShowSelectedProperties();
     EXPECT_EQ(desktop.calls, std::vector<std::string>{"properties " + tree.Path("z/a.txt")});
     window->RemoveFromViews(tree.Path("m/b.txt"));
     EXPECT_EQ(Rows("List1"), order({"z/a.txt", "a/c.log"}));
+    prompts.modals.push_back([](QDialog* d) { d->findChild<QRadioButton*>("optView_0")->click(); return 0; });
+    window->ShowPreferences(5);
+    EXPECT_GE(list->header()->sectionSize(0), list->viewport()->width()) << "a list's one column";
 }
 
 // A settings file that cannot be used is told once, and the window works on.

@@ -21,6 +21,12 @@ std::string_view FolderOf(std::string_view path) {
     return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash == 0 ? 1 : slash);
 }
 
+// The type as the census names it (lower case); nothing for folders and names without one,
+// which the census marks ".".
+std::string_view TypeOf(const FileDataEntry& record) {
+    return record.Extension() == "." ? std::string_view() : record.Extension();
+}
+
 } // namespace
 
 ResultListModel::ResultListModel(const FileDataArray& store, QObject* parent)
@@ -131,9 +137,10 @@ QVariant ResultListModel::data(const QModelIndex& index, int role) const {
     case Folder:
         return DisplayPath(FolderOf(path));
     case Type:
-        return DisplayPath(ExtensionOf(NameOf(path)));
+        return DisplayPath(TypeOf(record));
     case Modified:
-        return FileTimeText(record.LastWriteTime);
+        // A folder's record keeps no time.
+        return record.LastWriteTime != 0 ? FileTimeText(record.LastWriteTime) : QString();
     default:
         return {};
     }
@@ -177,11 +184,27 @@ QMimeData* ResultListModel::mimeData(const QModelIndexList& indexes) const {
 }
 
 void ResultListModel::sort(int column, Qt::SortOrder order) {
-    beginResetModel();
+    // A new order of the same rows: the selection and the current row follow their records.
+    emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+    const QModelIndexList before = persistentIndexList();
+    std::vector<size_t> places;
+    for (const QModelIndex& index : before) {
+        places.push_back(ViewRow(index.row()));
+    }
     sortColumn_ = report_ ? column : -1;
     sortOrder_ = order;
     Order();
-    endResetModel();
+    std::vector<int> rowOf(order_.size());
+    for (size_t row = 0; row < order_.size(); ++row) {
+        rowOf[order_[row]] = static_cast<int>(row);
+    }
+    QModelIndexList after;
+    for (qsizetype i = 0; i < before.size(); ++i) {
+        const size_t place = places[static_cast<size_t>(i)];
+        after << index(order_.empty() ? static_cast<int>(place) : rowOf[place], before[i].column());
+    }
+    changePersistentIndexList(before, after);
+    emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }
 
 void ResultListModel::Order() {
@@ -200,9 +223,9 @@ void ResultListModel::Order() {
         if (sortColumn_ == Modified) {
             times.push_back(entry.LastWriteTime);
         } else {
-            texts.push_back(LowerCaseName(sortColumn_ == Name     ? NameOf(path)
-                                          : sortColumn_ == Folder ? FolderOf(path)
-                                                                  : ExtensionOf(NameOf(path))));
+            texts.push_back(sortColumn_ == Type ? std::string(TypeOf(entry))
+                                                : LowerCaseName(sortColumn_ == Name ? NameOf(path)
+                                                                                    : FolderOf(path)));
         }
     }
     const auto less = [&](size_t a, size_t b) {

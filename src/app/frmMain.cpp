@@ -201,19 +201,18 @@ void frmMain::BuildControls() {
         list->setDefaultDropAction(Qt::CopyAction);
         list->setItemDelegate(
             new ListCellDelegate(profile_.Settings(), list->header(), true, list));
-        list->header()->setSectionsClickable(true);
-        // Sorted only once the user asks, by a click on a column's header.
-        connect(list->header(), &QHeaderView::sectionClicked, this, [list, model](int column) {
-            QHeaderView* header = list->header();
-            const Qt::SortOrder order = header->isSortIndicatorShown() &&
-                                                header->sortIndicatorSection() == column &&
-                                                header->sortIndicatorOrder() == Qt::AscendingOrder
-                                            ? Qt::DescendingOrder
-                                            : Qt::AscendingOrder;
-            header->setSortIndicator(column, order);
-            header->setSortIndicatorShown(true);
-            model->sort(column, order);
-        });
+        // Sorted only once the user asks, by a click on a column's header: the header keeps the
+        // order (ascending first, then each click the other way); no column is marked before.
+        QHeaderView* header = list->header();
+        header->setSectionsClickable(true);
+        header->setSortIndicator(-1, Qt::AscendingOrder);
+        header->setSortIndicatorShown(true);
+        connect(header, &QHeaderView::sortIndicatorChanged, this,
+                [model](int column, Qt::SortOrder order) {
+                    if (column >= 0) {
+                        model->sort(column, order);
+                    }
+                });
         connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
                 &frmMain::UpdateSelectedCount);
         connect(model, &QAbstractItemModel::modelReset, this, &frmMain::UpdateSelectedCount);
@@ -384,7 +383,9 @@ void frmMain::ApplyListView() {
                 header->resizeSection(column, widths[column]);
             }
         } else {
-            list->header()->setSortIndicatorShown(false);
+            // The one column of paths takes the whole width.
+            list->header()->setSortIndicator(-1, Qt::AscendingOrder);
+            list->header()->setStretchLastSection(true);
         }
         list->viewport()->update();
     }

@@ -158,6 +158,9 @@ void frmMain::SearchButtonClicked() {
         if (!listed) {
             model1_->ShowTexts({tr("File results exceed 32 thousand files."),
                                 tr("Create filtered views from the File Type dialog.")});
+            for (const int row : {0, 1}) {
+                List1->setFirstColumnSpanned(row, {}, true); // across the report's columns
+            }
             // Views of a part of the results are made from the census.
             ShowFileTypes();
         } else if (session_.StarDotStarSearched() && profile_.Settings().AlwaysShowCountWhenSDS) {
