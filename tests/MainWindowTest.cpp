@@ -1,6 +1,8 @@
 #include "WindowFixture.h"
 #include "app/ResultListModel.h"
+#include "fileops/FileCommands.h"
 #include "fileops/dlgProgress.h"
+#include "search/SearchStatus.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -79,6 +81,17 @@ TEST_F(MainWindowTest, ASearchShowsItsResultsCountsCaptionAndTag) {
               QStringList({" Ready!", " Objects: 4", " Matched: 2", " Done"}));
     EXPECT_TRUE(Status(StatusPart::Elapsed).startsWith(" Elapsed: 0."));
     EXPECT_EQ(profile->ProfileGetString("options", "LastFileMask", ""), "*.txt");
+    // At the default size (11970 x 9270 twips), beside a search's counts, every message reads whole.
+    window->resize(798, 618);
+    window->Status().Set(StatusPart::Objects, ObjectsText(300000));
+    window->Status().Set(StatusPart::Matched, MatchedText(300000));
+    const auto* part = Find<QLabel>("StatusPart0");
+    for (const QString& text : {RescanAdviceText(Rescan::AdviseChanged), RescanAdviceText(Rescan::AdviseTooLarge),
+                                ChangedListText(), QString(" Loading 299,999 items to the list...")}) {
+        window->Status().Set(StatusPart::Message, text);
+        QCoreApplication::processEvents();
+        EXPECT_GE(part->contentsRect().width(), part->fontMetrics().horizontalAdvance(" " + text)) << text.toStdString();
+    }
 }
 
 TEST_F(MainWindowTest, RefusedMasksAndSearchesThatFindNothing) {

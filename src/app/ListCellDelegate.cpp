@@ -41,3 +41,8 @@ void ListCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
         painter->restore();
     }
 }
+
+QSize ListCellDelegate::sizeHint(const QStyleOptionViewItem& option,
+                                 const QModelIndex& index) const {
+    return QStyledItemDelegate::sizeHint(option, index) + QSize(0, drawsGrid_ ? 2 : 0);
+}

@@ -14,6 +14,8 @@ public:
                      QObject* parent);
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
+    // Rows leave room for their grid line below the text, so that it never crosses an "_".
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
 private:
     const AppSettings& settings_;

@@ -39,16 +39,23 @@
 
 namespace {
 
-// A status part that keeps its width whatever it shows (counts do not push the parts around)
-// and shortens a text too long for it with "…", showing it whole as a tool tip.
+// A part of the status line. The message part takes the room the others leave, and shortens
+// a text too long for it with "…", showing it whole as a tool tip. A count part is as wide as
+// its text, growing with it but not shrinking back until it is cleared, so that counts going up
+// do not push the message around.
 class StatusPartLabel : public QLabel {
 public:
-    // `widest`: the longest text the part is made for; empty for the part that takes the rest.
-    StatusPartLabel(const QString& widest, QWidget* parent) : QLabel(parent) {
-        if (widest.isEmpty()) {
-            setMinimumWidth(40);
-        } else {
-            setFixedWidth(fontMetrics().horizontalAdvance(widest) + 16);
+    StatusPartLabel(bool message, QWidget* parent) : QLabel(parent), message_(message) {
+        setMinimumWidth(message ? 40 : 0);
+        if (!message) {
+            setFixedWidth(0);
+        }
+    }
+    void Show(const QString& text) {
+        setText(text);
+        if (!message_) {
+            const int wanted = text.isEmpty() ? 0 : fontMetrics().horizontalAdvance(text) + 4;
+            setFixedWidth(text.isEmpty() ? 0 : std::max(width(), wanted));
         }
     }
     QSize minimumSizeHint() const override { return {minimumWidth(), QLabel::sizeHint().height()}; }
@@ -61,6 +68,9 @@ protected:
         setToolTip(shown == text() ? QString() : text());
         painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter, shown);
     }
+
+private:
+    bool message_;
 };
 
 } // namespace
@@ -243,17 +253,10 @@ void frmMain::BuildControls() {
 }
 
 void frmMain::BuildStatusBar() {
-    // Each count part is as wide as the largest text it is made for.
-    const QString widest[] = {
-        {},
-        QLatin1Char(' ') + ObjectsText(999999999),
-        QLatin1Char(' ') + MatchedText(999999999),
-        QLatin1Char(' ') + QCoreApplication::translate("SearchStatus", "Elapsed: %1  seconds")
-                               .arg(QLocale::system().toString(9999.99, 'f', 2)),
-        QLatin1Char(' ') + tr("Update suppressed")};
     QStatusBar* bar = statusBar();
+    bar->setSizeGripEnabled(false); // the window's frame resizes it; the room goes to the texts
     for (int i = 0; i < StatusLine::kParts; ++i) {
-        statusParts_[i] = new StatusPartLabel(widest[i], bar);
+        statusParts_[i] = new StatusPartLabel(i == 0, bar);
         statusParts_[i]->setObjectName(QStringLiteral("StatusPart%1").arg(i));
         if (i == 0) {
             bar->addWidget(statusParts_[i], 1);
@@ -262,7 +265,7 @@ void frmMain::BuildStatusBar() {
         }
     }
     status_.SetDisplay([this](StatusPart part, const QString& text) {
-        statusParts_[static_cast<size_t>(part)]->setText(text);
+        static_cast<StatusPartLabel*>(statusParts_[static_cast<size_t>(part)])->Show(text);
     });
 }
 

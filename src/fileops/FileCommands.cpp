@@ -182,15 +182,16 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
             skip(position, QT_TRANSLATE_NOOP("Remark", "file doesn't exist"));
         } else if (!eachFile) {
             ++outcome.processed;
-            status.Set(StatusPart::Message, Text::tr("Adding %1").arg(context.shortPath(path)));
+            // The counts first: the path is shortened to the room they leave.
             status.Set(StatusPart::Objects, FileOf(outcome.processed, n));
+            status.Set(StatusPart::Message, Text::tr("Adding %1").arg(context.shortPath(path)));
             batch.push_back(position);
         } else {
             ++outcome.processed;
-            status.Set(StatusPart::Message, Text::tr("Deleting %1").arg(context.shortPath(path)));
             status.Set(StatusPart::Objects, FileOf(outcome.processed, n));
             status.Set(StatusPart::Matched, Text::tr("Deleted: %1").arg(outcome.deleted));
             status.Set(StatusPart::Elapsed, Text::tr("Skipped: %1").arg(outcome.skipped));
+            status.Set(StatusPart::Message, Text::tr("Deleting %1").arg(context.shortPath(path)));
             const MessageAnswer answer = context.prompts.Message(
                 Text::tr("Are you sure you want to delete ' %1 '?").arg(Shown(path)),
                 MessageIcon::Warning, MessageButtons::YesNoCancel);
@@ -355,10 +356,10 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
                 break;
             }
         }
-        status.Set(StatusPart::Message, Text::tr("Copying %1").arg(context.shortPath(item.path)));
         status.Set(StatusPart::Objects, FileOf(outcome.processed, n));
         status.Set(StatusPart::Matched, Text::tr("Copied: %1").arg(outcome.copied));
         status.Set(StatusPart::Elapsed, Text::tr("Skipped: %1").arg(outcome.skipped));
+        status.Set(StatusPart::Message, Text::tr("Copying %1").arg(context.shortPath(item.path)));
         if (context.cancel.IsRaised()) {
             break;
         }
