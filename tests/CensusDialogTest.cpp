@@ -69,6 +69,7 @@ TEST_F(CensusDialogTest, ShowsTheTypesOfTheSearchWithItsTexts) {
         EXPECT_FALSE(Enabled(d, dlgStarDotStar::Export));
         for (const auto& [letter, enabled] : {std::pair{19, true}, {11, true}, {0, false}}) { // T L A
             EXPECT_EQ(d.findChild<QAction*>(QStringLiteral("mnuAlpha_%1").arg(letter))->isEnabled(), enabled);
+            EXPECT_EQ(d.findChild<QAction*>(QStringLiteral("mnuAlpha_%1").arg(letter))->text(), QString("&") + QChar('A' + letter));
         }
         EXPECT_TRUE(d.findChild<QAction*>("mnuFilter_0")->isChecked());
         d.grab(); // paints the two columns (a sanitized build checks what they read)

@@ -14,7 +14,9 @@
 #include "settings/modPProfile.h"
 
 #include <QCheckBox>
+#include <QApplication>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QCoreApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -182,12 +184,17 @@ TEST(dlgPreferences, CaptionsRulesAndWhatEachControlWrites) {
     EXPECT_EQ(key("DblClickShiftAction"), "2");
 
     auto* folder = dialog.findChild<QLineEdit*>("txtFolders_1");
+    dialog.show();
     for (const MessageAnswer answer : {MessageAnswer::No, MessageAnswer::Yes}) {
         folder->setText("/no/such/folder");
+        folder->setModified(true);
         prompts.answers = {answer};
-        dialog.AcceptFolder(1);
+        QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+        QApplication::sendEvent(folder, &enter);
+        EXPECT_TRUE(dialog.isVisible()) << "Enter takes the path, and the dialog stays";
         EXPECT_EQ(prompts.asked.back().text,
                   "The path entered as ' Copy File Target ' does not exist. Use it anyway?");
+        EXPECT_EQ(prompts.asked.back().buttons, MessageButtons::YesNoDefaultNo);
     }
     EXPECT_EQ(profile.ProfileGetString("paths", "LastCopyFileTarget", ""), "/no/such/folder");
 

@@ -213,7 +213,7 @@ TEST_F(GioDesktopTest, LongNamesGoToTheTrashOfTheirOwnFileSystem) {
         ~Unmount() { umount2(path.c_str(), MNT_DETACH); }
     } unmount{disk.Dir()};
     const std::string name(255, 'l'), uid = std::to_string(getuid());
-    for (const std::string trash : {".Trash-" + uid, ".Trash/" + uid}) {
+    for (const std::string& trash : {".Trash-" + uid, ".Trash/" + uid}) {
         disk.Folder(".Trash");
         chmod(disk.Path(".Trash").c_str(), trash[6] == '/' ? 01777 : 0777);
         disk.File("a/" + name);

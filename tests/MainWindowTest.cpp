@@ -1,7 +1,15 @@
 #include "WindowFixture.h"
 #include "app/ResultListModel.h"
 #include "fileops/FileCommands.h"
+#include "analysis/dlgDosLen.h"
+#include "analysis/dlgRegFiles.h"
+#include "analysis/dlgViewMasks.h"
+#include "app/dlgAbout.h"
+#include "fileops/FolderPickerDialog.h"
+#include "fileops/dlgCopyErr.h"
+#include "fileops/dlgOpenWith.h"
 #include "fileops/dlgProgress.h"
+#include "settings/dlgPreferences.h"
 #include "search/SearchStatus.h"
 
 #include <QAbstractButton>
@@ -10,7 +18,10 @@
 #include <QListWidget>
 #include <QRadioButton>
 #include <QHeaderView>
+#include <QMenuBar>
 #include <QTabBar>
+#include <QTabWidget>
+#include <map>
 #include <QToolButton>
 #include <QTest>
 #include <QWindow>
@@ -273,6 +284,9 @@ TEST_F(MainWindowTest, TheStartPathFromTheSelectMenuUpAndTheKeyboard) {
     Find<QLineEdit>("txtObjMask")->setText("*.txt");
     Key(root, Qt::Key_Return);
     EXPECT_EQ(Rows("List1"), QStringList{QString::fromStdString(tree.Path("picked/x.txt"))});
+    tree.File("picked/y.txt");
+    Key(Find<QCheckBox>("chkOpts_0"), Qt::Key_Return); // on an option box too
+    EXPECT_EQ(Rows("List1").size(), 2);
 }
 
 // The report view (a new settings file's default): columns sorted by a click on their header,
@@ -347,4 +361,88 @@ TEST(MainWindowSettings, ASettingsFileThatCannotBeUsedIsToldOnce) {
     EXPECT_EQ(profile.ProfileGetString("options", "LastFileMask", ""), "*.log");
 }
 
+} // namespace
+
+namespace {
+// Access keys offered at once that lead to more than one place, as "key: text / text".
+QStringList SharedAccessKeys(QWidget* window) {
+    QStringList shared;
+    const auto check = [&](const QStringList& texts) {
+        std::map<QChar, QStringList> keys;
+        for (const QString& text : texts) {
+            for (qsizetype i = text.indexOf('&'); i >= 0 && i + 1 < text.size(); i = text.indexOf('&', i + 2)) {
+                if (text[i + 1] != '&') {
+                    keys[text[i + 1].toLower()] << text;
+                    break;
+                }
+            }
+        }
+        for (const auto& [key, owners] : keys) {
+            if (owners.size() > 1) {
+                shared << QString(key) + ": " + owners.join(" / ");
+            }
+        }
+    };
+    QStringList texts;
+    for (QWidget* w : window->findChildren<QWidget*>()) {
+        if (!w->isVisibleTo(window)) {
+            continue;
+        }
+        if (auto* button = qobject_cast<QAbstractButton*>(w)) {
+            texts << button->text();
+        } else if (auto* label = qobject_cast<QLabel*>(w); label && label->buddy()) {
+            texts << label->text();
+        } else if (auto* tabs = qobject_cast<QTabBar*>(w)) {
+            for (int i = 0; i < tabs->count(); ++i) {
+                texts << tabs->tabText(i);
+            }
+        } else if (auto* bar = qobject_cast<QMenuBar*>(w)) {
+            for (QAction* menu : bar->actions()) {
+                texts << menu->text();
+            }
+        }
+    }
+    check(texts);
+    for (QMenu* menu : window->findChildren<QMenu*>()) {
+        QStringList items;
+        for (QAction* action : menu->actions()) {
+            if (action->isVisible()) {
+                items << action->text();
+            }
+        }
+        check(items);
+    }
+    return shared;
+}
+} // namespace
+
+namespace {
+TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
+    tree.File("a.txt");
+    Search(tree.Root(), "*.*");
+    std::vector<std::pair<QString, QStringList>> found = {{"main window", SharedAccessKeys(window.get())}};
+    dlgPreferences preferences(*profile, prompts, {});
+    for (int tab = 0; tab < 5; ++tab) {
+        preferences.findChild<QTabWidget*>("tsPrefs")->setCurrentIndex(tab);
+        found.push_back({"preferences tab " + QString::number(tab), SharedAccessKeys(&preferences)});
+    }
+    prompts.modals.push_back([&](QDialog* census) { found.push_back({"census", SharedAccessKeys(census)}); return 2; });
+    window->ShowFileTypes();
+    dlgRegFiles registered(*profile, prompts);
+    dlgViewMasks viewMasks;
+    dlgDosLen dosLen;
+    dlgCopyErr notProcessed(*profile, prompts, desktop);
+    FolderPickerDialog picker({"Select Folder", "Pick one", "/", tree.Root(), {}});
+    dlgOpenWith openWith({tree.Path("a.txt"), "text/plain", {}, {}});
+    dlgAbout about(desktop);
+    for (auto [name, dialog] : std::initializer_list<std::pair<const char*, QWidget*>>{
+             {"registered types", &registered}, {"view masks", &viewMasks}, {"DOS length", &dosLen},
+             {"files not processed", &notProcessed}, {"folder picker", &picker}, {"open with", &openWith},
+             {"about", &about}}) {
+        found.push_back({name, SharedAccessKeys(dialog)});
+    }
+    for (const auto& [name, shared] : found) {
+        EXPECT_EQ(shared, QStringList()) << name.toStdString();
+    }
+}
 } // namespace

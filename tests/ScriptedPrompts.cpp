@@ -9,7 +9,8 @@ bool IsButtonOf(MessageAnswer answer, MessageButtons buttons) {
     switch (buttons) {
     case MessageButtons::Ok: return answer == A::Ok;
     case MessageButtons::OkCancel: return answer == A::Ok || answer == A::Cancel;
-    case MessageButtons::YesNo: return answer == A::Yes || answer == A::No;
+    case MessageButtons::YesNo:
+    case MessageButtons::YesNoDefaultNo: return answer == A::Yes || answer == A::No;
     case MessageButtons::YesNoCancel: return answer != A::Ok;
     }
     return false;

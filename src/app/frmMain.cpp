@@ -160,6 +160,7 @@ void frmMain::BuildControls() {
         chkOpts[i] = new QCheckBox(tr(optionTexts[i]), central);
         chkOpts[i]->setObjectName(QStringLiteral("chkOpts_%1").arg(i));
         connect(chkOpts[i], &QCheckBox::clicked, this, [this, i] { OptionClicked(i); });
+        chkOpts[i]->installEventFilter(this); // Enter searches, as in the fields
         options->addWidget(chkOpts[i]);
     }
     chkOpts[0]->setChecked(true);
@@ -170,6 +171,7 @@ void frmMain::BuildControls() {
         optListTypes[i] = new QRadioButton(tr(typeTexts[i]), central);
         optListTypes[i]->setObjectName(QStringLiteral("optListTypes_%1").arg(i));
         listTypes->addButton(optListTypes[i], i);
+        optListTypes[i]->installEventFilter(this);
         options->addWidget(optListTypes[i]);
     }
     optListTypes[0]->setChecked(true);

@@ -2,9 +2,12 @@
 
 #include "app/ResultListModel.h"
 #include "app/frmMain.h"
+
+#include <QAbstractButton>
 #include "fileops/modShell.h"
 #include "settings/modPProfile.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
@@ -119,6 +122,16 @@ QMenu* frmMain::PopupForShownList() const {
 }
 
 bool frmMain::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::KeyPress && qobject_cast<QAbstractButton*>(watched) != nullptr) {
+        // An option box has the focus: Enter searches, as it does in the fields.
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            if (!searching_) {
+                SearchButtonClicked();
+            }
+            return true;
+        }
+    }
     // Shift counts as it was when the mouse went down.
     if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) {
         shiftAtPress_ = static_cast<QMouseEvent*>(event)->modifiers() & Qt::ShiftModifier;

@@ -11,7 +11,8 @@
 class QDialog;
 
 enum class MessageIcon { None, Information, Warning, Critical, Question };
-enum class MessageButtons { Ok, OkCancel, YesNo, YesNoCancel };
+// The buttons of a message box; the first is the default but where the name says otherwise.
+enum class MessageButtons { Ok, OkCancel, YesNo, YesNoCancel, YesNoDefaultNo };
 enum class MessageAnswer { Ok, Cancel, Yes, No };
 
 // A place the folder picker offers to jump to: the home folder, a mounted volume.

@@ -85,8 +85,11 @@ MessageAnswer QtPrompts::Message(const QString& text, MessageIcon icon, MessageB
     box.setIcon(kIcons[static_cast<int>(icon)]);
     static constexpr QMessageBox::StandardButtons kButtons[] = {
         QMessageBox::Ok, QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Yes | QMessageBox::No,
-        QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel};
+        QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::Yes | QMessageBox::No};
     box.setStandardButtons(kButtons[static_cast<int>(buttons)]);
+    if (buttons == MessageButtons::YesNoDefaultNo) {
+        box.setDefaultButton(QMessageBox::No);
+    }
     if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
         // The widest text a box takes on this screen (as QMessageBox limits itself).
         const QScreen* screen = box.screen();
@@ -171,7 +174,7 @@ ConflictAnswer QtPrompts::AskConflict(const QString& text) {
     box.addButton(QMessageBox::Cancel);
     box.setDefaultButton(skip);
     box.setEscapeButton(QMessageBox::Cancel);
-    auto* forAll = new QCheckBox(tr("Do the &same for every other name already there"));
+    auto* forAll = new QCheckBox(tr("Do the same for &every other name already there"));
     box.setCheckBox(forAll);
     box.exec();
     const ConflictChoice choice = box.clickedButton() == skip      ? ConflictChoice::Skip

@@ -16,6 +16,7 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -150,7 +151,8 @@ dlgPreferences::dlgPreferences(modPProfile& profile, Prompts& prompts,
     tsPrefs->addTab(ViewTab(), tr("View Options"));
     auto* buttons = new QDialogButtonBox(this);
     buttons->addButton(tr("&OK"), QDialogButtonBox::AcceptRole)->setObjectName("cmdOK");
-    buttons->addButton(tr("&Cancel"), QDialogButtonBox::RejectRole)->setObjectName("cmdCancel");
+    // "&C" is the Confirmation tab's.
+    buttons->addButton(tr("Ca&ncel"), QDialogButtonBox::RejectRole)->setObjectName("cmdCancel");
     connect(buttons, &QDialogButtonBox::accepted, this, [this] {
         CommitMasks();
         accept();
@@ -266,6 +268,7 @@ QWidget* dlgPreferences::FoldersTab() {
         Label3[i]->installEventFilter(this);
         txtFolders[i] = new QLineEdit(tab);
         txtFolders[i]->setObjectName(QStringLiteral("txtFolders_%1").arg(i));
+        txtFolders[i]->installEventFilter(this);
         connect(txtFolders[i], &QLineEdit::editingFinished, this, [this, i] {
             if (txtFolders[i]->isModified()) {
                 AcceptFolder(i);
@@ -298,6 +301,7 @@ QWidget* dlgPreferences::MasksTab() {
     connect(lstMasks, &QListWidget::itemDoubleClicked, this, [this] { MaskCommand(2); });
     txtMask = new QLineEdit(tab);
     txtMask->setObjectName("txtMask");
+    txtMask->installEventFilter(this);
     auto* buttons = new QVBoxLayout;
     const char* captions[] = {QT_TR_NOOP("&Delete"), QT_TR_NOOP("&Add"), QT_TR_NOOP("&Select"),
                               QT_TR_NOOP("&Reload"), QT_TR_NOOP("Sor&t")};
@@ -507,7 +511,7 @@ void dlgPreferences::AcceptFolder(int index) {
     if (!exists &&
         prompts_.Message(tr("The path entered as ' %1 ' does not exist. Use it anyway?")
                              .arg(tr(kFolders[index].label)),
-                         MessageIcon::Warning, MessageButtons::YesNo) != MessageAnswer::Yes) {
+                         MessageIcon::Warning, MessageButtons::YesNoDefaultNo) != MessageAnswer::Yes) {
         txtFolders[index]->setText(Bytes(profile_.Settings().*(kFolders[index].field)));
         txtFolders[index]->setModified(false);
         return;
@@ -540,6 +544,23 @@ bool dlgPreferences::eventFilter(QObject* watched, QEvent* event) {
                 PickFolder(i);
                 return true;
             }
+        }
+    }
+    // Enter in an entry takes what was typed there, and leaves the dialog open.
+    const auto* key = static_cast<const QKeyEvent*>(event);
+    if (event->type() == QEvent::KeyPress &&
+        (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter)) {
+        for (int i = 0; i < 8; ++i) {
+            if (watched == txtFolders[i]) {
+                if (txtFolders[i]->isModified()) {
+                    AcceptFolder(i);
+                }
+                return true;
+            }
+        }
+        if (watched == txtMask) {
+            MaskCommand(1);
+            return true;
         }
     }
     return QDialog::eventFilter(watched, event);
