@@ -41,6 +41,10 @@ public:
         };
         app("recorder.desktop", "Name=Recorder\nIcon=text-editor\nExec=" + Bin("record") +
                                     " %f\nMimeType=text/plain;inode/directory;\n");
+        // This program made the default for folders: never asked to show one.
+        WriteBytes(Bin("tallymoor"), "#!/bin/sh\ntouch \"$(dirname \"$0\")/received\"\n");
+        chmod(Bin("tallymoor").c_str(), 0755);
+        app("self.desktop", "Name=Tallymoor\nExec=" + Bin("tallymoor") + " %f\nMimeType=inode/directory;\n");
         app("mailer.desktop",
             "Name=Mail Recorder\nExec=" + Bin("record") + " %u\nMimeType=x-scheme-handler/mailto;\n");
         app("counter.desktop", "Name=Counter\nExec=sh -c \"wc -c %f > wc.out\"\n");
@@ -50,11 +54,11 @@ public:
         // What update-desktop-database makes of the entries' MimeType keys; GIO reads this.
         WriteBytes(t.Path("data/applications/mimeinfo.cache"),
                    "[MIME Cache]\ntext/plain=recorder.desktop;helper.desktop;\n"
-                   "inode/directory=recorder.desktop;\n"
+                   "inode/directory=self.desktop;recorder.desktop;\n"
                    "x-scheme-handler/mailto=mailer.desktop;\n");
         WriteBytes(t.Path("config/mimeapps.list"),
                    "[Default Applications]\ntext/plain=recorder.desktop\n"
-                   "inode/directory=recorder.desktop\n");
+                   "inode/directory=self.desktop\n");
         setenv("XDG_DATA_HOME", t.Path("data").c_str(), 1);
         setenv("XDG_DATA_DIRS", t.Path("share").c_str(), 1);
         setenv("XDG_CONFIG_HOME", t.Path("config").c_str(), 1);
@@ -112,9 +116,11 @@ TEST_F(GioDesktopTest, TheApplicationGetsTheFileExactlyAndStartsInItsFolder) {
     EXPECT_TRUE(prompts.asked.empty());
     EXPECT_TRUE(desktop.OpenUrl("mailto:support@tallymoor.example"));
     EXPECT_EQ(Received().at(1), "mailto:support@tallymoor.example") << "the scheme's application";
+    EXPECT_TRUE(desktop.Explore(t.Path("docs"))) << "no file manager on D-Bus: never this program";
+    EXPECT_EQ(Received().at(1), t.Path("docs"));
     fileManagerAnswers = true; // the file manager shows folders when it answers on D-Bus
     EXPECT_TRUE(desktop.Explore(t.Path("docs")));
-    EXPECT_EQ(asked, std::vector<std::string>{"ShowFolders file://" + t.Path("docs")});
+    EXPECT_EQ(asked.back(), "ShowFolders file://" + t.Path("docs"));
 }
 
 // An Exec line (or a command of the user's own) that hands the file to a shell inside quotes:

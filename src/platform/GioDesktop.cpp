@@ -118,6 +118,39 @@ ApplicationChoice ChoiceOf(GAppInfo* app) {
     return choice;
 }
 
+constexpr const char* kFolderType = "inode/directory";
+constexpr const char* kThisDesktopId = "example.tallymoor.Tallymoor.desktop"; // as installed
+
+// Whether `app` is this program: a folder it is asked to show must go to a file manager.
+bool IsThisProgram(GAppInfo* app) {
+    const char* id = g_app_info_get_id(app);
+    const char* executable = g_app_info_get_executable(app);
+    GText name(executable != nullptr ? g_path_get_basename(executable) : nullptr);
+    return (id != nullptr && std::strcmp(id, kThisDesktopId) == 0) ||
+           (name && std::strcmp(name.get(), "tallymoor") == 0);
+}
+
+// The application that shows folders: the desktop's choice, else the first that offers to,
+// never this program.
+GAppInfo* FileManagerApplication() {
+    GAppInfo* chosen = g_app_info_get_default_for_type(kFolderType, FALSE);
+    if (chosen != nullptr && !IsThisProgram(chosen)) {
+        return chosen;
+    }
+    if (chosen != nullptr) {
+        g_object_unref(chosen);
+        chosen = nullptr;
+    }
+    AppList all{g_app_info_get_all_for_type(kFolderType)};
+    for (GList* a = all.list; a != nullptr && chosen == nullptr; a = a->next) {
+        auto* app = static_cast<GAppInfo*>(a->data);
+        if (!IsThisProgram(app) && g_app_info_should_show(app)) {
+            chosen = static_cast<GAppInfo*>(g_object_ref(app));
+        }
+    }
+    return chosen;
+}
+
 } // namespace
 
 GioDesktop::GioDesktop(Prompts& prompts, FileManager fileManager)
@@ -170,7 +203,9 @@ bool GioDesktop::Launch(GAppInfo* app, const std::string& target, bool isUri) {
 }
 
 bool GioDesktop::OpenWithDefaultFor(const std::string& contentType, const std::string& path) {
-    GObjectPtr<GAppInfo> app(g_app_info_get_default_for_type(contentType.c_str(), FALSE));
+    GObjectPtr<GAppInfo> app(contentType == kFolderType
+                                 ? FileManagerApplication()
+                                 : g_app_info_get_default_for_type(contentType.c_str(), FALSE));
     if (!app) {
         // Nothing is associated with the type: let the user choose.
         return OpenWith(path);
@@ -213,7 +248,18 @@ bool GioDesktop::OpenUrl(const std::string& url) {
 
 bool GioDesktop::Explore(const std::string& path) {
     GText uri(g_filename_to_uri(path.c_str(), nullptr, nullptr));
-    return (uri && fileManager_("ShowFolders", uri.get())) || Open(path);
+    if (uri && fileManager_("ShowFolders", uri.get())) {
+        return true;
+    }
+    GObjectPtr<GAppInfo> app(FileManagerApplication());
+    if (!app) {
+        prompts_.Message(Text::tr("Could not show ' %1 ': no file manager is set up on this "
+                                  "desktop.")
+                             .arg(DisplayPath(path)),
+                         MessageIcon::Critical, MessageButtons::Ok);
+        return false;
+    }
+    return Launch(app.get(), path);
 }
 
 bool GioDesktop::ShowProperties(const std::string& path) {
