@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QCoreApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -197,6 +198,13 @@ TEST(dlgPreferences, CaptionsRulesAndWhatEachControlWrites) {
         EXPECT_EQ(prompts.asked.back().buttons, MessageButtons::YesNoDefaultNo);
     }
     EXPECT_EQ(profile.ProfileGetString("paths", "LastCopyFileTarget", ""), "/no/such/folder");
+    prompts.folders = {""}; // a click on the label: the picker of every purpose, its places too
+    QMouseEvent click(QEvent::MouseButtonRelease, {1, 1}, {1, 1}, Qt::LeftButton, Qt::NoButton, {});
+    QApplication::sendEvent(dialog.findChild<QLabel*>("Label3_1"), &click);
+    const FolderRequest& picking = prompts.folderRequests.at(0);
+    EXPECT_EQ(std::tie(picking.caption, picking.prompt), std::make_tuple(QString("Select Folder"),
+              QString("Select the folder representing the default path for ' Copy File Target '")));
+    EXPECT_EQ(picking.places.at(0).path, "/home/ann/");
 
     auto* masks = dialog.findChild<QListWidget*>("lstMasks");
     auto* entry = dialog.findChild<QLineEdit*>("txtMask");

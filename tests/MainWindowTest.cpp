@@ -444,5 +444,11 @@ TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
     for (const auto& [name, shared] : found) {
         EXPECT_EQ(shared, QStringList()) << name.toStdString();
     }
+    auto* typed = picker.findChild<QLineEdit*>("txtPath"); // a path typed or pasted
+    for (const std::string& path : {tree.Dir(), tree.Path("a.txt")}) {
+        typed->clear();
+        QTest::keyClicks(typed, QString::fromStdString(path));
+        EXPECT_EQ(picker.SelectedFolder(), path == tree.Dir() ? path : "") << "a folder, or nothing";
+    }
 }
 } // namespace

@@ -5,11 +5,13 @@
 #include <QInputDialog>
 #include <QListWidget>
 #include <QMessageBox>
+#include <QDir>
 #include <QEvent>
 #include <QFile>
 #include <QFileSystemModel>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -69,14 +71,27 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
         Show(item->data(Qt::UserRole).toString());
     });
 
+    path_ = new QLineEdit(this);
+    path_->setObjectName("txtPath");
+    auto* pathLabel = new QLabel(tr("Fol&der:"), this);
+    pathLabel->setBuddy(path_);
+    connect(path_, &QLineEdit::textEdited, this, [this] {
+        typed_ = true;
+        ok_->setEnabled(!SelectedFolder().empty());
+    });
+
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     auto* newFolder = buttons->addButton(tr("&New Folder..."), QDialogButtonBox::ActionRole);
     newFolder->setObjectName("cmdNewFolder");
     connect(newFolder, &QPushButton::clicked, this, &FolderPickerDialog::MakeFolder);
     ok_ = buttons->button(QDialogButtonBox::Ok);
-    ok_->setEnabled(tree_->currentIndex().isValid());
-    connect(tree_->selectionModel(), &QItemSelectionModel::currentChanged, this,
-            [this](const QModelIndex& current) { ok_->setEnabled(current.isValid()); });
+    const auto picked = [this](const QModelIndex& current) {
+        typed_ = false;
+        path_->setText(current.isValid() ? model_->filePath(current) : QString());
+        ok_->setEnabled(current.isValid());
+    };
+    picked(tree_->currentIndex());
+    connect(tree_->selectionModel(), &QItemSelectionModel::currentChanged, this, picked);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
@@ -86,8 +101,12 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
     middle->addWidget(places);
     middle->addWidget(tree_, 1);
     layout->addLayout(middle, 1);
+    auto* pathRow = new QHBoxLayout;
+    pathRow->addWidget(pathLabel);
+    pathRow->addWidget(path_, 1);
+    layout->addLayout(pathRow);
     layout->addWidget(buttons);
-    resize(request.places.empty() ? 420 : 600, 480);
+    resize(600, 480); // the same for every purpose
 }
 
 void FolderPickerDialog::MakeFolder() {
@@ -136,6 +155,18 @@ bool FolderPickerDialog::eventFilter(QObject* watched, QEvent* event) {
 }
 
 std::string FolderPickerDialog::SelectedFolder() const {
+    if (typed_) {
+        QString text = path_->text().trimmed();
+        if (text == QLatin1String("~") || text.startsWith(QLatin1String("~/"))) {
+            text.replace(0, 1, QDir::homePath());
+        }
+        const std::string typed = QFile::encodeName(text).toStdString();
+        struct stat st {};
+        return !typed.empty() && typed.front() == '/' && stat(typed.c_str(), &st) == 0 &&
+                       S_ISDIR(st.st_mode)
+                   ? typed
+                   : std::string();
+    }
     const QModelIndex current = tree_->currentIndex();
     if (!current.isValid()) {
         return {};

@@ -6,11 +6,14 @@
 #include <string>
 
 class QFileSystemModel;
+class QLineEdit;
 class QTreeView;
 class QPushButton;
 
-// The folder picker: a caption, a prompt, and a tree of folders below the purpose's root with
-// the start folder selected. OK is enabled only while a folder is selected.
+// The folder picker: a caption, a prompt, a tree of folders below the purpose's root with the
+// start folder selected, the places beside it, and the chosen folder's path in a field where a
+// path can also be typed or pasted ("~" is the home folder). OK is enabled only while the
+// selection or the typed path is a folder.
 class FolderPickerDialog : public QDialog {
     Q_OBJECT
 public:
@@ -33,4 +36,6 @@ private:
     QString following_;
     QTreeView* tree_;
     QPushButton* ok_;
+    QLineEdit* path_;    // the folder chosen, as a path to read, type or paste
+    bool typed_ = false; // the path was typed rather than picked in the tree
 };

@@ -96,6 +96,9 @@ dlgCopyErr::dlgCopyErr(modPProfile& profile, Prompts& prompts, Desktop& desktop,
     ListView1->setDefaultDropAction(Qt::CopyAction);
     ListView1->setTextElideMode(Qt::ElideMiddle);
     ListView1->verticalHeader()->hide();
+    // Rows as high as a line of text, as in the result lists (a table's default is taller).
+    ListView1->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    ListView1->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     ListView1->setItemDelegate(
         new ListCellDelegate(profile_.Settings(), ListView1->horizontalHeader(), false, ListView1));
     Text1->setObjectName("Text1");

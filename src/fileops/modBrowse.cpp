@@ -129,6 +129,11 @@ std::vector<FolderPlace> StartingPlaces(const std::string& home, const std::stri
     return places;
 }
 
+std::vector<FolderPlace> StartingPlaces(const modPProfile& profile) {
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    return StartingPlaces(profile.RootFolder(), runtime ? runtime : "");
+}
+
 std::string PickFolder(int purpose, bool remember, const std::string& rootFieldText,
                        modPProfile& profile, Prompts& prompts) {
     const AppSettings& s = profile.Settings();
@@ -164,9 +169,8 @@ std::string PickFolder(int purpose, bool remember, const std::string& rootFieldT
         start = profile.RootFolder();
     }
     const Purpose p = PurposeOf(purpose);
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
     FolderRequest request{p.caption, p.prompt, RootFolderOf(p.root), start,
-                          StartingPlaces(profile.RootFolder(), runtime ? runtime : "")};
+                          StartingPlaces(profile)};
     const std::string picked = prompts.PickFolder(request);
     if (!picked.empty() && remember) {
         RememberPickedFolder(purpose, picked, profile);

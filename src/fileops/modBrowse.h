@@ -34,6 +34,8 @@ std::string RootFolderOf(BrowseRoot root);
 // The places offered beside the tree: the home folder, the file system, and every volume mounted
 // under /media, /run/media or /mnt and every GVFS mount (`runtimeDir`/gvfs), by their names.
 std::vector<FolderPlace> StartingPlaces(const std::string& home, const std::string& runtimeDir);
+// The same for this session: the settings' home folder, the session's runtime folder.
+std::vector<FolderPlace> StartingPlaces(const modPProfile& profile);
 
 // `PickFolder`: asks for a folder for `purpose`; `rootFieldText` is the root path field's text
 // (the start for purpose 6). Returns the path picked, empty on cancel; remembers a pick when

@@ -1,6 +1,7 @@
 #include "settings/dlgPreferences.h"
 
 #include "fileops/dlgProgress.h"
+#include "fileops/modBrowse.h"
 #include "platform/Prompts.h"
 #include "search/SearchStatus.h"
 #include "search/SortStrings.h"
@@ -529,7 +530,7 @@ void dlgPreferences::PickFolder(int index) {
          tr("Select the folder representing the default path for ' %1 '").arg(label),
          "/",
          current,
-         {}});
+         modBrowse::StartingPlaces(profile_)});
     if (!picked.empty()) {
         txtFolders[index]->setText(Bytes(picked));
         txtFolders[index]->setModified(true);
