@@ -7,6 +7,8 @@
 #include <QMimeData>
 #include <QRadioButton>
 
+#include <QTabBar>
+
 namespace {
 
 using ShellMenusTest = WindowFixture;
@@ -99,15 +101,28 @@ TEST_F(ShellMenusTest, TheFolderPopupExploresAndSetsTheStartPath) {
 // "Filter" makes the view of the current item's type; the multiple-types dialog, unchecked,
 // makes the File Mask instead.
 TEST_F(ShellMenusTest, FiltersMakeViewsOrAMask) {
-    for (const char* f : {"a.htm", "b.html", "c.txt"}) {
+    for (const char* f : {"a.htm", "b.html", "c.txt", ".bashrc", "README"}) {
         tree.File(f);
     }
     Search(tree.Root(), "*.*");
     auto* list = Find<QTreeView>("List1");
-    list->setCurrentIndex(list->model()->index(
-        static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path("a.htm")))), 0));
-    window->findChild<QAction*>("mnuListPop_5")->trigger();
-    EXPECT_EQ(window->Views()[1].caption, "*.htm (1)") << "no .html in it";
+    // The type of the row as the census offers it; "." for a name without one.
+    for (const auto& [file, caption] : {std::pair{"a.htm", "*.htm (1)"}, {".bashrc", "*.bashrc (1)"}, {"README", "*. (1)"}}) {
+        Find<QTabBar>("tsResults")->setCurrentIndex(0);
+        list->setCurrentIndex(list->model()->index(
+            static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path(file)))), 0));
+        window->findChild<QAction*>("mnuListPop_5")->trigger();
+        EXPECT_EQ(window->Views()[window->Views().Count() - 1].caption, caption) << "no .html in .htm";
+        EXPECT_EQ(window->Views()[window->Views().Count() - 1].rows.size(), 1u) << file;
+    }
+    prompts.modals.push_back([](QDialog* d) { // a compound mask's view: the mask alone
+        for (const char* type : {".htm", ".txt"}) {
+            d->findChild<QListWidget*>("lstExtensions")->findItems(type, Qt::MatchExactly).at(0)->setSelected(true);
+        }
+        return static_cast<int>(QDialog::Accepted);
+    });
+    window->findChild<QAction*>("mnuMasks_3")->trigger();
+    EXPECT_EQ(window->Views()[window->Views().Count() - 1].caption, "*.htm  *.txt  ");
     prompts.modals.push_back([](QDialog* d) {
         auto* types = d->findChild<QListWidget*>("lstExtensions");
         types->findItems(".txt", Qt::MatchExactly).at(0)->setSelected(true);
@@ -118,7 +133,7 @@ TEST_F(ShellMenusTest, FiltersMakeViewsOrAMask) {
     window->findChild<QAction*>("mnuMasks_3")->trigger();
     EXPECT_EQ(Find<QLineEdit>("txtObjMask")->text(), "*.txt; ");
     EXPECT_TRUE(Find<QRadioButton>("optListTypes_0")->isChecked());
-    EXPECT_EQ(window->Views().Count(), 2) << "no view when unchecked";
+    EXPECT_EQ(window->Views().Count(), 5) << "no view when unchecked";
 }
 
 } // namespace

@@ -103,6 +103,19 @@ std::string TypeExportFileName(std::string_view extension) {
     return "results for " + bare + ".txt";
 }
 
+void MarkTypeless(FileDataArray& store, const std::function<void()>& step) {
+    const int32_t upper = store.UBound();
+    const int32_t interval = upper / 20 + 1;
+    for (int32_t i = 0; i <= upper; ++i) {
+        if (step && i % interval == 1) {
+            step();
+        }
+        if (store.ExtensionNumberOf(i) == 0) {
+            store.SetExtension(i, ".");
+        }
+    }
+}
+
 void Census::Build(FileDataArray& store, int filterIndex,
                    const std::function<void(const QString&)>& message,
                    const std::function<void()>& step) {
@@ -115,14 +128,7 @@ void Census::Build(FileDataArray& store, int filterIndex,
         return;
     }
     const int32_t interval = upper / 20 + 1;
-    for (int32_t i = 0; i <= upper; ++i) {
-        if (i % interval == 1) {
-            step();
-        }
-        if (store.ExtensionNumberOf(i) == 0) {
-            store.SetExtension(i, ".");
-        }
-    }
+    MarkTypeless(store, step);
 
     // The store numbers each extension, so records are counted by that number: one pass, no
     // string compared per record.

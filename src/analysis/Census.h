@@ -41,6 +41,10 @@ std::pair<std::string_view, std::string_view> FirstToken(std::string_view text, 
 std::string CensusReportFileName(int filterIndex);
 std::string TypeExportFileName(std::string_view extension);
 
+// Marks every record without an extension (files without one, and folders) as the type ".",
+// as the census counts them; `step` runs now and then.
+void MarkTypeless(FileDataArray& store, const std::function<void()>& step = {});
+
 class Census {
 public:
     // Counts every record of the store by extension, in one pass, and writes "." into records

@@ -94,10 +94,8 @@ int ResultViews::AddMaskView(const QString& mask, std::vector<int32_t> rows) {
     if (FindViewByTag(mask) >= 0) {
         return -1;
     }
-    views_.push_back({mask, mask, std::move(rows), mask});
-    const int tab = Count() - 1;
-    SetViewCaption(tab, mask, static_cast<int>(views_.back().rows.size()));
-    return tab;
+    views_.push_back({Spaced(mask), mask, std::move(rows), mask, false});
+    return Count() - 1;
 }
 
 int ResultViews::FindRow(int tab, std::string_view path) const {
@@ -140,6 +138,8 @@ void ResultViews::RemoveFromViews(std::string_view path, const QString& mask, Ob
     first.tag = QCoreApplication::translate("ResultViews", "%1 files (%2)").arg(Spaced(mask), left);
     for (int tab = 1; tab < Count(); ++tab) {
         const ResultView& view = views_[static_cast<size_t>(tab)];
-        SetViewCaption(tab, view.mask, static_cast<int>(view.rows.size()));
+        if (view.counted) {
+            SetViewCaption(tab, view.mask, static_cast<int>(view.rows.size()));
+        }
     }
 }

@@ -17,6 +17,7 @@ struct ResultView {
     QString tag;
     std::vector<int32_t> rows;
     QString mask; // what its caption names, before the count ("*.txt", "*.doc; *.txt; ")
+    bool counted = true; // a type's view gives its count; a compound mask's view the mask alone
 };
 
 // The result views of the window: the first over every record of the search, the others over

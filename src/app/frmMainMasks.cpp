@@ -1,11 +1,14 @@
 // The Masks menu's dialogs: the desktop's registered types, and views (or a new File Mask) made
 // of the types the last search found.
 
+#include "analysis/Census.h"
 #include "analysis/CompoundMask.h"
 #include "analysis/dlgRegFiles.h"
 #include "analysis/dlgViewMasks.h"
 #include "app/ResultListModel.h"
 #include "app/frmMain.h"
+
+#include "analysis/Census.h"
 #include "platform/Prompts.h"
 #include "search/PathText.h"
 #include "search/SearchStatus.h"
@@ -57,11 +60,14 @@ void frmMain::FilterOnCurrentType() {
     if (!current.isValid() || ModelOf(list)->ItemIndexAt(current.row()) < 0) {
         return;
     }
-    const FileDataEntry& record = session_.Store()[ModelOf(list)->ItemIndexAt(current.row())];
-    const std::string extension = LowerCaseName(ExtensionOfPath(std::string(record.FullPath())));
-    if (!extension.empty()) {
-        CreateTypeViews({{0, extension}});
+    // The type as the census has it: ".bashrc" for ".bashrc", "." for a name without one.
+    const std::string_view stored =
+        session_.Store()[ModelOf(list)->ItemIndexAt(current.row())].Extension();
+    const bool typeless = stored.empty() || stored == ".";
+    if (typeless) {
+        MarkTypeless(session_.Store());
     }
+    CreateTypeViews({{0, typeless ? std::string(".") : std::string(stored)}});
 }
 
 void frmMain::FilterOnMultipleTypes(bool viewEach) {
