@@ -95,12 +95,25 @@ TEST(MaskDialogs, TheirTextsAndTheMasksTheyBuild) {
     modPProfile profile(t.Path("s.ini"), "/home/ann");
     profile.Start();
     ScriptedPrompts prompts;
-    for (const auto& [mask, built] : {std::pair{"*.txt; *.html", "*.html; *.txt; "}, {"*.htm", "*.htm; "},
-                                      {"*.ht; *.tx", "*.ht; *.tx"}, {"*.*", "*.*"}}) {
+    // The mask as passed in (a pattern the list lacks too); the lines beginning with its types
+    // selected, also across a change of mode.
+    for (const auto& [mask, selected] : {std::pair{"*.txt; *.html", "*.html; *.txt; "}, {"*.htm", "*.htm; "},
+                                         {"*.txt; *.nonesuch", "*.txt; "}, {"*.*", ""}}) {
         dlgRegFiles registered(profile, prompts);
         registered.PrefillList();
         registered.SetCurrentObjectMask(mask);
-        EXPECT_EQ(registered.CurrentObjectMask(), built) << "selected from the mask, in list order";
+        for (const int mode : {1, 0}) {
+            if (mode == 1) {
+                prompts.modals.push_back([](QDialog*) { return static_cast<int>(QDialog::Accepted); });
+            }
+            registered.FilterMenu(mode == 1 ? 3 : 0); // DOS only (length 3), and back
+            EXPECT_EQ(registered.CurrentObjectMask(), mask);
+            QString picked;
+            for (const QListWidgetItem* item : registered.findChild<QListWidget*>("lstSelected")->findItems("*", Qt::MatchWildcard)) {
+                picked += "*" + item->text() + "; ";
+            }
+            EXPECT_EQ(picked, mode == 1 && std::string(mask).find("html") != std::string::npos ? "*.txt; " : selected) << mask;
+        }
     }
     dlgRegFiles registered(profile, prompts);
     registered.PrefillList();
@@ -108,6 +121,8 @@ TEST(MaskDialogs, TheirTextsAndTheMasksTheyBuild) {
     EXPECT_TRUE(count().startsWith("&Registered File Extensions (all) : ")) << count().toStdString();
     prompts.modals.push_back([](QDialog* d) {
         d->findChild<QComboBox*>("Combo1")->setCurrentText("2");
+        EXPECT_EQ(d->findChild<QCheckBox*>("chkReload")->text(), "&Keep this length for the next time");
+        d->findChild<QCheckBox*>("chkReload")->setChecked(true);
         return static_cast<int>(QDialog::Accepted);
     });
     registered.FilterMenu(3);

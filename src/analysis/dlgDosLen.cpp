@@ -20,16 +20,16 @@ dlgDosLen::dlgDosLen(QWidget* parent) : QDialog(parent) {
         Combo1->addItem(QString::number(i));
     }
     label->setBuddy(Combo1);
-    // Kept for its place in the dialog; the list is refilled on OK in any case.
-    chkReload = new QCheckBox(this);
+    // The list is refilled with the length on OK in any case; the box keeps it for later runs.
+    chkReload = new QCheckBox(tr("&Keep this length for the next time"), this);
     chkReload->setObjectName("chkReload");
-    chkReload->hide();
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(label);
     layout->addWidget(Combo1);
+    layout->addWidget(chkReload);
     layout->addWidget(buttons);
 }
 
@@ -43,4 +43,8 @@ void dlgDosLen::InitDialog(int dosLength) {
 
 int dlgDosLen::GetDosLen() const {
     return Combo1->currentText().toInt();
+}
+
+bool dlgDosLen::KeepLength() const {
+    return chkReload->isChecked();
 }

@@ -16,6 +16,8 @@ public:
     void InitDialog(int dosLength);
     // The characters chosen after the dot.
     int GetDosLen() const;
+    // Whether the length is to be kept for later runs (`chkReload`, cleared by InitDialog).
+    bool KeepLength() const;
 
 private:
     QComboBox* Combo1;

@@ -93,26 +93,39 @@ void dlgRegFiles::PrefillList() {
 }
 
 void dlgRegFiles::SetCurrentObjectMask(const QString& mask) {
+    // The mask stays as it was passed in (a pattern the list lacks too) until the user picks.
     txtObjMask->setText(mask);
+    std::vector<QString> extensions;
+    for (const QString& extension : MaskExtensions(mask)) {
+        extensions.push_back(extension);
+    }
+    Select(extensions);
+    lstExtensions->scrollToTop();
+}
+
+void dlgRegFiles::Select(const std::vector<QString>& extensions) {
     {
         const QSignalBlocker quiet(lstExtensions);
-        for (const QString& extension : MaskExtensions(mask)) {
+        for (const QString& extension : extensions) {
+            // The first line that begins with it, as the list is sorted.
             for (int row = 0; row < lstExtensions->count(); ++row) {
-                // The whole extension before the tab: ".htm" is not ".html".
-                if (lstExtensions->item(row)
-                        ->text()
-                        .section(QLatin1Char('\t'), 0, 0)
-                        .compare(extension, Qt::CaseInsensitive) == 0) {
+                if (lstExtensions->item(row)->text().startsWith(extension, Qt::CaseInsensitive)) {
                     lstExtensions->item(row)->setSelected(true);
                     break;
                 }
             }
         }
     }
-    if (!lstExtensions->selectedItems().isEmpty()) {
-        CommandMask();
+    MirrorSelection();
+}
+
+void dlgRegFiles::MirrorSelection() {
+    lstSelected->clear();
+    for (int row = 0; row < lstExtensions->count(); ++row) {
+        if (lstExtensions->item(row)->isSelected()) {
+            lstSelected->addItem(lstExtensions->item(row)->text().section(QLatin1Char('\t'), 0, 0));
+        }
     }
-    lstExtensions->scrollToTop();
 }
 
 QString dlgRegFiles::CurrentObjectMask() const {
@@ -127,7 +140,9 @@ void dlgRegFiles::FilterMenu(int index) {
             return;
         }
         dosLength_ = dialog.GetDosLen() + 1; // the stored length counts the dot
-        profile_.ProfileSetOptionsKey(kDosLengthKey, std::to_string(dosLength_));
+        if (dialog.KeepLength()) {
+            profile_.ProfileSetOptionsKey(kDosLengthKey, std::to_string(dosLength_));
+        }
         index = 1;
         dosOnly_ = false; // refilled below in DOS-only mode
     }
@@ -136,7 +151,10 @@ void dlgRegFiles::FilterMenu(int index) {
     }
     dosOnly_ = index == 1;
     mnuFilter[index]->setChecked(true);
+    // The mask stays, and what it names is selected again where the other list holds it.
+    const QString mask = txtObjMask->text();
     PrefillList();
+    SetCurrentObjectMask(mask);
 }
 
 void dlgRegFiles::CommandMask() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <vector>
 
 class LetterMenu;
 class Prompts;
@@ -31,6 +32,10 @@ public:
 
 private:
     void CommandMask();
+    // Selects the first line beginning with each text, without building the mask from them.
+    void Select(const std::vector<QString>& extensions);
+    // Shows the picked extensions in the second list.
+    void MirrorSelection();
 
     modPProfile& profile_;
     Prompts& prompts_;
