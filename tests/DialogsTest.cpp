@@ -25,6 +25,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTabWidget>
+#include <QTimer>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -66,6 +67,18 @@ TEST(dlgProperties, ShowsWhatTheFileSystemSays) {
               QStringList({"notes.txt", "5 bytes", "-rw-r----- (640)"}));
     EXPECT_EQ(dlgProperties(t.Path("gone")).Field("Type"),
               "(cannot be read: it may have been moved or deleted)");
+}
+
+// The colour picker gives back the custom colours the user did not change as they were: a system
+// colour too, which has no RGB of its own. (Closed as soon as it runs its own event loop.)
+TEST(QtPrompts, TheColourPickerKeepsTheCustomColoursNotChanged) {
+    QtPrompts prompts;
+    std::array<int32_t, 16> custom{};
+    custom[11] = -2147483643; // 0x80000005, the system's window background
+    custom[4] = 0x00FF8000;
+    QTimer::singleShot(0, [] { QApplication::activeModalWidget()->close(); });
+    EXPECT_EQ(prompts.ChooseColor(0x00FF8000, custom), std::nullopt);
+    EXPECT_EQ(std::make_pair(custom[11], custom[4]), std::make_pair(-2147483643, 0x00FF8000));
 }
 
 // The Masks menu's dialogs: every text of theirs, and the masks they build.

@@ -196,8 +196,13 @@ std::optional<int32_t> QtPrompts::ChooseColor(int32_t bgr, std::array<int32_t, 1
     }
     const QColor chosen =
         QColorDialog::getColor(rgb(bgr), Owner(), tr("Color"), QColorDialog::DontUseNativeDialog);
+    // A slot the user left as it was keeps its value: a system colour (0x80000005) has no RGB
+    // of its own and would come back as another colour.
     for (int i = 0; i < 16; ++i) {
-        custom[static_cast<size_t>(i)] = toBgr(QColorDialog::customColor(i));
+        int32_t& slot = custom[static_cast<size_t>(i)];
+        if (QColorDialog::customColor(i) != rgb(slot)) {
+            slot = toBgr(QColorDialog::customColor(i));
+        }
     }
     return chosen.isValid() ? std::optional<int32_t>(toBgr(chosen)) : std::nullopt;
 }
