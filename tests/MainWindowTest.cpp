@@ -260,8 +260,18 @@ TEST_F(MainWindowTest, MasksMenuFavouritesAndStarDotStar) {
     EXPECT_FALSE(Find<QCheckBox>("chkOpts_1")->isChecked());
     tree.File("a.md");
     Search(tree.Root(), "*.md");
+    // The editor starts from what the menu shows: a favourite from a search stays after an edit.
+    prompts.modals.push_back([](QDialog* d) {
+        d->findChild<QListWidget*>("lstMasks")->setCurrentRow(0);
+        d->findChild<QPushButton*>("cmdMasks_0")->click(); // "*.doc;" deleted
+        d->findChild<QPushButton*>("cmdOK")->click();
+        return 1;
+    });
+    Action("Edit Favorite Masks List...")->trigger();
+    EXPECT_TRUE(window->findChild<QAction*>("mnuMaskFavs_5") && window->findChild<QAction*>("mnuMaskFavs_5")->text() == "*.md");
     window->close();
-    EXPECT_EQ(profile->ProfileGetString("masks", "mask7", ""), "*.md") << "added, saved on exit";
+    EXPECT_EQ(profile->ProfileGetString("masks", "mask6", ""), "*.md") << "kept, saved on exit";
+    EXPECT_EQ(profile->ProfileGetString("masks", "mask1", ""), "*.mdb;");
 }
 
 TEST_F(MainWindowTest, TheStartPathFromTheSelectMenuUpAndTheKeyboard) {

@@ -45,6 +45,8 @@ void frmMain::ShowPreferences(int tab) {
             RebuildMasksMenu();
         },
         this);
+    dialog.SetFavorites(favorites_.ShowsPlaceholder() ? std::vector<std::string>()
+                                                      : favorites_.Captions());
     dialog.SetStartupTab(tab);
     prompts_.ShowModal(&dialog);
     profile_.ProfileLoadSettings();

@@ -439,11 +439,13 @@ void dlgPreferences::LoadFolders() {
 void dlgPreferences::LoadMasks() {
     MaskFavorites favorites;
     favorites.Load(profile_);
+    SetFavorites(favorites.ShowsPlaceholder() ? std::vector<std::string>() : favorites.Captions());
+}
+
+void dlgPreferences::SetFavorites(const std::vector<std::string>& favorites) {
     lstMasks->clear();
-    if (!favorites.ShowsPlaceholder()) {
-        for (const std::string& mask : favorites.Captions()) {
-            lstMasks->addItem(QString::fromStdString(mask));
-        }
+    for (const std::string& mask : favorites) {
+        lstMasks->addItem(QString::fromStdString(mask));
     }
     masksChanged_ = false;
     editedMask_ = -1;

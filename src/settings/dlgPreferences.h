@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QDialog>
+#include <string>
+#include <vector>
 #include <array>
 #include <functional>
 
@@ -29,6 +31,9 @@ public:
 
     // The tab shown first, 1 to 5 ("Edit Favorite Masks List..." opens at 4).
     void SetStartupTab(int tab);
+    // The mask editor starts from the favourites the menu shows (those added by searches since
+    // start-up too), not only from the file's.
+    void SetFavorites(const std::vector<std::string>& favorites);
     // A `txtFolders` entry accepted: asks when its folder does not exist, then stores it.
     void AcceptFolder(int index);
     // A `Label3` clicked: the folder picker for that entry.
