@@ -50,9 +50,7 @@ protected:
 };
 
 TEST_F(CensusDialogTest, ShowsTheTypesOfTheSearchWithItsTexts) {
-    for (const char* f : {"A.TXT", "b.txt", "c.log", "README", "sub/d.txt"}) {
-        tree.File(f);
-    }
+    tree.File({"A.TXT", "b.txt", "c.log", "README", "sub/d.txt"});
     Search("*.*");
     OpenCensus([&](dlgStarDotStar& d) {
         EXPECT_EQ(d.windowTitle(), "File Types in All Results (*.*) (5)");
@@ -68,8 +66,8 @@ TEST_F(CensusDialogTest, ShowsTheTypesOfTheSearchWithItsTexts) {
         EXPECT_FALSE(Enabled(d, dlgStarDotStar::View));
         EXPECT_FALSE(Enabled(d, dlgStarDotStar::Export));
         for (const auto& [letter, enabled] : {std::pair{19, true}, {11, true}, {0, false}}) { // T L A
-            EXPECT_EQ(d.findChild<QAction*>(QStringLiteral("mnuAlpha_%1").arg(letter))->isEnabled(), enabled);
-            EXPECT_EQ(d.findChild<QAction*>(QStringLiteral("mnuAlpha_%1").arg(letter))->text(), QString("&") + QChar('A' + letter));
+            const QAction* item = d.findChild<QAction*>(QStringLiteral("mnuAlpha_%1").arg(letter));
+            EXPECT_EQ(std::make_pair(item->isEnabled(), item->text()), std::make_pair(enabled, QString("&") + QChar('A' + letter)));
         }
         EXPECT_TRUE(d.findChild<QAction*>("mnuFilter_0")->isChecked());
         d.grab(); // paints the two columns (a sanitized build checks what they read)
@@ -153,9 +151,7 @@ TEST_F(CensusDialogTest, TheCensusIsKeptUntilTheNextSearch) {
 }
 
 TEST_F(CensusDialogTest, ReportAndExportAskForAFileWriteItAndSayWhatFailed) {
-    for (const char* f : {"a.txt", "b.txt", "c.log"}) {
-        tree.File(f);
-    }
+    tree.File({"a.txt", "b.txt", "c.log"});
     Search("*.*");
     profile->Settings().LastOutputSaveDirectory = tree.Root();
     tree.Folder("out");
@@ -200,8 +196,7 @@ TEST_F(CensusDialogTest, ReportAndExportAskForAFileWriteItAndSayWhatFailed) {
 // A type whose bytes are not UTF-8 is shown with a replacement character, but views and exports
 // use its bytes.
 TEST_F(CensusDialogTest, ATypeThatIsNotUtf8KeepsItsBytes) {
-    tree.File("a.\xff");
-    tree.File("b.txt");
+    tree.File({"a.\xff", "b.txt"});
     Search("*.*");
     prompts.saves.push_back({tree.Path("export.txt"), false});
     OpenCensus([&](dlgStarDotStar& d) {

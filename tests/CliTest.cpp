@@ -41,9 +41,7 @@ CliRun RunCli(const std::vector<std::string>& args, const CliSystem& system = {}
 
 TEST(Cli, SearchPrintsPathsAsBytesInOrderThenTheCounts) {
     TestTree t;
-    for (const char* f : {"a.txt", "b.log", "sub/c.TXT", "we\nird\xff.txt"}) {
-        t.File(f);
-    }
+    t.File({"a.txt", "b.log", "sub/c.TXT", "we\nird\xff.txt"});
     const CliRun run = RunCli({"search", t.Root(), "*.txt"});
     EXPECT_EQ(run.status, 0);
     std::string lines;
@@ -62,9 +60,7 @@ TEST(Cli, SearchPrintsPathsAsBytesInOrderThenTheCounts) {
 // Every command's outcome: its status, what it prints, and what it says.
 TEST(Cli, ExitStatusesOutputAndMessages) {
     TestTree t;
-    for (const char* f : {"top.txt", "top.doc", "sub/inner.doc"}) {
-        t.File(f);
-    }
+    t.File({"top.txt", "top.doc", "sub/inner.doc"});
     struct Case {
         std::vector<std::string> args;
         int status;
@@ -131,9 +127,7 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
 
 TEST(Cli, TrashAsksOnTheTerminalAndListsWhatDidNotGo) {
     TestTree t;
-    for (const char* f : {"a.txt", "b.txt", "keep.txt", "d/c.txt", "d/e/f.txt"}) {
-        t.File(f);
-    }
+    t.File({"a.txt", "b.txt", "keep.txt", "d/c.txt", "d/e/f.txt"});
     std::vector<std::string> asked, trashed;
     std::optional<std::string> answer;
     const CliSystem system{[&](const std::string& path) -> std::string {

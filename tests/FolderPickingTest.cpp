@@ -39,9 +39,7 @@ TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
          "Select the network share in which to begin the search.", "network",
          "LastSourceNetAdminFolder"}};
     TestTree t;
-    for (const char* folder : {"home", "start", "picked"}) {
-        t.Folder(folder);
-    }
+    t.Folder({"home", "start", "picked"});
     modPProfile profile(t.Path("tallymoor.ini"), t.Path("home"));
     profile.Start();
     AppSettings& s = profile.Settings();

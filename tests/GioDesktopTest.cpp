@@ -27,9 +27,7 @@ public:
         const TestTree& t = Tree();
         t.Folder("share");
         t.Link("share/mime", "/usr/share/mime");
-        for (const char* folder : {"config-system", "config", "bin", "data/applications"}) {
-            t.Folder(folder);
-        }
+        t.Folder({"config-system", "config", "bin", "data/applications"});
         // Writes the folder it started in and each argument, every one ended by a NUL.
         WriteBytes(Bin("record"), "#!/bin/sh\n"
                                   "{ printf '%s\\0' \"$(pwd -P)\"; printf '%s\\0' \"$@\"; } "
@@ -48,12 +46,9 @@ public:
         app("mailer.desktop",
             "Name=Mail Recorder\nExec=" + Bin("record") + " %u\nMimeType=x-scheme-handler/mailto;\n");
         app("counter.desktop", "Name=Counter\nExec=sh -c \"wc -c %f > wc.out\"\n");
-        app("helper.desktop", "Name=Helper\nExec=" + Bin("record") +
-                                  " %f\nNoDisplay=true\nMimeType=text/plain;\n");
-        app("other.desktop", "Name=Other Tool\nExec=" + Bin("record") + " %f\n");
         // What update-desktop-database makes of the entries' MimeType keys; GIO reads this.
         WriteBytes(t.Path("data/applications/mimeinfo.cache"),
-                   "[MIME Cache]\ntext/plain=recorder.desktop;helper.desktop;\n"
+                   "[MIME Cache]\ntext/plain=recorder.desktop;\n"
                    "inode/directory=self.desktop;recorder.desktop;\n"
                    "x-scheme-handler/mailto=mailer.desktop;\n");
         WriteBytes(t.Path("config/mimeapps.list"),

@@ -43,9 +43,7 @@ protected:
 };
 
 TEST_F(MainWindowTest, ASearchShowsItsResultsCountsCaptionAndTag) {
-    for (const char* f : {"a.txt", "b.log", "sub/c.TXT", "sub/d.doc"}) {
-        tree.File(f);
-    }
+    tree.File({"a.txt", "b.log", "sub/c.TXT", "sub/d.doc"});
     struct Case {
         const char* what;
         const char* mask;
@@ -142,9 +140,7 @@ TEST_F(MainWindowTest, RefusedMasksAndSearchesThatFindNothing) {
 // is no result: it cannot be selected, saved, copied or opened.
 TEST_F(MainWindowTest, OverTheListLimitTheExplanationIsNoResult) {
     window->Session().SetListLimitForTesting(2);
-    for (const char* f : {"a", "b"}) {
-        tree.File(f);
-    }
+    tree.File({"a", "b"});
     Search(tree.Root(), "*.*");
     EXPECT_EQ(Rows("List1").size(), 2) << "the limit itself is listed";
     tree.File("c");
@@ -195,9 +191,7 @@ TEST_F(MainWindowTest, CancelAndCloseDuringTheWalkKeepWhatWasFound) {
 
 // Captions and removals are the views' own; here the tabs, the lists and the progress box.
 TEST_F(MainWindowTest, TypeViewsTheirTabsAndWhatRemovalNewAndCloseDo) {
-    for (const char* f : {"a.txt", "b.log", "c.txt", "README"}) {
-        tree.File(f);
-    }
+    tree.File({"a.txt", "b.log", "c.txt", "README"});
     Search(tree.Root(), "*.*");
     window->CreateTypeViews({{2, ".txt"}, {1, ".log"}, {2, ".txt"}});
     auto* tabs = Find<QTabBar>("tsResults");
@@ -302,9 +296,7 @@ TEST_F(MainWindowTest, TheStartPathFromTheSelectMenuUpAndTheKeyboard) {
 // The report view (a new settings file's default): columns sorted by a click on their header,
 // and what a command acts on is the row seen.
 TEST_F(MainWindowTest, TheReportSortsByEachColumnAndCommandsFollow) {
-    tree.File("z/a.txt");
-    tree.File("a/c.log");
-    tree.File("m/b.txt");
+    tree.File({"z/a.txt", "a/c.log", "m/b.txt"});
     tree.SetTime("z/a.txt", 1000, 0);
     tree.SetTime("a/c.log", 3000, 0);
     tree.SetTime("m/b.txt", 2000, 0);
@@ -328,9 +320,7 @@ TEST_F(MainWindowTest, TheReportSortsByEachColumnAndCommandsFollow) {
     SelectRows({1});
     const QString selected = Rows("List1")[1];
     for (const auto& [column, rows] : clicks) {
-        QHeaderView* header = list->header();
-        QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
-                          {header->sectionViewportPosition(column) + 4, header->height() / 2});
+        QTest::mouseClick(list->header()->viewport(), Qt::LeftButton, {}, {list->header()->sectionViewportPosition(column) + 4, 5});
         EXPECT_EQ(Rows("List1").mid(0, rows.size()), rows) << column;
         const QModelIndexList rowsSelected = list->selectionModel()->selectedRows();
         ASSERT_EQ(rowsSelected.size(), 1) << "a sort keeps the selection";
@@ -374,59 +364,44 @@ TEST(MainWindowSettings, ASettingsFileThatCannotBeUsedIsToldOnce) {
 } // namespace
 
 namespace {
-// Access keys offered at once that lead to more than one place, as "key: text / text".
+
+// Access keys offered at once that lead to more than one place, as "Alt+K: text / text": among
+// the window's visible buttons, labelled fields, tabs and menus, and within each menu.
 QStringList SharedAccessKeys(QWidget* window) {
-    QStringList shared;
-    const auto check = [&](const QStringList& texts) {
-        std::map<QChar, QStringList> keys;
-        for (const QString& text : texts) {
-            for (qsizetype i = text.indexOf('&'); i >= 0 && i + 1 < text.size(); i = text.indexOf('&', i + 2)) {
-                if (text[i + 1] != '&') {
-                    keys[text[i + 1].toLower()] << text;
-                    break;
-                }
-            }
-        }
-        for (const auto& [key, owners] : keys) {
-            if (owners.size() > 1) {
-                shared << QString(key) + ": " + owners.join(" / ");
-            }
-        }
-    };
-    QStringList texts;
+    std::vector<QStringList> scopes(1);
     for (QWidget* w : window->findChildren<QWidget*>()) {
-        if (!w->isVisibleTo(window)) {
-            continue;
+        const auto* label = qobject_cast<QLabel*>(w);
+        const auto* tabs = qobject_cast<QTabBar*>(w);
+        const auto* button = qobject_cast<QAbstractButton*>(w);
+        if (w->isVisibleTo(window) && (button || (label && label->buddy()))) {
+            scopes[0] << (button ? button->text() : label->text());
         }
-        if (auto* button = qobject_cast<QAbstractButton*>(w)) {
-            texts << button->text();
-        } else if (auto* label = qobject_cast<QLabel*>(w); label && label->buddy()) {
-            texts << label->text();
-        } else if (auto* tabs = qobject_cast<QTabBar*>(w)) {
-            for (int i = 0; i < tabs->count(); ++i) {
-                texts << tabs->tabText(i);
-            }
-        } else if (auto* bar = qobject_cast<QMenuBar*>(w)) {
-            for (QAction* menu : bar->actions()) {
-                texts << menu->text();
+        for (int i = 0; tabs && w->isVisibleTo(window) && i < tabs->count(); ++i) {
+            scopes[0] << tabs->tabText(i);
+        }
+        if (const auto* menu = qobject_cast<QMenu*>(w)) {
+            scopes.emplace_back();
+            for (const QAction* action : menu->actions()) {
+                scopes.back() << (action->isVisible() ? action->text() : QString());
             }
         }
     }
-    check(texts);
-    for (QMenu* menu : window->findChildren<QMenu*>()) {
-        QStringList items;
-        for (QAction* action : menu->actions()) {
-            if (action->isVisible()) {
-                items << action->text();
-            }
+    for (const QAction* menu : window->findChild<QMenuBar*>() ? window->findChild<QMenuBar*>()->actions() : QList<QAction*>()) {
+        scopes[0] << menu->text();
+    }
+    QStringList shared;
+    for (const QStringList& texts : scopes) {
+        std::map<QString, QStringList> keys;
+        for (const QString& text : texts) {
+            keys[QKeySequence::mnemonic(text).toString()] << text;
         }
-        check(items);
+        for (const auto& [key, owners] : keys) {
+            shared << (!key.isEmpty() && owners.size() > 1 ? QStringList{key + ": " + owners.join(" / ")} : QStringList());
+        }
     }
     return shared;
 }
-} // namespace
 
-namespace {
 TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
     tree.File("a.txt");
     Search(tree.Root(), "*.*");
@@ -445,11 +420,8 @@ TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
     FolderPickerDialog picker({"Select Folder", "Pick one", "/", tree.Root(), {}});
     dlgOpenWith openWith({tree.Path("a.txt"), "text/plain", {}, {}});
     dlgAbout about(desktop);
-    for (auto [name, dialog] : std::initializer_list<std::pair<const char*, QWidget*>>{
-             {"registered types", &registered}, {"view masks", &viewMasks}, {"DOS length", &dosLen},
-             {"files not processed", &notProcessed}, {"folder picker", &picker}, {"open with", &openWith},
-             {"about", &about}}) {
-        found.push_back({name, SharedAccessKeys(dialog)});
+    for (QWidget* dialog : std::initializer_list<QWidget*>{&registered, &viewMasks, &dosLen, &notProcessed, &picker, &openWith, &about}) {
+        found.push_back({dialog->objectName(), SharedAccessKeys(dialog)});
     }
     for (const auto& [name, shared] : found) {
         EXPECT_EQ(shared, QStringList()) << name.toStdString();
@@ -461,4 +433,5 @@ TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
         EXPECT_EQ(picker.SelectedFolder(), path == tree.Dir() ? path : "") << "a folder, or nothing";
     }
 }
+
 } // namespace

@@ -52,7 +52,15 @@ TEST(MaskMatcher, MatchesByTheRulesOfTheFileMaskField) {
         {"\xc3\x84*", "\xc3\xa4pfel.txt", true}, // "Ä*" ~ "äpfel.txt"
         {"*.\xc3\x96L", "x.\xc3\xb6l", true},    // "*.ÖL" ~ "x.öl"
         {"*.txt", "caf\xe9.txt", true}, {"caf\xe9.txt", "CAF\xe9.TXT", true},
-        {"caf\xe9.txt", "caf\xc3\xa9.txt", false}};
+        {"caf\xe9.txt", "caf\xc3\xa9.txt", false},
+        // simple case folding, the same for every way of writing a pattern (the fuzz target
+        // checks the fast paths against the general rule): "ſ" is "s", the Kelvin sign "k",
+        // "ß" stays "ß", "İ" and "ı" are not "i"; a stray byte is one character, itself
+        {"*.s", "a.\xc5\xbf", true}, {"a\xe2\x84\xaa", "ak", true}, {"*k", "a\xe2\x84\xaa", true},
+        {"*sse.txt", "stra\xc3\x9f" "e.txt", false}, {"STRA\xe1\xba\x9e" "E.TXT", "stra\xc3\x9f" "e.txt", true},
+        {"i*", "\xc4\xb0stanbul", false}, {"*I?", "\xc4\xb1i", false}, {"?I", "\xc4\xb1i", true},
+        {"\xc3\x89T\xc3\x89.*", "\xc3\x89t\xc3\xa9.TXT", true}, {"??.txt", "\xff.txt", false},
+        {"\xc3\xbf.txt", "\xff.txt", false}, {"\xc3*", "\xc3.txt", true}};
     for (const MatchCase& c : cases) {
         EXPECT_EQ(MaskMatcher(c.mask).Matches(c.name), c.expected)
             << "mask '" << c.mask << "' name '" << c.name << "'";
@@ -60,36 +68,6 @@ TEST(MaskMatcher, MatchesByTheRulesOfTheFileMaskField) {
     // One pattern alone: ";" is an ordinary character there.
     EXPECT_TRUE(WildcardMatch("*.?", "*.*"));
     EXPECT_FALSE(WildcardMatch("*.*;*", "*.*"));
-}
-
-struct FoldingCase {
-    const char* name;
-    bool matches;
-    std::vector<const char*> patterns;
-};
-
-TEST(MaskMatcher, EveryWayOfWritingAPatternGivesTheSameAnswer) {
-    const FoldingCase cases[] = {
-        {"a.\xc5\xbf", true, {"*.s", "?.s", "a.s", "*.S", "A.?", "*.\xc5\xbf", "*\xc5\xbf"}}, // ſ is s
-        {"a\xe2\x84\xaa", true, {"*k", "?k", "ak", "AK", "*K", "a\xe2\x84\xaa"}},   // the Kelvin sign is k
-        {"ak", true, {"a\xe2\x84\xaa", "*\xe2\x84\xaa", "?\xe2\x84\xaa"}},
-        {"stra\xc3\x9f" "e.txt", false, {"strasse.txt", "*sse.txt", "STRASSE.TXT", "*ss?.txt"}}, // ß stays ß
-        {"stra\xc3\x9f" "e.txt", true, {"STRA\xe1\xba\x9e" "E.TXT", "*\xc3\x9f" "e.txt", "*.txt", "stra?e.*"}},
-        {"\xc4\xb0stanbul", false, {"i*", "I*", "istanbul"}}, // İ is not i
-        {"\xc4\xb0stanbul", true, {"\xc4\xb0*", "?stanbul", "*STANBUL"}},
-        {"\xc4\xb1i", false, {"I*", "ii", "*I?"}}, // ı is not i
-        {"\xc4\xb1i", true, {"\xc4\xb1*", "?I", "*i"}},
-        {"\xc3\x89t\xc3\xa9.TXT", true, {"\xc3\xa9t\xc3\xa9.txt", "*.txt", "?t?.txt", "\xc3\x89T\xc3\x89.*", "*\xc3\x89.txt"}},
-        {"\xff.txt", true, {"*.txt", "?.txt", "\xff.TXT", "\xff*"}},
-        {"\xff.txt", false, {"\xfe.txt", "\xc3\xbf.txt", "??.txt"}}, // a stray byte is one character, itself
-        {"\xc3.txt", true, {"?.txt", "\xc3*"}},
-    };
-    for (const FoldingCase& c : cases) {
-        for (const char* pattern : c.patterns) {
-            EXPECT_EQ(MaskMatcher(pattern).Matches(c.name), c.matches)
-                << "name " << c.name << ", pattern " << pattern;
-        }
-    }
 }
 
 struct VerdictCase {

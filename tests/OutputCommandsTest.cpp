@@ -27,9 +27,7 @@ protected:
 // Save All: the store but its last record, the box shown checked and fixed; Save: the whole list
 // or its selection, sorted when asked; the folder chosen is remembered, also after a cancel.
 TEST_F(OutputCommandsTest, SaveAllAndSave) {
-    for (const char* f : {"a.txt", "b.txt", "c.txt", "d.txt", "e.txt", "\xff.txt"}) {
-        tree.File(f);
-    }
+    tree.File({"a.txt", "b.txt", "c.txt", "d.txt", "e.txt", "\xff.txt"});
     Search(tree.Root(), "*.txt");
     TestTree out;
     SelectRows({3, 0, 2});

@@ -32,13 +32,7 @@ void Fill(FileDataArray& store, const std::vector<std::string>& names) {
     }
 }
 
-const std::string kFiveHundredEmptyLines = [] {
-    std::string lines;
-    for (int i = 0; i < 500; ++i) {
-        lines += "\r\n";
-    }
-    return lines;
-}();
+const std::string kFiveHundredEmptyLines = QString("\r\n").repeated(500).toStdString();
 
 // Save All writes every slot but the last (kept so: a single match writes no file), after
 // sorting them by their bytes when asked.

@@ -45,13 +45,10 @@ public:
     std::deque<ConflictAnswer> conflicts;
     std::deque<std::optional<int32_t>> colors; // nothing cancels
     std::deque<std::function<int(QDialog*)>> modals;
-    int propertiesToShow = 0;
 
     std::vector<Asked> asked;
     std::vector<FolderRequest> folderRequests;
     std::vector<SaveRequest> saveRequests;
-    std::vector<OpenWithRequest> openWithRequests;
-    std::vector<std::string> propertiesShown;
     QStringList conflictsAsked;
 };
 

@@ -21,8 +21,7 @@ TEST_F(ShellMenusTest, TheVerbsWaitForResultsThenActOnTheSelection) {
     for (const char* name : {"mnuListSendTo_0", "mnuListSendTo_1", "mnuListPop_16"}) {
         EXPECT_FALSE(window->findChild<QAction*>(name)->isVisible()) << name;
     }
-    tree.File("a.txt");
-    tree.File("b.txt");
+    tree.File({"a.txt", "b.txt"});
     Search(tree.Root(), "*.txt");
     EXPECT_TRUE(window->findChild<QAction*>("mnuFile_3")->isEnabled());
     SelectRows({1});
@@ -41,8 +40,7 @@ TEST_F(ShellMenusTest, TheVerbsWaitForResultsThenActOnTheSelection) {
 }
 
 TEST_F(ShellMenusTest, DoubleClickFollowsTheSettings) {
-    tree.File("a.txt");
-    tree.File("b.txt");
+    tree.File({"a.txt", "b.txt"});
     Search(tree.Root(), "*.txt");
     SelectRows({0});
     AppSettings& s = profile->Settings();
@@ -101,9 +99,7 @@ TEST_F(ShellMenusTest, TheFolderPopupExploresAndSetsTheStartPath) {
 // "Filter" makes the view of the current item's type; the multiple-types dialog, unchecked,
 // makes the File Mask instead.
 TEST_F(ShellMenusTest, FiltersMakeViewsOrAMask) {
-    for (const char* f : {"a.htm", "b.html", "c.txt", ".bashrc", "README"}) {
-        tree.File(f);
-    }
+    tree.File({"a.htm", "b.html", "c.txt", ".bashrc", "README"});
     Search(tree.Root(), "*.*");
     auto* list = Find<QTreeView>("List1");
     // The type of the row as the census offers it; "." for a name without one.

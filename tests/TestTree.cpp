@@ -163,3 +163,15 @@ bool Exists(const std::string& path) {
 bool EndsWith(const std::string& s, const std::string& end) {
     return s.size() >= end.size() && strcasecmp(s.c_str() + s.size() - end.size(), end.c_str()) == 0;
 }
+
+void TestTree::Folder(std::initializer_list<std::string> relatives) const {
+    for (const std::string& relative : relatives) {
+        Folder(relative);
+    }
+}
+
+void TestTree::File(std::initializer_list<std::string> relatives) const {
+    for (const std::string& relative : relatives) {
+        File(relative);
+    }
+}

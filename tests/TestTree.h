@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,8 @@ public:
 
     void Folder(const std::string& relative) const; // with missing parents
     void File(const std::string& relative) const;   // with missing parents
+    void Folder(std::initializer_list<std::string> relatives) const;
+    void File(std::initializer_list<std::string> relatives) const;
     void Link(const std::string& relative, const std::string& target) const;
     // Sets a file's modification time (seconds and nanoseconds since 1970).
     void SetTime(const std::string& relative, long seconds, long nanoseconds) const;

@@ -44,9 +44,7 @@ protected:
 };
 
 TEST_F(WindowCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
-    for (const char* name : {"a.txt", "b.txt", "c.txt"}) {
-        tree.File(name);
-    }
+    tree.File({"a.txt", "b.txt", "c.txt"});
     Search(tree.Root(), "*.txt");
     const std::vector<std::string> found = ReaddirOrder(tree.Root());
     const QString first = QString::fromStdString(found[0]);
@@ -76,8 +74,7 @@ TEST_F(WindowCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
 }
 
 TEST_F(WindowCommandsTest, InTheFoldersViewDeleteTakesTheFolderThenRescans) {
-    tree.File("keep/a.txt");
-    tree.File("old/b.txt");
+    tree.File({"keep/a.txt", "old/b.txt"});
     profile->Settings().AutoRescanAfterAction = true;
     Find<QCheckBox>("chkOpts_1")->click();
     Search(tree.Root(), "*");
@@ -94,8 +91,7 @@ TEST_F(WindowCommandsTest, InTheFoldersViewDeleteTakesTheFolderThenRescans) {
 }
 
 TEST_F(WindowCommandsTest, CopyAsksThenPicksTheDestinationAndListsTheDuplicates) {
-    tree.File("a.txt");
-    tree.File("b.txt");
+    tree.File({"a.txt", "b.txt"});
     TestTree to;
     WriteBytes(to.Path("a.txt"), "there before");
     Search(tree.Root(), "*.txt");
@@ -139,8 +135,7 @@ TEST_F(WindowCommandsTest, TheFolderPopupMovesTheSelectedFolder) {
 }
 
 TEST_F(WindowCommandsTest, TheNotProcessedListOfACopyAndItsRememberedView) {
-    tree.File("src/dup.txt");
-    tree.File("dst/dup.txt");
+    tree.File({"src/dup.txt", "dst/dup.txt"});
     tree.SetTime("dst/dup.txt", 1700000000, 0);
     const std::vector<SkippedItem> items = {
         {0, tree.Path("src/dup.txt"), 0, "duplicate file", tree.Path("dst/dup.txt"), ""},

@@ -136,7 +136,7 @@ bool WriteAll(int fd, const char* data, size_t size) {
 int CopyData(int in, int out, int64_t size, std::string_view target, const CancelFlag& cancel,
              const CopyProgress& progress, const CopyFaults* faults, int64_t& done) {
     // A file that reports no size (as under /proc) is read to its end instead.
-    bool ranges = size > 0;
+    bool ranges = size > 0 && !(faults && faults->noRangeCopies);
     std::vector<char> buffer;
     for (;;) {
         if (faults && faults->write) {

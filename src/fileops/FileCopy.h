@@ -26,12 +26,13 @@ struct CopyProgress {
 };
 
 // Faults a test puts in: the error number for the chunk at `done` bytes into the copy to
-// `target` (0: none, -1: the data ends there), and for a move's rename (0: the real one); and a
-// target file system without unnamed files.
+// `target` (0: none, -1: the data ends there), and for a move's rename (0: the real one); a
+// target file system without unnamed files, and file systems that copy no ranges between them.
 struct CopyFaults {
     std::function<int(std::string_view target, int64_t done)> write;
     std::function<int()> rename;
     bool noUnnamedFiles = false;
+    bool noRangeCopies = false;
 };
 
 enum class CopyResult { Copied, SourceMissing, SourceChanged, TargetExists, Failed, Cancelled };
