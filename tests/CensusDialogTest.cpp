@@ -70,6 +70,7 @@ TEST_F(CensusDialogTest, ShowsTheTypesOfTheSearchWithItsTexts) {
             EXPECT_EQ(std::make_pair(item->isEnabled(), item->text()), std::make_pair(enabled, QString("&") + QChar('A' + letter)));
         }
         EXPECT_TRUE(d.findChild<QAction*>("mnuFilter_0")->isChecked());
+        EXPECT_TRUE(d.findChild<QMenu*>("zmnuFilter")->actions().at(1)->isSeparator()) << "after All results";
         d.grab(); // paints the two columns (a sanitized build checks what they read)
         Select(d, ".txt");
         EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 1");

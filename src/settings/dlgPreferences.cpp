@@ -508,6 +508,8 @@ void dlgPreferences::AcceptFolder(int index) {
         prompts_.Message(tr("oops!"), MessageIcon::None, MessageButtons::Ok);
         return;
     }
+    // Taken now: the question below moves the focus, which would end the editing again.
+    txtFolders[index]->setModified(false);
     const std::string path = QFile::encodeName(txtFolders[index]->text()).toStdString();
     struct stat st {};
     const bool exists = stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
