@@ -12,7 +12,7 @@
 
 #include <QApplication>
 #include <QLineEdit>
-#include <QListView>
+#include <QTreeView>
 #include <QPixmap>
 #include <QPushButton>
 #include <QTimer>
@@ -75,8 +75,9 @@ int main(int argc, char** argv) {
     window.findChild<QLineEdit*>("txtObjMask")->setText(QString::fromLocal8Bit(argv[3]));
     QTimer::singleShot(50, &window, [&] {
         window.findChild<QPushButton*>("cmdSearch")->click();
-        auto* list = window.findChild<QListView*>("List1");
-        list->selectionModel()->select(list->model()->index(2, 0), QItemSelectionModel::Select);
+        auto* list = window.findChild<QTreeView*>("List1");
+        list->selectionModel()->select(list->model()->index(2, 0),
+                                       QItemSelectionModel::Select | QItemSelectionModel::Rows);
         QTimer::singleShot(100, &window, [&] {
             window.grab().save(QString::fromLocal8Bit(argv[1]));
             app.quit();
