@@ -552,9 +552,8 @@ bool dlgPreferences::eventFilter(QObject* watched, QEvent* event) {
         }
     }
     // Enter in an entry takes what was typed there, and leaves the dialog open.
-    const auto* key = static_cast<const QKeyEvent*>(event);
-    if (event->type() == QEvent::KeyPress &&
-        (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter)) {
+    const int key = event->type() == QEvent::KeyPress ? static_cast<QKeyEvent*>(event)->key() : 0;
+    if (key == Qt::Key_Return || key == Qt::Key_Enter) {
         for (int i = 0; i < 8; ++i) {
             if (watched == txtFolders[i]) {
                 if (txtFolders[i]->isModified()) {
