@@ -8,7 +8,8 @@ LetterMenu::LetterMenu(QMenuBar* bar, QListWidget* list) : QObject(bar), list_(l
     alpha->setObjectName("zmnuAlpha");
     for (int i = 0; i < 26; ++i) {
         // The letter is its own access key: typed in the open menu, it jumps.
-        mnuAlpha_[i] = alpha->addAction(QLatin1Char('&') + QChar(65 + i), this, [this, i] { Jump(i); });
+        mnuAlpha_[i] =
+            alpha->addAction(QLatin1Char('&') + QChar(65 + i), this, [this, i] { Jump(i); });
         mnuAlpha_[i]->setObjectName(QStringLiteral("mnuAlpha_%1").arg(i));
     }
 }

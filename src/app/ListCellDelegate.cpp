@@ -20,8 +20,8 @@ QString FileTimeText(int64_t fileTime) {
     return QLocale::system().toString(when, QLocale::ShortFormat);
 }
 
-ListCellDelegate::ListCellDelegate(const AppSettings& settings, QHeaderView* header,
-                                   bool drawsGrid, QObject* parent)
+ListCellDelegate::ListCellDelegate(const AppSettings& settings, QHeaderView* header, bool drawsGrid,
+                                   QObject* parent)
     : QStyledItemDelegate(parent), settings_(settings), header_(header), drawsGrid_(drawsGrid) {
 }
 

@@ -18,7 +18,8 @@ std::string_view NameOf(std::string_view path) {
 
 std::string_view FolderOf(std::string_view path) {
     const size_t slash = path.rfind('/');
-    return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash == 0 ? 1 : slash);
+    return slash == std::string_view::npos ? std::string_view()
+                                           : path.substr(0, slash == 0 ? 1 : slash);
 }
 
 // The type as the census names it (lower case); nothing for folders and names without one,
@@ -73,8 +74,8 @@ void ResultListModel::BeginRemoveRow(int viewRow) {
     removing_ = viewRow;
     int row = viewRow;
     if (!order_.empty()) {
-        row = static_cast<int>(std::find(order_.begin(), order_.end(), static_cast<size_t>(viewRow)) -
-                               order_.begin());
+        row = static_cast<int>(
+            std::find(order_.begin(), order_.end(), static_cast<size_t>(viewRow)) - order_.begin());
     }
     beginRemoveRows({}, row, row);
     if (!order_.empty()) {
@@ -150,8 +151,8 @@ QVariant ResultListModel::headerData(int section, Qt::Orientation orientation, i
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole) {
         return {};
     }
-    static const char* const kHeaders[] = {QT_TR_NOOP("Name"), QT_TR_NOOP("Folder"), QT_TR_NOOP("Type"),
-                                           QT_TR_NOOP("Modified")};
+    static const char* const kHeaders[] = {QT_TR_NOOP("Name"), QT_TR_NOOP("Folder"),
+                                           QT_TR_NOOP("Type"), QT_TR_NOOP("Modified")};
     return section >= 0 && section < Columns ? tr(kHeaders[section]) : QVariant();
 }
 
@@ -223,9 +224,10 @@ void ResultListModel::Order() {
         if (sortColumn_ == Modified) {
             times.push_back(entry.LastWriteTime);
         } else {
-            texts.push_back(sortColumn_ == Type ? std::string(TypeOf(entry))
-                                                : LowerCaseName(sortColumn_ == Name ? NameOf(path)
-                                                                                    : FolderOf(path)));
+            texts.push_back(
+                sortColumn_ == Type
+                    ? std::string(TypeOf(entry))
+                    : LowerCaseName(sortColumn_ == Name ? NameOf(path) : FolderOf(path)));
         }
     }
     const auto less = [&](size_t a, size_t b) {
@@ -234,6 +236,7 @@ void ResultListModel::Order() {
     if (sortOrder_ == Qt::AscendingOrder) {
         std::stable_sort(order_.begin(), order_.end(), less);
     } else {
-        std::stable_sort(order_.begin(), order_.end(), [&](size_t a, size_t b) { return less(b, a); });
+        std::stable_sort(order_.begin(), order_.end(),
+                         [&](size_t a, size_t b) { return less(b, a); });
     }
 }

@@ -16,7 +16,7 @@ struct ResultView {
     QString caption;
     QString tag;
     std::vector<int32_t> rows;
-    QString mask; // what its caption names, before the count ("*.txt", "*.doc; *.txt; ")
+    QString mask;        // what its caption names, before the count ("*.txt", "*.doc; *.txt; ")
     bool counted = true; // a type's view gives its count; a compound mask's view the mask alone
 };
 

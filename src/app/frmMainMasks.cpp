@@ -7,8 +7,6 @@
 #include "analysis/dlgViewMasks.h"
 #include "app/ResultListModel.h"
 #include "app/frmMain.h"
-
-#include "analysis/Census.h"
 #include "platform/Prompts.h"
 #include "search/PathText.h"
 #include "search/SearchStatus.h"
@@ -16,9 +14,9 @@
 #include "settings/modPProfile.h"
 
 #include <QLineEdit>
-#include <QTreeView>
 #include <QRadioButton>
 #include <QTabBar>
+#include <QTreeView>
 
 void frmMain::ShowRegisteredTypes() {
     if (busy_) {

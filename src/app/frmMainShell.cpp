@@ -2,23 +2,21 @@
 
 #include "app/ResultListModel.h"
 #include "app/frmMain.h"
-
-#include <QAbstractButton>
 #include "fileops/modShell.h"
 #include "settings/modPProfile.h"
 
 #include <QAbstractButton>
 #include <QAction>
-#include <QContextMenuEvent>
-#include <QKeyEvent>
 #include <QCheckBox>
+#include <QContextMenuEvent>
 #include <QEvent>
 #include <QFile>
+#include <QKeyEvent>
 #include <QLineEdit>
-#include <QTreeView>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QTabBar>
+#include <QTreeView>
 #include <algorithm>
 
 void frmMain::BuildPopups() {

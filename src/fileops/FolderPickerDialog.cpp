@@ -1,17 +1,17 @@
 #include "fileops/FolderPickerDialog.h"
 
 #include <QDialogButtonBox>
-#include <QHBoxLayout>
-#include <QInputDialog>
-#include <QListWidget>
-#include <QMessageBox>
 #include <QDir>
 #include <QEvent>
 #include <QFile>
 #include <QFileSystemModel>
+#include <QHBoxLayout>
 #include <QHeaderView>
+#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -67,9 +67,8 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
     }
     places->setMaximumWidth(180);
     places->setVisible(!request.places.empty());
-    connect(places, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) {
-        Show(item->data(Qt::UserRole).toString());
-    });
+    connect(places, &QListWidget::itemClicked, this,
+            [this](QListWidgetItem* item) { Show(item->data(Qt::UserRole).toString()); });
 
     path_ = new QLineEdit(this);
     path_->setObjectName("txtPath");
@@ -115,18 +114,20 @@ void FolderPickerDialog::MakeFolder() {
         return;
     }
     bool ok = false;
-    const QString name = QInputDialog::getText(this, tr("New Folder"),
-                                               tr("Name of the new folder in %1:")
-                                                   .arg(QFile::decodeName(parent.c_str())),
-                                               QLineEdit::Normal, tr("New Folder"), &ok);
+    const QString name = QInputDialog::getText(
+        this, tr("New Folder"),
+        tr("Name of the new folder in %1:").arg(QFile::decodeName(parent.c_str())),
+        QLineEdit::Normal, tr("New Folder"), &ok);
     if (!ok || name.isEmpty()) {
         return;
     }
-    const std::string path = parent + (parent == "/" ? "" : "/") + QFile::encodeName(name).toStdString();
+    const std::string path =
+        parent + (parent == "/" ? "" : "/") + QFile::encodeName(name).toStdString();
     // mkdir makes a new folder or fails: nothing that is there is touched.
     if (name.contains(QLatin1Char('/')) || name == "." || name == ".." ||
         mkdir(path.c_str(), 0777) != 0) {
-        const int error = name.contains(QLatin1Char('/')) || name == "." || name == ".." ? EINVAL : errno;
+        const int error =
+            name.contains(QLatin1Char('/')) || name == "." || name == ".." ? EINVAL : errno;
         QMessageBox::critical(this, windowTitle(),
                               tr("Could not make the folder ' %1 ': %2")
                                   .arg(QFile::decodeName(path.c_str()),

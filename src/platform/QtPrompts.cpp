@@ -85,7 +85,8 @@ MessageAnswer QtPrompts::Message(const QString& text, MessageIcon icon, MessageB
     box.setIcon(kIcons[static_cast<int>(icon)]);
     static constexpr QMessageBox::StandardButtons kButtons[] = {
         QMessageBox::Ok, QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Yes | QMessageBox::No,
-        QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::Yes | QMessageBox::No};
+        QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
+        QMessageBox::Yes | QMessageBox::No};
     box.setStandardButtons(kButtons[static_cast<int>(buttons)]);
     if (buttons == MessageButtons::YesNoDefaultNo) {
         box.setDefaultButton(QMessageBox::No);

@@ -513,10 +513,10 @@ void dlgPreferences::AcceptFolder(int index) {
     const std::string path = QFile::encodeName(txtFolders[index]->text()).toStdString();
     struct stat st {};
     const bool exists = stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-    if (!exists &&
-        prompts_.Message(tr("The path entered as ' %1 ' does not exist. Use it anyway?")
-                             .arg(tr(kFolders[index].label)),
-                         MessageIcon::Warning, MessageButtons::YesNoDefaultNo) != MessageAnswer::Yes) {
+    if (!exists && prompts_.Message(tr("The path entered as ' %1 ' does not exist. Use it anyway?")
+                                        .arg(tr(kFolders[index].label)),
+                                    MessageIcon::Warning,
+                                    MessageButtons::YesNoDefaultNo) != MessageAnswer::Yes) {
         txtFolders[index]->setText(Bytes(profile_.Settings().*(kFolders[index].field)));
         txtFolders[index]->setModified(false);
         return;
@@ -531,9 +531,7 @@ void dlgPreferences::PickFolder(int index) {
     const std::string current = QFile::encodeName(txtFolders[index]->text()).toStdString();
     const std::string picked = prompts_.PickFolder(
         {tr("Select Folder"),
-         tr("Select the folder representing the default path for ' %1 '").arg(label),
-         "/",
-         current,
+         tr("Select the folder representing the default path for ' %1 '").arg(label), "/", current,
          modBrowse::StartingPlaces(profile_)});
     if (!picked.empty()) {
         txtFolders[index]->setText(Bytes(picked));

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <QDialog>
-#include <string>
-#include <vector>
 #include <array>
 #include <functional>
+#include <string>
+#include <vector>
 
 class Prompts;
 class QCheckBox;
