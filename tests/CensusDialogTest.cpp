@@ -30,18 +30,14 @@ protected:
     }
     static QStringList Lines(const dlgStarDotStar& d) {
         QStringList lines;
-        const auto* list = d.findChild<QListWidget*>("lstExtensions");
-        for (int i = 0; i < list->count(); ++i) {
-            lines << list->item(i)->text();
+        for (const QListWidgetItem* item : d.findChild<QListWidget*>("lstExtensions")->findItems("*", Qt::MatchWildcard)) {
+            lines << item->text();
         }
         return lines;
     }
     static void Select(dlgStarDotStar& d, const QString& extension) {
-        auto* list = d.findChild<QListWidget*>("lstExtensions");
-        for (int i = 0; i < list->count(); ++i) {
-            if (list->item(i)->text().startsWith(extension + "\t")) {
-                list->item(i)->setSelected(true);
-            }
+        for (QListWidgetItem* item : d.findChild<QListWidget*>("lstExtensions")->findItems(extension + "\t", Qt::MatchStartsWith)) {
+            item->setSelected(true);
         }
     }
     static bool Enabled(const dlgStarDotStar& d, int button) {

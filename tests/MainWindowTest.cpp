@@ -361,10 +361,6 @@ TEST(MainWindowSettings, ASettingsFileThatCannotBeUsedIsToldOnce) {
     EXPECT_EQ(profile.ProfileGetString("options", "LastFileMask", ""), "*.log");
 }
 
-} // namespace
-
-namespace {
-
 // Access keys offered at once that lead to more than one place, as "Alt+K: text / text": among
 // the window's visible buttons, labelled fields, tabs and menus, and within each menu.
 QStringList SharedAccessKeys(QWidget* window) {

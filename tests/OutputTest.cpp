@@ -99,6 +99,7 @@ struct TextFileCase {
     bool tooLarge;            // the write runs into the file-size limit
     std::string error;        // "" on success; "PATH" stands for the path written
     std::string afterwards;   // bytes of "t/target" (or of the path) afterwards; "-" for none
+    bool taken = false;       // "t/target" appears while the file is written
 };
 
 TEST(TextFile, WritesOnlyWhatItMayAndLeavesNothingHalfWritten) {
@@ -131,6 +132,8 @@ TEST(TextFile, WritesOnlyWhatItMayAndLeavesNothingHalfWritten) {
          "Cannot write PATH: File too large", "old"},
         {"short write: the new file is taken back", target, Mode::CreateNew, true,
          "Cannot write PATH: File too large", "-"},
+        {"a name taken meanwhile is left to its owner", target, Mode::CreateNew, false,
+         "Cannot write PATH: File exists", "theirs", true},
     };
     for (const TextFileCase& c : cases) {
         SCOPED_TRACE(c.what);
@@ -146,6 +149,9 @@ TEST(TextFile, WritesOnlyWhatItMayAndLeavesNothingHalfWritten) {
         }
         TextFile file;
         if (file.Open(path, c.mode)) {
+            if (c.taken) {
+                WriteBytes(t.Path("target"), "theirs");
+            }
             for (int i = 0; i < 2000; ++i) {
                 file.WriteLine(std::string(58, 'n'));
             }

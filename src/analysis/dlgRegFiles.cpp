@@ -95,11 +95,7 @@ void dlgRegFiles::PrefillList() {
 void dlgRegFiles::SetCurrentObjectMask(const QString& mask) {
     // The mask stays as it was passed in (a pattern the list lacks too) until the user picks.
     txtObjMask->setText(mask);
-    std::vector<QString> extensions;
-    for (const QString& extension : MaskExtensions(mask)) {
-        extensions.push_back(extension);
-    }
-    Select(extensions);
+    Select(MaskExtensions(mask));
     lstExtensions->scrollToTop();
 }
 

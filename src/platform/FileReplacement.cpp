@@ -120,7 +120,6 @@ bool TemporaryBeside::Create(const std::string& target) {
     }
     fd_.Reset(fd);
     flock(fd, LOCK_EX); // alive: no cleaner may take it
-
     temporary_ = name;
     return true;
 }

@@ -40,7 +40,7 @@ UniqueFd OpenFolder(const std::string& path, int flags, int base) {
                 return {};
             }
         }
-        const bool last = end == path.size();
+        const bool last = path.find_first_not_of('/', end) == std::string::npos;
         const std::string piece = path.substr(at, end - at);
         UniqueFd next(openat(folder ? folder.Get() : base, piece.c_str(),
                              last ? flags : O_PATH | O_DIRECTORY | O_CLOEXEC));
