@@ -11,6 +11,8 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <optional>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -82,11 +84,20 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
         {{"search", t.Path("sub"), "*.none", "--folders-only"}, 1, "",
          "No folders matching ' *.none ' were found in or under the root path ' " + t.Path("sub/") + " '\n"},
         {{"search", "--", "-no-such-root", "*"}, 1, "", "No files matching"},
-        {{"search", "/tmp"}, 2, "", "tallymoor: search needs ROOT and MASK"},
-        {{"search", "/tmp", "*", "--bogus"}, 2, "", "tallymoor: unknown option '--bogus'"},
-        {{"search", "/tmp", "*", "--threads", "0"}, 2, "", "tallymoor: --threads takes 1 to 64, not '0'"},
-        {{"frobnicate"}, 2, "", "tallymoor: unknown command 'frobnicate'"},
-        {{"census", "--filter", "2", t.Root(), "*.txt"}, 0, ".txt\t\t1 files\n", "Objects: 3"},
+        {{"search", "--threads=2", t.Root(), "*.txt", "--no-recurse", "-q"}, 0, t.Path("top.txt") + "\n", ""},
+        {{"search", "/tmp"}, 2, "", "tallymoor: search needs ROOT and MASK\nTry 'tallymoor search --help' for more.\n"},
+        {{"search", "/tmp", "*", "--bogus"}, 2, "", "tallymoor: unknown option '--bogus'\nTry 'tallymoor search --help' for more.\n"},
+        {{"search", "/tmp", "*", "--threads"}, 2, "", "tallymoor: --threads needs a value (N)\nTry"},
+        {{"search", "--quiet=yes", "/tmp", "*"}, 2, "", "tallymoor: --quiet takes no value\nTry"},
+        {{"census", "-0", "/tmp", "*"}, 2, "", "tallymoor: unknown option '-0'\nTry 'tallymoor census --help'"},
+        {{"search", "/tmp", "*", "--threads", "0"}, 2, "", "tallymoor: --threads takes 1 to 64, not '0'\nTry"},
+        {{"search"}, 2, "", "Usage:\n  tallymoor search [OPTION...] ROOT MASK\n\nsearch walks"},
+        {{"frobnicate", "x"}, 2, "", "tallymoor: unknown command 'frobnicate'\nTry 'tallymoor --help' for more.\n"},
+        {{"frobnicate"}, 2, "", "tallymoor: ' frobnicate ' is neither a command (search, census, trash, copy) nor a folder\nTry"},
+        {{t.Path("top.txt")}, 2, "", "tallymoor: ' " + t.Path("top.txt") + " ' is a file, not a folder\nTry"},
+        {{t.Path("no/such")}, 2, "", "tallymoor: " + t.Path("no/such") + ": No such file or directory\nTry"},
+        {{"--bogus"}, 2, "", "tallymoor: unknown option '--bogus'\nTry 'tallymoor --help' for more.\n"},
+        {{"census", "--filter=2", t.Root(), "*.txt"}, 0, ".txt\t\t1 files\n", "Objects: 3"},
         {{"census", "--filter", "3", t.Root(), "*.*"}, 0, "", "Objects: 3"},
         {{"census", "--filter", "1", t.Root(), "*.*"}, 2, "", "tallymoor: --filter takes 0 or 2 to 10, not '1'"},
         {{"census", t.Root(), "*.*", "--report", t.Path("top.txt")}, 3, "-",
@@ -109,13 +120,26 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
     }
     EXPECT_NE(ReadBytes(t.Path("r.txt")).find("#     Root Path:\t" + t.Root() + "\r\n#     File Mask:\t*.doc\r\n"),
               std::string::npos);
-    EXPECT_NE(RunCli({"--help"}).out.find("tallymoor search ROOT MASK"), std::string::npos);
-    // Copies go flat into DEST; the second time every name is there already.
+    // Help goes to standard output: the whole of it, or one command's.
+    EXPECT_NE(RunCli({"--help"}).out.find("  -0, --print0       end each path printed with a NUL "
+                                          "instead of a newline (search, trash, copy)\n"),
+              std::string::npos);
+    const CliRun help = RunCli({"copy", "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.out.substr(0, 51), "Usage:\n  tallymoor copy [OPTION...] ROOT MASK DEST\n");
+    EXPECT_EQ(help.out.find("--folders-only"), std::string::npos);
+    // Copies go flat into DEST, and are printed by their absolute path; the second time every
+    // name is there already.
     TestTree dest;
-    const CliRun copy = RunCli({"copy", t.Root(), "*.doc", dest.Dir()});
+    ASSERT_EQ(chdir(dest.Root().c_str()), 0);
+    const CliRun copy = RunCli({"copy", t.Root(), "*.doc", ".", "-0", "-q"});
     EXPECT_EQ(copy.status, 0);
-    EXPECT_EQ(copy.out.size(), dest.Path("top.doc\n").size() + dest.Path("inner.doc\n").size());
-    EXPECT_NE(copy.out.find(dest.Path("inner.doc\n")), std::string::npos);
+    std::string copies;
+    for (const std::string& p : ReaddirOrder(t.Root())) {
+        copies += EndsWith(p, ".doc") ? dest.Path(p.substr(p.rfind('/') + 1)) + '\0' : "";
+    }
+    EXPECT_EQ(copy.out, copies);
+    ASSERT_EQ(chdir("/"), 0);
     const CliRun again = RunCli({"copy", t.Root(), "*.doc", dest.Dir()});
     EXPECT_EQ(again.status, 4);
     EXPECT_NE(again.err.find(t.Path("top.doc") + "\tduplicate file\n"), std::string::npos);
@@ -123,6 +147,44 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
                   "tallymoor: Cannot create " + t.Path("top.txt") + ": File exists"),
               std::string::npos)
         << "a report never replaces a file";
+}
+
+// --times prints each path with its time as find's %T@ does, by either walk.
+TEST(Cli, SearchPrintsTimesOnlyWhenAskedFor) {
+    TestTree t;
+    t.File({"new.txt", "old.txt"});
+    t.SetTime("new.txt", 1700000000, 123456789);
+    t.SetTime("old.txt", -2, 500000000);
+    for (const int threads : {1, 2}) {
+        const std::string n = std::to_string(threads);
+        EXPECT_EQ(RunCli({"search", "--times", t.Root(), "new.txt;old.txt", "--threads", n}).out,
+                  t.Path("new.txt") + "\t1700000000.1234567\n" + t.Path("old.txt") +
+                      "\t-2.5000000\n");
+    }
+}
+
+// A folder that cannot be read is said as find says it; the rest is still searched.
+TEST(Cli, UnreadableFoldersAreSaidAndHaveAStatusOfTheirOwn) {
+    TestTree t;
+    t.File({"a.txt", "closed/b.txt", "open/c.txt"});
+    chmod(t.Root().c_str(), 0755);
+    chmod(t.Path("closed").c_str(), 0);
+    for (const char* threads : {"1", "2"}) {
+        const pid_t child = fork(); // root reads anything: the search runs as nobody
+        if (child == 0) {
+            if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) {
+                _exit(99);
+            }
+            const CliRun run = RunCli({"search", "-q", "--threads", threads, t.Root(), "*.txt"});
+            const bool ok = run.err == "tallymoor: " + t.Path("closed") + ": Permission denied\n" &&
+                            run.out.find(t.Path("open/c.txt")) != std::string::npos;
+            _exit(ok ? run.status : 98);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(WEXITSTATUS(status), 6) << threads;
+    }
+    chmod(t.Path("closed").c_str(), 0755);
 }
 
 TEST(Cli, TrashAsksOnTheTerminalAndListsWhatDidNotGo) {
@@ -141,7 +203,7 @@ TEST(Cli, TrashAsksOnTheTerminalAndListsWhatDidNotGo) {
     // No terminal: nothing goes without --yes; "n" declines.
     EXPECT_EQ(RunCli({"trash", t.Root(), "*.txt"}, system).status, 2);
     answer = "n";
-    EXPECT_EQ(RunCli({"trash", t.Root(), "*.txt"}, system).status, 0);
+    EXPECT_EQ(RunCli({"trash", t.Root(), "*.txt"}, system).status, 7);
     EXPECT_EQ(asked, (std::vector<std::string>{"Send 5 items to the trash? [y/N] ",
                                                "Send 5 items to the trash? [y/N] "}));
     EXPECT_TRUE(trashed.empty());
@@ -171,8 +233,15 @@ TEST(Cli, TheSettingsOptionIsTakenOutWherever) {
         EXPECT_EQ(args, left);
     }
     // A folder alone opens the window there (as a file manager's "Open With" passes it).
-    EXPECT_FALSE(IsCommandLineInvocation({}) || IsCommandLineInvocation({"/tmp"}));
-    EXPECT_TRUE(IsCommandLineInvocation({"/no/such/folder"}) && IsCommandLineInvocation({"--help"}));
+    // A command word is a command even where a folder of that name is here.
+    TestTree t;
+    t.Folder("search");
+    ASSERT_EQ(chdir(t.Root().c_str()), 0);
+    EXPECT_FALSE(IsCommandLineInvocation({}) || IsCommandLineInvocation({"/tmp"}) ||
+                 IsCommandLineInvocation({"./search"}));
+    EXPECT_TRUE(IsCommandLineInvocation({"/no/such/folder"}) && IsCommandLineInvocation({"--help"}) &&
+                IsCommandLineInvocation({"search"}));
+    ASSERT_EQ(chdir("/"), 0);
 }
 
 // Results that cannot be written are not "found": every command says why and exits 5.

@@ -32,70 +32,212 @@ constexpr int kExitUsage = 2;
 constexpr int kExitReportFailed = 3;
 constexpr int kExitNotProcessed = 4;
 constexpr int kExitOutputFailed = 5;
+constexpr int kExitNotRead = 6;
+constexpr int kExitDeclined = 7;
 constexpr int kExitInterrupted = 130;
 
-constexpr const char* kUsage = QT_TRANSLATE_NOOP(
+enum class Command { Search, Census, Trash, Copy };
+constexpr unsigned Bit(Command c) {
+    return 1u << static_cast<unsigned>(c);
+}
+constexpr unsigned kEveryCommand = 0xF;
+
+struct CommandInfo {
+    std::string_view word;
+    Command command;
+    const char* operands;
+    const char* about;
+};
+
+const CommandInfo kCommands[] = {
+    {"search", Command::Search, "ROOT MASK",
+     QT_TRANSLATE_NOOP("Cli",
+                       "search walks ROOT depth first and prints every path the search keeps, one "
+                       "per line, in\nthe order found, as raw bytes. MASK is one or more wildcard "
+                       "patterns separated by \";\"\n(\"*.txt;*.log\"), matched without regard to "
+                       "case; \"*.*\" keeps every file. Folders whose\nname begins with \".\" are "
+                       "skipped; symbolic links are listed like files, never followed.\n")},
+    {"census", Command::Census, "ROOT MASK",
+     QT_TRANSLATE_NOOP("Cli",
+                       "census runs the same search and prints the file-type census instead: one "
+                       "line per type\n(extension, two TABs, count, \" files\"; \".\" stands for "
+                       "names without an extension),\nin the order the File Types dialog shows "
+                       "them.\n")},
+    {"trash", Command::Trash, "ROOT MASK",
+     QT_TRANSLATE_NOOP("Cli",
+                       "trash runs the same search and sends every result to the desktop's trash, "
+                       "where it can\nbe restored from. It asks first on the terminal (\"Send N "
+                       "items to the trash? [y/N]\"),\nand without a terminal does nothing unless "
+                       "--yes is given. Trashed paths go to standard\noutput; an item not "
+                       "processed goes to standard error as its path, a TAB and why. A\nfolder "
+                       "takes along the results inside it.\n")},
+    {"copy", Command::Copy, "ROOT MASK DEST",
+     QT_TRANSLATE_NOOP("Cli",
+                       "copy runs the same search and copies every result file into the folder "
+                       "DEST, under its\nown name; a name already in DEST is never written over "
+                       "(the file is listed as a\n\"duplicate file\"). The absolute paths of the "
+                       "new copies go to standard output; a file\nnot copied goes to standard "
+                       "error as its path, a TAB and why.\n")},
+};
+
+enum class Option {
+    FoldersOnly,
+    Except,
+    NoRecurse,
+    Print0,
+    Times,
+    Filter,
+    Report,
+    Yes,
+    Threads,
+    Quiet,
+    Help
+};
+
+struct OptionInfo {
+    Option option;
+    std::string_view name; // without its "--"
+    char letter;           // the short form, or 0
+    const char* value;     // what it takes, or nullptr
+    unsigned commands;
+    const char* help;
+};
+
+const OptionInfo kOptions[] = {
+    {Option::FoldersOnly, "folders-only", 0, nullptr, kEveryCommand & ~Bit(Command::Copy),
+     QT_TRANSLATE_NOOP("Cli", "list folders instead of files")},
+    {Option::Except, "except", 0, nullptr, kEveryCommand,
+     QT_TRANSLATE_NOOP("Cli", "list every file that matches none of the patterns")},
+    {Option::NoRecurse, "no-recurse", 0, nullptr, kEveryCommand,
+     QT_TRANSLATE_NOOP("Cli", "examine ROOT's own entries only")},
+    {Option::Print0, "print0", '0', nullptr, kEveryCommand & ~Bit(Command::Census),
+     QT_TRANSLATE_NOOP("Cli", "end each path printed with a NUL instead of a newline")},
+    {Option::Times, "times", 0, nullptr, Bit(Command::Search),
+     QT_TRANSLATE_NOOP("Cli", "print a TAB and the modification time after each path, in\n"
+                              "seconds since 1970 with seven decimals (as find's %T@)")},
+    {Option::Filter, "filter", 0, "N", Bit(Command::Census),
+     QT_TRANSLATE_NOOP("Cli", "show only the types of count range N, as the dialog's Filter menu:\n"
+                              "2 under 5 files, 3 5-10, 4 10-20, 5 20-50, 6 50-100, 7 100-500,\n"
+                              "8 500-1000, 9 1000-5000, 10 5000 and over (0: all)")},
+    {Option::Report, "report", 0, "FILE", Bit(Command::Census),
+     QT_TRANSLATE_NOOP("Cli", "also write the census report to FILE (a new file: an existing\n"
+                              "one is never replaced)")},
+    {Option::Yes, "yes", 0, nullptr, Bit(Command::Trash),
+     QT_TRANSLATE_NOOP("Cli", "trash without asking")},
+    {Option::Threads, "threads", 0, "N", kEveryCommand,
+     QT_TRANSLATE_NOOP("Cli", "read folders on N threads (default: one per processor, at most 8;\n"
+                              "1 reads them on the walking thread); what is found and its order\n"
+                              "are the same")},
+    {Option::Quiet, "quiet", 'q', nullptr, kEveryCommand,
+     QT_TRANSLATE_NOOP("Cli", "leave out the closing counts (errors are still said)")},
+    {Option::Help, "help", 'h', nullptr, kEveryCommand,
+     QT_TRANSLATE_NOOP("Cli", "print this help and exit")},
+};
+
+constexpr const char* kWindowUsage = QT_TRANSLATE_NOOP(
+    "Cli", "  tallymoor [--settings FILE] [FOLDER]   open the window (FILE: the settings file to "
+           "use;\n                                         FOLDER: the Start Path)\n");
+
+constexpr const char* kEndOfOptions = QT_TRANSLATE_NOOP(
+    "Cli", "  --                 end of options (for a ROOT or MASK that begins with \"-\")\n");
+
+constexpr const char* kCounts = QT_TRANSLATE_NOOP(
+    "Cli", "The closing counts go to standard error. A folder that cannot be read is said there\n"
+           "as \"tallymoor: PATH: reason\", and the walk goes on.\n");
+
+constexpr const char* kExitStatuses = QT_TRANSLATE_NOOP(
     "Cli",
-    "Usage:\n"
-    "  tallymoor [--settings FILE] [FOLDER]   open the window (FILE: the settings file to use;\n"
-    "                                         FOLDER: the Start Path)\n"
-    "  tallymoor search ROOT MASK [--folders-only] [--except] [--no-recurse] [-0|--print0]\n"
-    "  tallymoor census ROOT MASK [--filter N] [--report FILE] [--folders-only] [--except]\n"
-    "                   [--no-recurse]\n"
-    "  tallymoor trash ROOT MASK [--folders-only] [--except] [--no-recurse] [--yes]\n"
-    "  tallymoor copy ROOT MASK DEST [--except] [--no-recurse]\n"
-    "  (each of them also takes --threads N)\n"
-    "  tallymoor --help | --version\n"
-    "\n"
-    "search walks ROOT depth first and prints every path the search keeps, one per line, in\n"
-    "the order found, as raw bytes. MASK is one or more wildcard patterns separated by \";\"\n"
-    "(\"*.txt;*.log\"), matched without regard to case; \"*.*\" keeps every file. Folders whose\n"
-    "name begins with \".\" are skipped; symbolic links are listed like files, never followed.\n"
-    "The closing counts go to standard error.\n"
-    "\n"
-    "census runs the same search and prints the file-type census instead: one line per type\n"
-    "(extension, two TABs, count, \" files\"; \".\" stands for names without an extension),\n"
-    "in the order the File Types dialog shows them.\n"
-    "\n"
-    "trash runs the same search and sends every result to the desktop's trash, where it can\n"
-    "be restored from. It asks first on the terminal (\"Send N items to the trash? [y/N]\"),\n"
-    "and without a terminal does nothing unless --yes is given. Trashed paths go to standard\n"
-    "output; an item not processed goes to standard error as its path, a TAB and why. A\n"
-    "folder takes along the results inside it.\n"
-    "\n"
-    "copy runs the same search and copies every result file into the folder DEST, under its\n"
-    "own name; a name already in DEST is never written over (the file is listed as a\n"
-    "\"duplicate file\"). The new copies' paths go to standard output; a file not copied goes to\n"
-    "standard error as its path, a TAB and why.\n"
-    "\n"
-    "  --folders-only   list folders instead of files\n"
-    "  --except         list every file that matches none of the patterns\n"
-    "  --no-recurse     examine ROOT's own entries only\n"
-    "  -0, --print0     end each path with a NUL instead of a newline\n"
-    "  --filter N       show only the types of count range N, as the dialog's Filter menu:\n"
-    "                   2 under 5 files, 3 5-10, 4 10-20, 5 20-50, 6 50-100, 7 100-500,\n"
-    "                   8 500-1000, 9 1000-5000, 10 5000 and over (0: all)\n"
-    "  --report FILE    also write the census report to FILE (a new file: an existing one\n"
-    "                   is never replaced)\n"
-    "  --yes            trash without asking\n"
-    "  --threads N      read folders on N threads (default: one per processor, at most 8;\n"
-    "                   1 reads them on the walking thread); what is found and its order\n"
-    "                   are the same\n"
-    "  --               end of options (for a ROOT or MASK that begins with \"-\")\n"
-    "\n"
-    "Exit status: 0 something found, 1 nothing found (or ROOT is not a folder),\n"
-    "2 bad usage, a refused mask, a DEST that is not a folder or no terminal to ask on,\n"
-    "3 the report could not be written,\n"
-    "4 some items were not processed (each is listed),\n"
-    "5 standard output could not be written (the reason goes to standard error),\n"
-    "130 interrupted by Ctrl-C (what was found is printed).\n");
+    "Exit status:\n"
+    "  0    something was found (and every command on it was carried out)\n"
+    "  1    nothing was found, or ROOT is not a folder\n"
+    "  2    bad usage, a refused mask, a DEST that is not a folder, or no terminal to ask on\n"
+    "  3    the census report could not be written\n"
+    "  4    some items were not processed (each is listed on standard error)\n"
+    "  5    standard output could not be written (the reason goes to standard error)\n"
+    "  6    some folders or files could not be read, and nothing else failed\n"
+    "  7    the trash was declined at its question: nothing was sent\n"
+    "  130  interrupted by Ctrl-C (what was found is printed)\n"
+    "A reader that goes away (tallymoor search ... | head) ends tallymoor by SIGPIPE, as it\n"
+    "ends any filter; the shell shows 141.\n");
 
 struct Text {
     Q_DECLARE_TR_FUNCTIONS(Cli)
 };
 
-std::string Usage() {
-    return QCoreApplication::translate("Cli", kUsage).toStdString();
+std::string Tr(const char* text) {
+    return QCoreApplication::translate("Cli", text).toStdString();
+}
+
+const CommandInfo* FindCommand(std::string_view word) {
+    for (const CommandInfo& c : kCommands) {
+        if (c.word == word) {
+            return &c;
+        }
+    }
+    return nullptr;
+}
+
+std::string Indented(const std::string& text, size_t width) {
+    std::string out;
+    for (const char c : text) {
+        out += c;
+        if (c == '\n') {
+            out.append(width, ' ');
+        }
+    }
+    return out;
+}
+
+// An option's line in the help: its names in a column, then what it does; `forCommands` adds
+// the commands that take it when not all do.
+std::string OptionHelp(const OptionInfo& o, bool forCommands) {
+    std::string names = o.letter ? std::string("  -") + o.letter + ", --" : std::string("  --");
+    names.append(o.name);
+    if (o.value) {
+        names.append(" ").append(o.value);
+    }
+    constexpr size_t kColumn = 21;
+    names.resize(std::max(names.size() + 1, kColumn), ' ');
+    std::string help = Indented(Tr(o.help), kColumn);
+    if (forCommands && o.commands != kEveryCommand) {
+        std::string words;
+        for (const CommandInfo& c : kCommands) {
+            if (o.commands & Bit(c.command)) {
+                words.append(words.empty() ? "" : ", ").append(c.word);
+            }
+        }
+        help += " (" + words + ")";
+    }
+    return names + help + "\n";
+}
+
+// The whole help, or one command's.
+std::string Usage(const CommandInfo* only) {
+    std::string text = Tr(QT_TRANSLATE_NOOP("Cli", "Usage:\n"));
+    if (!only) {
+        text += Tr(kWindowUsage);
+    }
+    for (const CommandInfo& c : kCommands) {
+        if (!only || only == &c) {
+            text.append("  tallymoor ").append(c.word).append(" [OPTION...] ").append(c.operands);
+            text += '\n';
+        }
+    }
+    if (!only) {
+        text += "  tallymoor COMMAND --help\n  tallymoor --help | --version\n";
+    }
+    for (const CommandInfo& c : kCommands) {
+        if (!only || only == &c) {
+            text += '\n' + Tr(c.about);
+        }
+    }
+    text += '\n' + Tr(kCounts) + '\n' + Tr(QT_TRANSLATE_NOOP("Cli", "Options:\n"));
+    for (const OptionInfo& o : kOptions) {
+        if (!only || (o.commands & Bit(only->command))) {
+            text += OptionHelp(o, !only);
+        }
+    }
+    return text + Tr(kEndOfOptions) + '\n' + Tr(kExitStatuses);
 }
 
 // A message on standard error, and its line's end: the words translated, the values (paths,
@@ -104,6 +246,15 @@ void Say(std::FILE* err, const QString& words,
          std::initializer_list<std::string_view> values = {}) {
     const std::string text = FillIn(words.toStdString(), values) + '\n';
     std::fwrite(text.data(), 1, text.size(), err);
+}
+
+// A usage error: one line of why, one of where to read more.
+int UsageError(std::FILE* err, const QString& why, std::initializer_list<std::string_view> values,
+               std::string_view command = {}) {
+    Say(err, why, values);
+    const std::string program = command.empty() ? "tallymoor" : "tallymoor " + std::string(command);
+    Say(err, Text::tr("Try '%1 --help' for more."), {program});
+    return kExitUsage;
 }
 
 void PrintLine(std::FILE* stream, const QString& text) {
@@ -146,6 +297,13 @@ int OutputFailed(const CheckedOutput& out, std::FILE* err) {
     return kExitOutputFailed;
 }
 
+// Prints the text and ends: 0, or 5 when it could not be written.
+int PrintAndEnd(std::FILE* stdOut, std::FILE* err, const std::string& text) {
+    CheckedOutput out(stdOut);
+    out.Write(text);
+    return out.Finish() ? kExitFound : OutputFailed(out, err);
+}
+
 std::atomic<CancelFlag*> interruptTarget{nullptr};
 
 extern "C" void RaiseCancelOnSignal(int) {
@@ -176,100 +334,200 @@ private:
     struct sigaction previous_ {};
 };
 
-// What both commands take: ROOT, MASK and the search options.
+// Says each folder or file the walk could not read, as find does, and counts them; everything
+// else goes on to the observer, when there is one.
+class ReadProblems : public WalkListener {
+public:
+    ReadProblems(std::FILE* err, WalkListener* observer) : err_(err), observer_(observer) {}
+    void ObjectsCounted(int64_t shown) override {
+        if (observer_) {
+            observer_->ObjectsCounted(shown);
+        }
+    }
+    void FolderEntered(std::string_view name, int64_t objects, int32_t matched) override {
+        if (observer_) {
+            observer_->FolderEntered(name, objects, matched);
+        }
+    }
+    void Yield() override {
+        if (observer_) {
+            observer_->Yield();
+        }
+    }
+    void NotRead(std::string_view path, int error) override {
+        ++count_;
+        Say(err_, Text::tr("tallymoor: %1: %2"), {path, std::strerror(error)});
+    }
+    int Count() const { return count_; }
+
+private:
+    std::FILE* err_;
+    WalkListener* observer_;
+    int count_ = 0;
+};
+
+// What the commands take: ROOT, MASK and the options.
 struct Request {
+    const CommandInfo* command = nullptr;
     SearchOptions options;
     std::string root;
     bool print0 = false;
+    bool times = false;
+    bool quiet = false;
+    bool help = false;
     int filter = 0;
     std::string report;
     bool yes = false;
-    std::string destination; // copy's DEST
+    std::string destination; // copy's DEST, absolute
+    bool Is(Command c) const { return command->command == c; }
 };
 
-// Parses the arguments after the command; returns false (after saying why) on bad usage.
-bool ParseRequest(const std::vector<std::string>& args, Request& request, std::FILE* err) {
-    const bool census = args[0] == "census";
+// A whole number in [low, high], or nothing.
+std::optional<int> NumberIn(const std::string& value, long low, long high) {
+    char* end = nullptr;
+    errno = 0;
+    const long number = std::strtol(value.c_str(), &end, 10);
+    if (value.empty() || *end != '\0' || errno != 0 || number < low || number > high) {
+        return std::nullopt;
+    }
+    return static_cast<int>(number);
+}
+
+// Sets one option from its value; returns false (after saying why) when the value is refused.
+bool TakeOption(const OptionInfo& o, const std::string& value, Request& request, std::FILE* err) {
+    switch (o.option) {
+    case Option::FoldersOnly:
+        request.options.FoldersOnly = true;
+        break;
+    case Option::Except:
+        request.options.ExpectedMatch = 0;
+        break;
+    case Option::NoRecurse:
+        request.options.Recurse = false;
+        break;
+    case Option::Print0:
+        request.print0 = true;
+        break;
+    case Option::Times:
+        request.times = true;
+        break;
+    case Option::Yes:
+        request.yes = true;
+        break;
+    case Option::Quiet:
+        request.quiet = true;
+        break;
+    case Option::Help:
+        request.help = true;
+        break;
+    case Option::Report:
+        request.report = value;
+        break;
+    case Option::Filter: {
+        const auto filter = NumberIn(value, 0, kCountRanges - 1);
+        if (!filter || *filter == 1) {
+            UsageError(err, Text::tr("tallymoor: --filter takes 0 or 2 to 10, not '%1'"), {value},
+                       request.command->word);
+            return false;
+        }
+        request.filter = *filter;
+        break;
+    }
+    case Option::Threads: {
+        const auto threads = NumberIn(value, 1, 64);
+        if (!threads) {
+            UsageError(err, Text::tr("tallymoor: --threads takes 1 to 64, not '%1'"), {value},
+                       request.command->word);
+            return false;
+        }
+        request.options.Threads = *threads;
+        break;
+    }
+    }
+    return true;
+}
+
+// The option `arg` names ("--name", "--name=value", "-x"), when this command takes it.
+const OptionInfo* FindOption(std::string_view arg, const Request& request) {
+    const bool isLong = arg.substr(0, 2) == "--";
+    const std::string_view name = isLong ? arg.substr(2, arg.find('=') - 2) : arg.substr(1);
+    for (const OptionInfo& o : kOptions) {
+        const bool named = isLong ? o.name == name : name.size() == 1 && o.letter == name[0];
+        if (named && (o.commands & Bit(request.command->command))) {
+            return &o;
+        }
+    }
+    return nullptr;
+}
+
+// Parses the arguments after the command word; returns a usage status (after saying why) or -1.
+int ParseRequest(const std::vector<std::string>& args, Request& request, std::FILE* err) {
+    const std::string_view word = request.command->word;
     request.options.ShowFolderProgress = false; // nobody watches a status line here
     std::vector<std::string> positional;
     bool optionsEnded = false;
     for (size_t i = 1; i < args.size(); ++i) {
-        const std::string_view a = args[i];
-        const bool hasValue = i + 1 < args.size();
-        if (optionsEnded || a.empty() || a.front() != '-' || a == "-") {
-            positional.push_back(args[i]);
-        } else if (a == "--") {
+        const std::string& a = args[i];
+        if (optionsEnded || a.size() < 2 || a.front() != '-') {
+            positional.push_back(a);
+            continue;
+        }
+        if (a == "--") {
             optionsEnded = true;
-        } else if (a == "--folders-only" && args[0] != "copy") {
-            request.options.FoldersOnly = true;
-        } else if (a == "--except") {
-            request.options.ExpectedMatch = 0;
-        } else if (a == "--no-recurse") {
-            request.options.Recurse = false;
-        } else if (args[0] == "trash" && a == "--yes") {
-            request.yes = true;
-        } else if (args[0] == "search" && (a == "-0" || a == "--print0")) {
-            request.print0 = true;
-        } else if (census && a == "--filter" && hasValue) {
-            const std::string& value = args[++i];
-            char* end = nullptr;
-            const long filter = std::strtol(value.c_str(), &end, 10);
-            if (value.empty() || *end != '\0' || filter < 0 || filter >= kCountRanges ||
-                filter == 1) {
-                Say(err, Text::tr("tallymoor: --filter takes 0 or 2 to 10, not '%1'"), {value});
-                return false;
-            }
-            request.filter = static_cast<int>(filter);
-        } else if (census && a == "--report" && hasValue) {
-            request.report = args[++i];
-        } else if (a == "--threads" && hasValue) {
-            const std::string& value = args[++i];
-            char* end = nullptr;
-            const long threads = std::strtol(value.c_str(), &end, 10);
-            if (value.empty() || *end != '\0' || threads < 1 || threads > 64) {
-                Say(err, Text::tr("tallymoor: --threads takes 1 to 64, not '%1'"), {value});
-                return false;
-            }
-            request.options.Threads = static_cast<int>(threads);
-        } else {
-            Say(err, Text::tr("tallymoor: unknown option '%1'"), {args[i]});
-            std::fputs(Usage().c_str(), err);
-            return false;
+            continue;
+        }
+        const OptionInfo* o = FindOption(a, request);
+        if (!o) {
+            return UsageError(err, Text::tr("tallymoor: unknown option '%1'"), {a}, word);
+        }
+        const size_t equals = a.substr(0, 2) == "--" ? a.find('=') : std::string::npos;
+        std::string value;
+        if (!o->value && equals != std::string::npos) {
+            return UsageError(err, Text::tr("tallymoor: --%1 takes no value"), {o->name}, word);
+        }
+        if (o->value && equals != std::string::npos) {
+            value = a.substr(equals + 1);
+        } else if (o->value && i + 1 < args.size()) {
+            value = args[++i];
+        } else if (o->value) {
+            return UsageError(err, Text::tr("tallymoor: --%1 needs a value (%2)"),
+                              {o->name, o->value}, word);
+        }
+        if (!TakeOption(*o, value, request, err)) {
+            return kExitUsage;
         }
     }
-    const bool copy = args[0] == "copy";
+    if (request.help) {
+        return -1;
+    }
+    const bool copy = request.Is(Command::Copy);
     if (positional.size() != (copy ? 3u : 2u)) {
-        Say(err,
-            copy ? Text::tr("tallymoor: %1 needs ROOT, MASK and DEST")
-                 : Text::tr("tallymoor: %1 needs ROOT and MASK"),
-            {args[0]});
-        std::fputs(Usage().c_str(), err);
-        return false;
+        return UsageError(err,
+                          copy ? Text::tr("tallymoor: %1 needs ROOT, MASK and DEST")
+                               : Text::tr("tallymoor: %1 needs ROOT and MASK"),
+                          {word}, word);
     }
     request.root = positional[0];
     request.options.MaskText = positional[1];
+    request.options.KeepTimes = request.times; // nothing else here prints a time
     if (copy) {
-        request.destination = positional[2];
+        request.destination = AbsolutePath(positional[2]);
         struct stat st {};
         if (stat(request.destination.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
-            Say(err, Text::tr("tallymoor: DEST ' %1 ' is not a folder"), {request.destination});
-            return false;
+            Say(err, Text::tr("tallymoor: DEST ' %1 ' is not a folder"), {positional[2]});
+            return kExitUsage;
         }
         while (request.destination.size() > 1 && request.destination.back() == '/') {
             request.destination.pop_back();
         }
     }
-    return true;
+    return -1;
 }
 
-// Reads the command's arguments, checks the mask and walks the root, as the window does.
-// Returns an exit status when the command ends here (bad usage, a refused mask, no folder,
-// nothing found); -1 when there are results.
-int ParseAndSearch(const std::vector<std::string>& args, Request& request, SearchSession& session,
-                   CancelFlag& cancel, std::FILE* err, WalkListener* walkObserver) {
-    if (!ParseRequest(args, request, err)) {
-        return kExitUsage;
-    }
+// Checks the mask and walks the root, as the window does. Returns an exit status when the
+// command ends here (a refused mask, no folder); -1 when the search ran over a folder.
+int Search(Request& request, SearchSession& session, CancelFlag& cancel, std::FILE* err,
+           ReadProblems& listener) {
     if (const MaskVerdict verdict = ValidateMask(request.options.MaskText);
         verdict != MaskVerdict::Accepted) {
         PrintLine(err, MaskRefusalText(verdict));
@@ -279,14 +537,14 @@ int ParseAndSearch(const std::vector<std::string>& args, Request& request, Searc
     session.Prepare(request.root, request.options);
     {
         InterruptCancels interrupts(cancel);
-        session.Run(cancel, walkObserver);
+        session.Run(cancel, &listener);
     }
     if (!session.RootWasFolder() || !session.ResultsAvailable()) {
         PrintLine(err, NoMatchesMessage(request.options.FoldersOnly,
                                         QString::fromStdString(request.options.MaskText),
                                         DisplayPath(session.RootPath())));
         if (!session.RootWasFolder()) {
-            return kExitNothingFound;
+            return listener.Count() > 0 ? kExitNotRead : kExitNothingFound;
         }
     } else {
         session.CloseStore();
@@ -294,29 +552,50 @@ int ParseAndSearch(const std::vector<std::string>& args, Request& request, Searc
     return -1;
 }
 
-void PrintCounts(const SearchSession& session, std::FILE* err) {
+void PrintCounts(const Request& request, const SearchSession& session, std::FILE* err) {
+    if (request.quiet) {
+        return;
+    }
     const SearchCounters& counters = session.Counters();
     PrintLine(err, ObjectsText(counters.ObjectCount));
     PrintLine(err, MatchedText(counters.MatchedCount));
     PrintLine(err, ElapsedText(session.ElapsedSeconds()));
 }
 
-int ExitStatus(const SearchSession& session, const CancelFlag& cancel) {
+// The status of a command that did all it was asked: what was found, unless something was
+// interrupted or could not be read.
+int ExitStatus(const SearchSession& session, const CancelFlag& cancel, const ReadProblems& read) {
     if (cancel.IsRaised()) {
         return kExitInterrupted;
+    }
+    if (read.Count() > 0) {
+        return kExitNotRead;
     }
     return session.ResultsAvailable() ? kExitFound : kExitNothingFound;
 }
 
-int Search(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
-           WalkListener* walkObserver) {
-    Request request;
-    SearchSession session;
-    CancelFlag cancel;
-    if (const int status = ParseAndSearch(args, request, session, cancel, err, walkObserver);
-        status >= 0) {
-        return status;
+// "PATH<TAB>seconds.fraction" as find's %T@ prints it, to the store's 100 ns.
+void WriteTime(CheckedOutput& out, int64_t fileTime) {
+    if (fileTime == 0) {
+        return; // not known: its reason was said during the walk
     }
+    constexpr int64_t kUnitsPerSecond = 10000000;
+    constexpr int64_t k1601To1970 = 11644473600LL * kUnitsPerSecond;
+    const int64_t units = fileTime - k1601To1970;
+    int64_t seconds = units / kUnitsPerSecond;
+    int64_t fraction = units % kUnitsPerSecond;
+    if (fraction < 0) {
+        --seconds;
+        fraction += kUnitsPerSecond;
+    }
+    char text[48];
+    const int n = std::snprintf(text, sizeof text, "%lld.%07lld", static_cast<long long>(seconds),
+                                static_cast<long long>(fraction));
+    out.Write(std::string_view(text, static_cast<size_t>(n)));
+}
+
+int PrintPaths(const Request& request, const SearchSession& session, const CancelFlag& cancel,
+               const ReadProblems& read, std::FILE* stdOut, std::FILE* err) {
     CheckedOutput out(stdOut);
     if (session.ResultsAvailable()) {
         const FileDataArray& store = session.Store();
@@ -324,30 +603,27 @@ int Search(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* e
         PathComposer composer(store);
         for (int32_t i = 0; i <= store.UBound() && out.Error() == 0; ++i) {
             out.Write(composer.FullPath(i));
+            if (request.times) {
+                out.Put('\t');
+                WriteTime(out, store[i].LastWriteTime);
+            }
             out.Put(end);
         }
     }
     if (!out.Finish()) {
         return OutputFailed(out, err);
     }
-    PrintCounts(session, err);
-    return ExitStatus(session, cancel);
+    PrintCounts(request, session, err);
+    return ExitStatus(session, cancel, read);
 }
 
 // The census as the window's dialog shows it: built over every record, then narrowed by the
 // Filter menu's range when one is asked for.
-int CensusCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
-                  WalkListener* walkObserver) {
-    Request request;
-    SearchSession session;
-    CancelFlag cancel;
-    if (const int status = ParseAndSearch(args, request, session, cancel, err, walkObserver);
-        status >= 0) {
-        return status;
-    }
+int PrintCensus(const Request& request, SearchSession& session, const CancelFlag& cancel,
+                const ReadProblems& read, std::FILE* stdOut, std::FILE* err) {
     if (!session.ResultsAvailable()) {
-        PrintCounts(session, err);
-        return ExitStatus(session, cancel);
+        PrintCounts(request, session, err);
+        return ExitStatus(session, cancel, read);
     }
     Census census;
     census.Build(
@@ -363,7 +639,7 @@ int CensusCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::
     if (!out.Finish()) {
         return OutputFailed(out, err);
     }
-    PrintCounts(session, err);
+    PrintCounts(request, session, err);
     if (!request.report.empty()) {
         const std::string error =
             WriteCensusReport(request.report, TextFile::Mode::CreateNew, census.Shown(),
@@ -373,7 +649,7 @@ int CensusCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::
             return kExitReportFailed;
         }
     }
-    return ExitStatus(session, cancel);
+    return ExitStatus(session, cancel, read);
 }
 
 // Nobody to ask: a message goes to standard error, every question is declined.
@@ -442,22 +718,16 @@ std::vector<SelectedItem> TrashSelection(const FileDataArray& store) {
     return selection;
 }
 
-// The trash and copy commands: the search, then every result through the window's engine.
-// What was handled goes to standard output (a trashed path, a new copy's path), what was not to
-// standard error as its path, a TAB and its remark.
-int FileCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FILE* err,
-                WalkListener* walkObserver, const CliSystem& system) {
-    const bool trash = args[0] == "trash";
-    Request request;
-    SearchSession session;
-    CancelFlag cancel;
-    if (const int status = ParseAndSearch(args, request, session, cancel, err, walkObserver);
-        status >= 0) {
-        return status;
-    }
-    PrintCounts(session, err);
+// The trash and copy commands: every result through the window's engine. What was handled
+// goes to standard output (a trashed path, a new copy's path), what was not to standard error
+// as its path, a TAB and its remark.
+int RunFileCommand(const Request& request, const SearchSession& session, CancelFlag& cancel,
+                   const ReadProblems& read, const CliSystem& system, std::FILE* stdOut,
+                   std::FILE* err) {
+    const bool trash = request.Is(Command::Trash);
+    PrintCounts(request, session, err);
     if (!session.ResultsAvailable()) {
-        return ExitStatus(session, cancel);
+        return ExitStatus(session, cancel, read);
     }
     const FileDataArray& store = session.Store();
     std::vector<SelectedItem> selection;
@@ -468,7 +738,6 @@ int FileCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FI
             selection.push_back({std::string(store[i].FullPath()), store[i].LastWriteTime});
         }
     }
-    const std::string count = std::to_string(selection.size());
     if (trash && !request.yes) {
         const auto answer = system.askTerminal
                                 ? system.askTerminal(Text::tr("Send %1 items to the trash? [y/N] ")
@@ -479,11 +748,11 @@ int FileCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FI
             Say(err,
                 Text::tr("tallymoor: %1 items found; without a terminal to ask on, nothing goes to "
                          "the trash unless --yes is given"),
-                {count});
+                {std::to_string(selection.size())});
             return kExitUsage;
         }
         if (*answer != "y" && *answer != "Y" && *answer != "yes") {
-            return kExitFound;
+            return kExitDeclined;
         }
     }
     AppSettings batch;
@@ -492,6 +761,7 @@ int FileCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FI
     Unattended prompts(err);
     StatusLine status;
     CheckedOutput out(stdOut);
+    const char end = request.print0 ? '\0' : '\n';
     CommandContext context{batch,
                            prompts,
                            desktop,
@@ -503,7 +773,7 @@ int FileCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FI
                            [] {},
                            [&](std::string_view path) {
                                out.Write(path);
-                               out.Put('\n');
+                               out.Put(end);
                            }};
     std::vector<SkippedItem> notProcessed;
     {
@@ -528,7 +798,56 @@ int FileCommand(const std::vector<std::string>& args, std::FILE* stdOut, std::FI
     if (cancel.IsRaised()) {
         return kExitInterrupted;
     }
-    return notProcessed.empty() ? kExitFound : kExitNotProcessed;
+    return notProcessed.empty() ? ExitStatus(session, cancel, read) : kExitNotProcessed;
+}
+
+// A command word and what follows it.
+int RunCommand(const CommandInfo& command, const std::vector<std::string>& args, std::FILE* stdOut,
+               std::FILE* err, WalkListener* walkObserver, const CliSystem& system) {
+    Request request;
+    request.command = &command;
+    if (args.size() == 1) { // the word alone: what it takes
+        std::fputs(Usage(&command).c_str(), err);
+        return kExitUsage;
+    }
+    if (const int status = ParseRequest(args, request, err); status >= 0) {
+        return status;
+    }
+    if (request.help) {
+        return PrintAndEnd(stdOut, err, Usage(&command));
+    }
+    SearchSession session;
+    CancelFlag cancel;
+    ReadProblems read(err, walkObserver);
+    if (const int status = Search(request, session, cancel, err, read); status >= 0) {
+        return status;
+    }
+    switch (command.command) {
+    case Command::Search:
+        return PrintPaths(request, session, cancel, read, stdOut, err);
+    case Command::Census:
+        return PrintCensus(request, session, cancel, read, stdOut, err);
+    case Command::Trash:
+    case Command::Copy:
+        return RunFileCommand(request, session, cancel, read, system, stdOut, err);
+    }
+    return kExitUsage;
+}
+
+// A first argument that is neither a command nor an option: a folder the window cannot open.
+int NotAFolder(const std::string& arg, std::FILE* err) {
+    struct stat st {};
+    if (stat(arg.c_str(), &st) == 0) {
+        return UsageError(err, Text::tr("tallymoor: ' %1 ' is a file, not a folder"), {arg});
+    }
+    const int error = errno;
+    if (arg.find('/') == std::string::npos && error == ENOENT) {
+        return UsageError(err,
+                          Text::tr("tallymoor: ' %1 ' is neither a command (search, census, trash, "
+                                   "copy) nor a folder"),
+                          {arg});
+    }
+    return UsageError(err, Text::tr("tallymoor: %1: %2"), {arg, std::strerror(error)});
 }
 
 } // namespace
@@ -571,33 +890,41 @@ std::string ExtractSettingsOption(std::vector<std::string>& args) {
 }
 
 bool IsCommandLineInvocation(const std::vector<std::string>& args) {
+    if (args.empty()) {
+        return false;
+    }
     struct stat st {};
-    const bool folder = args.size() == 1 && !args[0].empty() && args[0][0] != '-' &&
-                        stat(args[0].c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-    return !args.empty() && !folder;
+    // A command word is always the command, even where a folder of that name is here.
+    return args.size() != 1 || FindCommand(args[0]) || args[0].empty() || args[0][0] == '-' ||
+           stat(args[0].c_str(), &st) != 0 || !S_ISDIR(st.st_mode);
 }
 
 int RunCommandLine(const std::vector<std::string>& args, std::FILE* out, std::FILE* err,
                    WalkListener* walkObserver, const CliSystem& system) {
     if (args.empty()) {
-        std::fputs(Usage().c_str(), err);
+        std::fputs(Usage(nullptr).c_str(), err);
         return kExitUsage;
     }
-    if (args[0] == "--help" || args[0] == "-h" || args[0] == "help" || args[0] == "--version") {
-        CheckedOutput checked(out);
-        checked.Write(args[0] == "--version" ? "tallymoor " TALLYMOOR_VERSION "\n" : Usage());
-        return checked.Finish() ? kExitFound : OutputFailed(checked, err);
+    const std::string& first = args[0];
+    if (const CommandInfo* command = FindCommand(first)) {
+        return RunCommand(*command, args, out, err, walkObserver, system);
     }
-    if (args[0] == "search") {
-        return Search(args, out, err, walkObserver);
+    if (first == "--help" || first == "-h" || first == "help") {
+        const CommandInfo* about = args.size() > 1 ? FindCommand(args[1]) : nullptr;
+        return PrintAndEnd(out, err, Usage(about));
     }
-    if (args[0] == "census") {
-        return CensusCommand(args, out, err, walkObserver);
+    if (first == "--version" || first == "-V") {
+        return PrintAndEnd(out, err, "tallymoor " TALLYMOOR_VERSION "\n");
     }
-    if (args[0] == "trash" || args[0] == "copy") {
-        return FileCommand(args, out, err, walkObserver, system);
+    if (first == "--settings") {
+        return UsageError(err, Text::tr("tallymoor: --%1 needs a value (%2)"),
+                          {"settings", "FILE"});
     }
-    Say(err, Text::tr("tallymoor: unknown command '%1'"), {args[0]});
-    std::fputs(Usage().c_str(), err);
-    return kExitUsage;
+    if (first.size() > 1 && first[0] == '-') {
+        return UsageError(err, Text::tr("tallymoor: unknown option '%1'"), {first});
+    }
+    if (args.size() == 1) {
+        return NotAFolder(first, err);
+    }
+    return UsageError(err, Text::tr("tallymoor: unknown command '%1'"), {first});
 }

@@ -19,8 +19,7 @@ namespace {
 constexpr size_t kMostHeld = 256;
 constexpr size_t kScratchSize = 32 * 1024;
 
-template <class Visit>
-void ForEachEntry(std::vector<char>& entries, Visit visit) {
+template <class Visit> void ForEachEntry(std::vector<char>& entries, Visit visit) {
     for (size_t pos = 0; pos < entries.size();) {
         auto* entry = reinterpret_cast<dirent64*>(entries.data() + pos);
         pos += entry->d_reclen;
@@ -151,7 +150,8 @@ bool FolderReadAhead::Read(const std::string& path, Folder& folder, std::vector<
     open_how how{};
     how.flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
-    const UniqueFd fd(static_cast<int>(syscall(SYS_openat2, root_.Get(), path.c_str(), &how, sizeof how)));
+    const UniqueFd fd(
+        static_cast<int>(syscall(SYS_openat2, root_.Get(), path.c_str(), &how, sizeof how)));
     struct stat st {};
     if (!fd || fstat(fd.Get(), &st) != 0) {
         return false;
@@ -163,7 +163,8 @@ bool FolderReadAhead::Read(const std::string& path, Folder& folder, std::vector<
         if (scratch.size() - used < kScratchSize / 2) {
             scratch.resize(scratch.size() * 2);
         }
-        const long n = syscall(SYS_getdents64, fd.Get(), scratch.data() + used, scratch.size() - used);
+        const long n =
+            syscall(SYS_getdents64, fd.Get(), scratch.data() + used, scratch.size() - used);
         if (n < 0 && used == 0) {
             return false;
         }
@@ -177,17 +178,18 @@ bool FolderReadAhead::Read(const std::string& path, Folder& folder, std::vector<
         scratch = std::vector<char>(kScratchSize);
     }
     ResolveUnknownTypes(fd.Get(), folder.entries);
-    if (options_.FoldersOnly) {
+    if (options_.FoldersOnly || !options_.KeepTimes) {
         return true;
     }
-    // The times of the files the walk will store, in the order it stores them.
+    // The times of the files the walk will store, in the order it stores them; -errno for a
+    // file whose time could not be read.
     const bool expected = options_.ExpectedMatch == 1;
     ForEachEntry(folder.entries, [&](const dirent64& entry) {
         if (entry.d_type != DT_DIR && matcher.Matches(entry.d_name) == expected) {
             struct stat file {};
             folder.times.push_back(fstatat(fd.Get(), entry.d_name, &file, AT_SYMLINK_NOFOLLOW) == 0
                                        ? ToFileTime(file.st_mtim.tv_sec, file.st_mtim.tv_nsec)
-                                       : 0);
+                                       : -errno);
         }
     });
     return true;
@@ -201,8 +203,8 @@ FolderReadAhead::Jobs::iterator FolderReadAhead::NextToRead() {
                         [](const auto& job) { return job.second.state == State::Waiting; });
 }
 
-void FolderReadAhead::ReadJob(std::unique_lock<std::mutex>& lock,
-                              Jobs::iterator job, Reader& reader) {
+void FolderReadAhead::ReadJob(std::unique_lock<std::mutex>& lock, Jobs::iterator job,
+                              Reader& reader) {
     const Place place = job->first;
     const std::string path = job->second.path;
     job->second.state = State::Reading;

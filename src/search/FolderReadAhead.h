@@ -28,7 +28,8 @@ public:
     using Place = std::vector<uint32_t>;
     struct Folder {
         std::vector<char> entries; // getdents64 records; d_type filled in where it was unknown
-        std::vector<int64_t> times; // for each file the mask keeps, in order; 0 when unknown
+        std::vector<int64_t>
+            times; // for each file the mask keeps, in order; -errno when unreadable
         dev_t dev = 0;
         ino_t ino = 0;
     };
@@ -80,7 +81,7 @@ private:
     std::map<Place, Job> jobs_;
     size_t held_ = 0; // folders read and not taken, and folders being read
     bool stop_ = false;
-    int idleReaders_ = 0;       // waiting for work: woken only then, wake-ups cost
+    int idleReaders_ = 0; // waiting for work: woken only then, wake-ups cost
     bool walkWaiting_ = false;
     std::mutex mutex_;
     std::condition_variable work_;

@@ -95,8 +95,9 @@ FolderWalk::FolderWalk(const SearchOptions& options, FileDataArray& store, Searc
                        const CancelFlag& cancel, WalkListener* listener)
     : options_(options), store_(store), counters_(counters), cancel_(cancel), listener_(listener),
       matcher_(options.MaskText), expected_(options.ExpectedMatch == 1),
-      keptLevels_(DefaultKeptLevels()),
-      openFolder_([](int dirFd, const char* name, int flags) { return openat(dirFd, name, flags); }) {
+      keptLevels_(DefaultKeptLevels()), openFolder_([](int dirFd, const char* name, int flags) {
+          return openat(dirFd, name, flags);
+      }) {
 }
 
 FolderWalk::~FolderWalk() = default;
@@ -114,14 +115,23 @@ bool FolderWalk::ReadEntries(int fd, std::vector<char>& into) {
         }
         const long n = syscall(SYS_getdents64, fd, scratch_.data() + used, scratch_.size() - used);
         if (n <= 0) {
+            const int error = errno;
             into.assign(scratch_.begin(), scratch_.begin() + static_cast<ptrdiff_t>(used));
             if (scratch_.size() > 32 * kScratchSize) {
                 scratch_ = std::vector<char>(kScratchSize); // a huge folder's buffer goes back
             }
             // A folder that fails part-way is walked as far as it could be read.
+            errno = error;
             return n == 0 || used > 0;
         }
         used += static_cast<size_t>(n);
+    }
+}
+
+// `name` is an entry of the current folder.
+void FolderWalk::TellNotRead(std::string_view name, int error) {
+    if (listener_ && !cancel_.IsRaised()) {
+        listener_->NotRead(path_ + std::string(name), error);
     }
 }
 
@@ -210,6 +220,10 @@ bool FolderWalk::Walk(const std::string& folderPath) {
     UniqueFd root(OpenRoot(folderPath));
     struct stat st {};
     if (!root || fstat(root.Get(), &st) != 0) {
+        // A root that is there but cannot be opened is said; one that is missing is not.
+        if (errno != ENOENT && errno != ENOTDIR && listener_) {
+            listener_->NotRead(folderPath, errno);
+        }
         return false;
     }
     Level& first = levels_.emplace_back();
@@ -218,6 +232,9 @@ bool FolderWalk::Walk(const std::string& folderPath) {
     path_ = folderPath;
     first.nameEnd = path_.size();
     if (!ReadEntries(root.Get(), first.entries) || cancel_.IsRaised()) {
+        if (!cancel_.IsRaised() && listener_) {
+            listener_->NotRead(folderPath, errno);
+        }
         levels_.clear();
         return true;
     }
@@ -325,11 +342,16 @@ void FolderWalk::StoreFile(size_t level, std::string_view name) {
     struct stat st {};
     int64_t time = 0;
     Level& l = levels_[level];
-    if (l.readAhead) {
+    if (l.readAhead) { // no times when they are not kept
         time = l.nextTime < l.times.size() ? l.times[l.nextTime++] : 0;
-    } else if (const int fd = LevelFd(level);
-               fd >= 0 && fstatat(fd, name.data(), &st, AT_SYMLINK_NOFOLLOW) == 0) {
-        time = ToFileTime(st.st_mtim.tv_sec, st.st_mtim.tv_nsec);
+    } else if (const int fd = options_.KeepTimes ? LevelFd(level) : -1; fd >= 0) {
+        time = fstatat(fd, name.data(), &st, AT_SYMLINK_NOFOLLOW) == 0
+                   ? ToFileTime(st.st_mtim.tv_sec, st.st_mtim.tv_nsec)
+                   : -errno;
+    }
+    if (time < 0) { // a reader's or this stat's errno
+        TellNotRead(name, static_cast<int>(-time));
+        time = 0;
     }
     const std::string_view extension = ExtensionOf(name);
     if (IsLowerAscii(extension)) {
@@ -374,10 +396,11 @@ bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     }
     UniqueFd fd = OpenFolderAt(parentFd, name.data(), depth);
     struct stat st {};
-    if (!fd || fstat(fd.Get(), &st) != 0) {
+    if (!fd || fstat(fd.Get(), &st) != 0 || !ReadEntries(fd.Get(), child.entries)) {
+        TellNotRead(name, errno);
         return false;
     }
-    if (!ReadEntries(fd.Get(), child.entries) || cancel_.IsRaised()) {
+    if (cancel_.IsRaised()) {
         return false;
     }
     if (readAhead_) {

@@ -23,6 +23,7 @@ struct SearchOptions {
     bool ShowFolderProgress = true;
     int ExpectedMatch = 1; // 1: list what matches the mask; 0: list every file that matches none
     int Threads = 0;       // threads reading folders ahead of the walk; 0: one per processor
+    bool KeepTimes = true; // false: files are stored without their time (a stat each saved)
     std::string MaskText;
 };
 
@@ -43,12 +44,16 @@ public:
     virtual void FolderEntered(std::string_view name, int64_t objects, int32_t matched) = 0;
     // A point where the event loop may run.
     virtual void Yield() = 0;
+    // A folder that could not be opened or read, or a kept file whose time could not be read,
+    // with errno's reason; the walk goes on without it.
+    virtual void NotRead(std::string_view /*path*/, int /*error*/) {}
 };
 
 // Walks a folder tree depth first, in the order the file system enumerates each folder, and
 // stores what the options select. Folders whose name begins with "." are neither stored nor
 // searched; files whose name begins with "." are examined like any other. Symbolic links are
-// never followed: a link is examined like a file. A folder that cannot be opened is skipped.
+// never followed: a link is examined like a file. A folder that cannot be opened is skipped and
+// told to the listener.
 //
 // Folders are opened relative to their parent, so paths longer than PATH_MAX work. Each level
 // holds the entries of its folder, and only those, until it is left. Deep down, a folder gives
@@ -111,6 +116,7 @@ private:
     UniqueFd OpenFolderAt(int dirFd, const char* name, size_t keep);
     bool GiveBackDescriptor(size_t keep);
     bool ReadEntries(int fd, std::vector<char>& into);
+    void TellNotRead(std::string_view name, int error);
     bool AfterEntry();
     void GrowStoreIfNeeded();
     void StoreFile(size_t level, std::string_view name);
