@@ -12,8 +12,10 @@ set(app_id example.tallymoor.Tallymoor)
 set(root ${STAGE}/usr)
 foreach(file bin/tallymoor share/applications/${app_id}.desktop
              share/metainfo/${app_id}.metainfo.xml share/icons/hicolor/scalable/apps/${app_id}.svg
-             share/icons/hicolor/48x48/apps/${app_id}.png share/man/man1/tallymoor.1
-             share/bash-completion/completions/tallymoor)
+             share/icons/hicolor/48x48/apps/${app_id}.png share/man/man1/tallymoor.1.gz
+             share/bash-completion/completions/tallymoor share/zsh/vendor-completions/_tallymoor
+             share/fish/vendor_completions.d/tallymoor.fish share/doc/tallymoor/copyright
+             share/doc/tallymoor/changelog.gz)
   if(NOT EXISTS ${root}/${file})
     message(FATAL_ERROR "not installed: ${file}")
   endif()

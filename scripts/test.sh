@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test; then builds the suites again with
 # AddressSanitizer and UndefinedBehaviorSanitizer (build-sanitize/) and runs them there too;
-# last, the fuzz targets (build-fuzz/, clang) each for FUZZ_SECONDS (30). Nothing needs a display.
+# then the fuzz targets (build-fuzz/, clang) each for FUZZ_SECONDS (30); last, the package
+# (build-deb/), which lintian must pass. Nothing needs a display.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
-"$top/scripts/deps.sh" desktop-file-utils appstream qt6-l10n-tools clang libclang-rt-14-dev
+"$top/scripts/deps.sh" desktop-file-utils appstream qt6-l10n-tools clang libclang-rt-14-dev zsh fish
 "$top/scripts/build.sh"
 export QT_QPA_PLATFORM=offscreen
 (cd "$top/build" && ctest --output-on-failure --parallel "$(nproc)")
@@ -36,3 +37,6 @@ for target in Masks Settings; do
     grep -m1 "stat::number_of_executed_units" "$work/log" | sed "s/^/fuzz_$target: /"
     rm -rf "$work"
 done
+
+echo "== the package, built with Debian's flags and checked by lintian =="
+"$top/scripts/package.sh"
