@@ -1,8 +1,11 @@
 #!/usr/bin/env bash
-# Times `tallymoor search` against find, bfs and fd doing the same work on one generated tree,
-# in the same run: each tool once to warm the cache, then RUNS rounds, tools interleaved. Prints
-# median wall time, the ratio to bfs, peak resident memory, and what each tool listed. For "*.*"
-# tallymoor keeps each file's modification time, so find and bfs print it too (fd cannot).
+# Times `tallymoor search` against find, bfs and fd doing the same job on one generated tree, in
+# the same run, and against bench/floor, the least a walker can do (openat, getdents64, a stat of
+# each kept file when times are printed, no order kept) on one and on two threads. Each tool
+# runs once to warm the cache, then RUNS rounds, tools interleaved. Three jobs: "*.txt" paths,
+# "*.*" paths, and "*.*" paths with each file's modification time (tallymoor --times against
+# -printf '%p\t%T@\n'; fd cannot print times). Prints median wall time, the ratios to bfs and
+# to the two-thread floor, peak resident memory, and what each tool listed.
 # Usage: bench/run.sh [N=1000000] [RUNS=5]     BENCH_DIR=... places the tree (default bench/out)
 # Then the memory of the "*.*" store, the window's work over it (census, type views, Select
 # All), and the census of 1 000 000 records against the list-searching count.
@@ -33,26 +36,37 @@ trap 'rm -rf "$results"' EXIT
 set_command() { # query tool -> cmd
     local prune=(-name '.*' -type d -prune -o)
     local fd=(fdfind -j 2 --no-ignore --hidden --exclude '.*/' --type f --type l)
+    local floor=("$top/build/bench/floor")
     case "$1:$2" in
-    txt:tallymoor) cmd=("$tallymoor" search "$tree" '*.txt') ;;
+    txt:tallymoor) cmd=("$tallymoor" search -q "$tree" '*.txt') ;;
     txt:find) cmd=(find "$tree" "${prune[@]}" '!' -type d -iname '*.txt' -print) ;;
     txt:bfs) cmd=(bfs "$tree" "${prune[@]}" '!' -type d -iname '*.txt' -print) ;;
     txt:fd) cmd=("${fd[@]}" --ignore-case --glob '*.txt' "$tree") ;;
-    all:tallymoor) cmd=("$tallymoor" search "$tree" '*.*') ;;
-    all:find) cmd=(find "$tree" "${prune[@]}" '!' -type d -printf '%p %T@\n') ;;
-    all:bfs) cmd=(bfs "$tree" "${prune[@]}" '!' -type d -printf '%p %T@\n') ;;
+    txt:floor1) cmd=("${floor[@]}" -j 1 --stat --suffix .txt "$tree") ;;
+    txt:floor2) cmd=("${floor[@]}" -j 2 --stat --suffix .txt "$tree") ;;
+    all:tallymoor) cmd=("$tallymoor" search -q "$tree" '*.*') ;;
+    all:find) cmd=(find "$tree" "${prune[@]}" '!' -type d -print) ;;
+    all:bfs) cmd=(bfs "$tree" "${prune[@]}" '!' -type d -print) ;;
     all:fd) cmd=("${fd[@]}" . "$tree") ;;
+    all:floor1) cmd=("${floor[@]}" -j 1 "$tree") ;;
+    all:floor2) cmd=("${floor[@]}" -j 2 "$tree") ;;
+    times:tallymoor) cmd=("$tallymoor" search -q --times "$tree" '*.*') ;;
+    times:find) cmd=(find "$tree" "${prune[@]}" '!' -type d -printf '%p\t%T@\n') ;;
+    times:bfs) cmd=(bfs "$tree" "${prune[@]}" '!' -type d -printf '%p\t%T@\n') ;;
+    times:floor1) cmd=("${floor[@]}" -j 1 --stat "$tree") ;;
+    times:floor2) cmd=("${floor[@]}" -j 2 --stat "$tree") ;;
+    *) cmd=() ;;
     esac
 }
 
 run_one() { # query tool -> appends "seconds rss_kb bytes lines status"
     local cmd
     set_command "$1" "$2"
-    "$measure" -- "${cmd[@]}" >>"$results/$1-$2"
+    [ ${#cmd[@]} -eq 0 ] || "$measure" -- "${cmd[@]}" >>"$results/$1-$2"
 }
 
-queries=(txt all)
-tools=(tallymoor bfs find fd)
+queries=(txt all times)
+tools=(tallymoor bfs find fd floor1 floor2)
 for q in "${queries[@]}"; do
     for t in "${tools[@]}"; do
         run_one "$q" "$t"
@@ -71,24 +85,30 @@ median() { sort -n | awk '{v[NR]=$1} END {print (NR%2) ? v[(NR+1)/2] : (v[NR/2]+
 
 echo "Tree: $n entries ($tree), $runs runs each, $(nproc) cores, $(uname -r)"
 echo
-echo "| mask | tool | median s | vs bfs | peak RSS MiB | paths listed |"
-echo "|---|---|---|---|---|---|"
+echo "| job | tool | median s | vs bfs | vs floor, 2 threads | peak RSS MiB | paths listed |"
+echo "|---|---|---|---|---|---|---|"
 for q in "${queries[@]}"; do
-    mask='*.txt'
-    [ "$q" = all ] && mask='*.*'
+    case $q in
+    txt) job='"*.txt" paths' ;;
+    all) job='"*.*" paths' ;;
+    times) job='"*.*" paths and times' ;;
+    esac
     bfs_time=$(cut -d' ' -f1 "$results/$q-bfs" | median)
+    floor_time=$(cut -d' ' -f1 "$results/$q-floor2" | median)
     for t in "${tools[@]}"; do
+        [ -s "$results/$q-$t" ] || continue
         time=$(cut -d' ' -f1 "$results/$q-$t" | median)
         rss=$(cut -d' ' -f2 "$results/$q-$t" | median)
         lines=$(cut -d' ' -f4 "$results/$q-$t" | sort -u | tr '\n' ' ')
-        awk -v m="$mask" -v t="$t" -v s="$time" -v b="$bfs_time" -v r="$rss" -v l="$lines" \
-            'BEGIN {printf "| %s | %s | %.3f | %.2fx | %.1f | %s|\n", m, t, s, s/b, r/1024, l}'
+        awk -v j="$job" -v t="$t" -v s="$time" -v b="$bfs_time" -v f="$floor_time" -v r="$rss" -v l="$lines" \
+            'BEGIN {printf "| %s | %s | %.3f | %.2fx | %.2fx | %.1f | %s|\n", j, t, s, s/b, s/f, r/1024, l}'
     done
 done
 echo
-read -r _ rss bytes lines _ < <(sort -k2 -n "$results/all-tallymoor" | tail -n 1)
+read -r _ rss _ < <(sort -k2 -n "$results/times-tallymoor" | tail -n 1)
+read -r _ _ bytes lines _ < <(head -n 1 "$results/all-tallymoor")
 empty=$(mktemp -d)
-read -r _ base _ < <("$measure" -- "$tallymoor" search "$empty" '*.*')
+read -r _ base _ < <("$measure" -- "$tallymoor" search --times "$empty" '*.*')
 rmdir "$empty"
 awk -v r="$rss" -v base="$base" -v b="$bytes" -v l="$lines" 'BEGIN {
     printf "*.* memory: peak RSS %.1f MiB, %.1f MiB on an empty folder: %.1f bytes per record for %d records, everything included (their paths alone are %.1f bytes each)\n",

@@ -122,7 +122,8 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
               std::string::npos);
     // Help goes to standard output: the whole of it, or one command's.
     EXPECT_NE(RunCli({"--help"}).out.find("  -0, --print0       end each path printed with a NUL "
-                                          "instead of a newline (search, trash, copy)\n"),
+                                          "instead of a newline\n" + std::string(21, ' ') +
+                                          "[search, trash, copy]\n"),
               std::string::npos);
     const CliRun help = RunCli({"copy", "--help"});
     EXPECT_EQ(help.status, 0);

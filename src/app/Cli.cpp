@@ -206,7 +206,7 @@ std::string OptionHelp(const OptionInfo& o, bool forCommands) {
                 words.append(words.empty() ? "" : ", ").append(c.word);
             }
         }
-        help += " (" + words + ")";
+        help += "\n" + std::string(kColumn, ' ') + "[" + words + "]";
     }
     return names + help + "\n";
 }
