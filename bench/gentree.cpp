@@ -1,6 +1,9 @@
 // Writes a deterministic folder tree of N entries for the benchmark: a long tail of about 60
 // extensions, names without one, upper-case extensions, dot-folders, dot-files, depth up to 8.
 // Usage: gentree DIR N [SEED]
+// Or a tree of one shape: gentree --wide DIR N (one folder of N files), gentree --deep DIR
+// LEVELS FILES (a chain of LEVELS folders with FILES files in each; deeper than PATH_MAX allows,
+// so it is made relative to descriptors).
 
 #include <array>
 #include <cmath>
@@ -64,11 +67,54 @@ std::string Upper(std::string s) {
     return s;
 }
 
+// `count` files named f<i>.<extension>, with the bench tree's extension mix, in `dirFd`.
+bool MakeFiles(int dirFd, long count, SplitMix& rng) {
+    for (long i = 0; i < count; ++i) {
+        const std::string name = "f" + std::to_string(i) + "." + PickExtension(rng);
+        const int fd = openat(dirFd, name.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+        if (fd < 0) {
+            std::perror(name.c_str());
+            return false;
+        }
+        close(fd);
+    }
+    return true;
+}
+
+int MakeShape(const std::string& shape, char** args, SplitMix& rng) {
+    const std::string root = args[0];
+    mkdir(root.c_str(), 0755);
+    int dirFd = open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (shape == "--wide") {
+        return dirFd >= 0 && MakeFiles(dirFd, std::atol(args[1]), rng) ? 0 : 1;
+    }
+    const long levels = std::atol(args[1]);
+    const long files = std::atol(args[2]);
+    for (long level = 0; level < levels && dirFd >= 0; ++level) {
+        if (!MakeFiles(dirFd, files, rng)) {
+            return 1;
+        }
+        mkdirat(dirFd, "level", 0755);
+        const int next = openat(dirFd, "level", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        close(dirFd);
+        dirFd = next;
+    }
+    return dirFd >= 0 ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    SplitMix shapes{20261124ULL};
+    if (argc >= 4 && std::string(argv[1]) == "--wide") {
+        return MakeShape(argv[1], argv + 2, shapes);
+    }
+    if (argc >= 5 && std::string(argv[1]) == "--deep") {
+        return MakeShape(argv[1], argv + 2, shapes);
+    }
     if (argc < 3) {
-        std::fprintf(stderr, "usage: gentree DIR N [SEED]\n");
+        std::fprintf(stderr,
+                     "usage: gentree DIR N [SEED] | --wide DIR N | --deep DIR LEVELS FILES\n");
         return 2;
     }
     const std::string root = argv[1];

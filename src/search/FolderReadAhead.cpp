@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <climits>
+#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
@@ -44,6 +46,7 @@ void ResolveUnknownTypes(int dirFd, std::vector<char>& entries) {
     });
 }
 
+// Threads in all, the walking one included.
 int FolderReadAhead::DefaultThreads() {
     const long online = sysconf(_SC_NPROCESSORS_ONLN);
     return static_cast<int>(std::clamp<long>(online, 1, 8));
@@ -72,18 +75,25 @@ void FolderReadAhead::AddSubfolders(const Place& place, std::string_view path,
                                     const std::vector<char>& entries) {
     Place child = place;
     child.push_back(0);
+    if (child < scanFrom_) {
+        scanFrom_ = child; // its subfolders wait before anything waiting so far
+    }
     for (size_t pos = 0; pos < entries.size();) {
         const auto* entry = reinterpret_cast<const dirent64*>(entries.data() + pos);
         pos += entry->d_reclen;
-        if (IsSubfolder(*entry)) {
+        if (!IsSubfolder(*entry)) {
+            continue;
+        }
+        // A path too long for one call is left to the walk, which opens it by its parent.
+        if (path.size() + std::strlen(entry->d_name) + 1 < PATH_MAX) {
             auto [it, added] = jobs_.try_emplace(child);
             if (!added) {
                 held_ -= it->second.state == State::Read ? 1 : 0;
                 it->second = Job{};
             }
             it->second.path.append(path).append(entry->d_name).push_back('/');
-            ++child.back();
         }
+        ++child.back();
     }
 }
 
@@ -113,14 +123,18 @@ bool FolderReadAhead::Take(const Place& place, std::string_view path, Folder& in
         it = Drop(it);
     }
     auto it = jobs_.find(place);
+    if (it != jobs_.end() && it->second.state == State::Waiting && it->second.path == path) {
+        // No reader came to it: the walk reads it as a reader would, by its path from the
+        // root, rather than climb back to a folder it still holds a descriptor for.
+        ReadJob(lock, it, walkReader_);
+        it = jobs_.find(place);
+    }
     while (it != jobs_.end() && it->second.state == State::Reading && !cancel_.IsRaised()) {
         // Rather than sleep until a reader is done, the walk reads the next folder to come.
         if (const auto next = NextToRead(); next != jobs_.end()) {
             ReadJob(lock, next, walkReader_);
         } else {
-            walkWaiting_ = true;
-            done_.wait_for(lock, std::chrono::milliseconds(10));
-            walkWaiting_ = false;
+            WaitForReader(lock);
         }
         it = jobs_.find(place);
     }
@@ -140,6 +154,23 @@ bool FolderReadAhead::Take(const Place& place, std::string_view path, Folder& in
     }
     WakeReader(lock);
     return taken;
+}
+
+// Until a reader finishes a folder. A reader is usually only microseconds from done, and
+// waking from a sleep costs more than that, so the walk spins a little first: it is one of
+// no more threads than processors, so nobody waits for its core.
+void FolderReadAhead::WaitForReader(std::unique_lock<std::mutex>& lock) {
+    const uint64_t seen = finished_.load(std::memory_order_acquire);
+    lock.unlock();
+    for (int spin = 0; spin < 20000 && finished_.load(std::memory_order_acquire) == seen; ++spin) {
+        std::this_thread::yield();
+    }
+    lock.lock();
+    if (finished_.load(std::memory_order_acquire) == seen) {
+        walkWaiting_ = true;
+        done_.wait_for(lock, std::chrono::milliseconds(10));
+        walkWaiting_ = false;
+    }
 }
 
 FolderReadAhead::Reader::Reader(const std::string& mask) : matcher(mask), scratch(kScratchSize) {
@@ -199,8 +230,13 @@ FolderReadAhead::Jobs::iterator FolderReadAhead::NextToRead() {
     if (held_ >= kMostHeld || cancel_.IsRaised()) {
         return jobs_.end();
     }
-    return std::find_if(jobs_.begin(), jobs_.end(),
-                        [](const auto& job) { return job.second.state == State::Waiting; });
+    const auto next = std::find_if(jobs_.lower_bound(scanFrom_), jobs_.end(), [](const auto& job) {
+        return job.second.state == State::Waiting;
+    });
+    if (next != jobs_.end()) {
+        scanFrom_ = next->first;
+    }
+    return next;
 }
 
 void FolderReadAhead::ReadJob(std::unique_lock<std::mutex>& lock, Jobs::iterator job,
@@ -230,6 +266,7 @@ void FolderReadAhead::ReadJob(std::unique_lock<std::mutex>& lock, Jobs::iterator
             work_.notify_one();
         }
     }
+    finished_.fetch_add(1, std::memory_order_release);
     if (walkWaiting_) {
         done_.notify_one();
     }

@@ -3,6 +3,7 @@
 #include "platform/UniqueFd.h"
 #include "search/MaskMatcher.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <map>
@@ -71,6 +72,7 @@ private:
     Jobs::iterator NextToRead();
     void ReadJob(std::unique_lock<std::mutex>& lock, Jobs::iterator job, Reader& reader);
     void WakeReader(std::unique_lock<std::mutex>& lock);
+    void WaitForReader(std::unique_lock<std::mutex>& lock);
     bool Read(const std::string& path, Folder& folder, std::vector<char>& scratch,
               const MaskMatcher& matcher) const;
     void AddSubfolders(const Place& place, std::string_view path, const std::vector<char>& entries);
@@ -79,10 +81,12 @@ private:
     const SearchOptions& options_;
     const CancelFlag& cancel_;
     std::map<Place, Job> jobs_;
+    Place scanFrom_;  // no job before it is waiting: where the search for work starts
     size_t held_ = 0; // folders read and not taken, and folders being read
     bool stop_ = false;
     int idleReaders_ = 0; // waiting for work: woken only then, wake-ups cost
     bool walkWaiting_ = false;
+    std::atomic<uint64_t> finished_{0}; // folders readers are done with, read or not
     std::mutex mutex_;
     std::condition_variable work_;
     std::condition_variable done_;

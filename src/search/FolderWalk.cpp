@@ -242,8 +242,10 @@ bool FolderWalk::Walk(const std::string& folderPath) {
     // Each reader holds a descriptor while it reads: with few to spare, one thread walks alone.
     if (threads > 1 && options_.Recurse && !testOpen_ && SpareDescriptors() >= 4L * threads + 16) {
         ResolveUnknownTypes(root.Get(), first.entries);
+        place_.clear();
+        // This thread is one of them: no more threads run than there are processors.
         readAhead_ = std::make_unique<FolderReadAhead>(
-            UniqueFd(fcntl(root.Get(), F_DUPFD_CLOEXEC, 0)), threads, options_, cancel_);
+            UniqueFd(fcntl(root.Get(), F_DUPFD_CLOEXEC, 0)), threads - 1, options_, cancel_);
         readAhead_->Offer({}, {}, first.entries);
     }
     first.fd = std::move(root);
@@ -380,9 +382,10 @@ bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     const size_t depth = levels_.size() - 1;
     Level child;
     std::string relative;
-    if (readAhead_) {
-        child.place = levels_[depth].place;
-        child.place.push_back(ordinal);
+    child.ordinal = ordinal;
+    // Below a path too long for one call nothing is read ahead: the walk goes on by itself.
+    const bool readAhead = readAhead_ && path_.size() - rootPath_.size() + name.size() < PATH_MAX;
+    if (readAhead) {
         if (TakeReadAhead(child, name, relative)) {
             return true;
         }
@@ -403,15 +406,17 @@ bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     if (cancel_.IsRaised()) {
         return false;
     }
-    if (readAhead_) {
+    if (readAhead) {
         // Its subfolders are read ahead like any other's: types known, so counted the same.
         ResolveUnknownTypes(fd.Get(), child.entries);
-        readAhead_->Offer(child.place, relative, child.entries);
     }
     child.fd = std::move(fd);
     child.dev = st.st_dev;
     child.ino = st.st_ino;
     Enter(std::move(child), name);
+    if (readAhead) {
+        readAhead_->Offer(place_, relative, levels_.back().entries);
+    }
     return true;
 }
 
@@ -422,6 +427,9 @@ void FolderWalk::Enter(Level&& child, std::string_view name) {
     path_.append(name);
     child.nameEnd = path_.size();
     path_ += '/';
+    if (readAhead_) {
+        place_.push_back(child.ordinal);
+    }
     levels_.push_back(std::move(child));
     // Deep down, the parent gives its descriptor back; its entries are already read.
     if (static_cast<int>(depth) >= keptLevels_) {
@@ -433,7 +441,10 @@ void FolderWalk::Enter(Level&& child, std::string_view name) {
 bool FolderWalk::TakeReadAhead(Level& child, std::string_view name, std::string& relative) {
     relative.assign(path_, rootPath_.size()).append(name).push_back('/');
     FolderReadAhead::Folder folder;
-    if (!readAhead_->Take(child.place, relative, folder) || cancel_.IsRaised()) {
+    place_.push_back(child.ordinal);
+    const bool taken = readAhead_->Take(place_, relative, folder);
+    place_.pop_back();
+    if (!taken || cancel_.IsRaised()) {
         return false;
     }
     child.entries = std::move(folder.entries);
@@ -460,5 +471,8 @@ void FolderWalk::Ascend() {
         }
     }
     path_.resize(child.nameStart);
+    if (readAhead_ && levels_.size() > 1) {
+        place_.pop_back();
+    }
     levels_.pop_back();
 }

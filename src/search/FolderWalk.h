@@ -22,7 +22,8 @@ struct SearchOptions {
     bool FoldersOnly = false;
     bool ShowFolderProgress = true;
     int ExpectedMatch = 1; // 1: list what matches the mask; 0: list every file that matches none
-    int Threads = 0;       // threads reading folders ahead of the walk; 0: one per processor
+    int Threads = 0; // threads in all, the walking one included (the rest read folders ahead of
+                     // it); 0: one per processor
     bool KeepTimes = true; // false: files are stored without their time (a stat each saved)
     std::string MaskText;
 };
@@ -63,7 +64,7 @@ public:
 // during the walk ends a level that is still there. Running out of descriptors gives kept ones
 // back and tries again: it is never taken for an unreadable folder.
 //
-// With more than one thread, folders are read ahead (FolderReadAhead) while this thread stores:
+// With more than one thread, the others read folders ahead (FolderReadAhead) while this one stores:
 // what it stores, in what order, and what it reports on the way stay those of one thread.
 class FolderWalk {
 public:
@@ -98,9 +99,9 @@ private:
         dev_t dev = 0;
         ino_t ino = 0;
         uint32_t folder = FileDataArray::kNoFolder; // in the store, once something is stored
-        FolderReadAhead::Place place; // for the read-ahead: the subfolders taken from the root
-        uint32_t subfolders = 0;      // subfolders met so far
-        std::vector<int64_t> times;   // read ahead: the times of the files to store
+        uint32_t ordinal = 0;                       // which of its parent's subfolders it is
+        uint32_t subfolders = 0;                    // subfolders met so far
+        std::vector<int64_t> times;                 // read ahead: the times of the files to store
         size_t nextTime = 0;
         bool readAhead = false;
         bool Finished() const { return pos >= entries.size(); }
@@ -133,6 +134,9 @@ private:
     OpenFolderFunction openFolder_;
 
     std::vector<Level> levels_; // [0] is the root; the last is the folder being walked
+    // For the read-ahead: the ordinals of the levels below the root, so a level's place costs
+    // nothing to keep however deep the walk goes.
+    FolderReadAhead::Place place_;
     std::string path_;
     std::string rootPath_;
     std::vector<char> scratch_; // getdents64's buffer, shared by every level
