@@ -114,5 +114,46 @@ awk -v r="$rss" -v base="$base" -v b="$bytes" -v l="$lines" 'BEGIN {
     printf "*.* memory: peak RSS %.1f MiB, %.1f MiB on an empty folder: %.1f bytes per record for %d records, everything included (their paths alone are %.1f bytes each)\n",
         r/1024, base/1024, (r - base)*1024/l, l, (b - l)/l }'
 echo
+# The window's whole search, click to list painted.
+for mask in '*.*' '*.txt'; do
+    "$top/build/bench/windowbench" "$tree" "$mask" "$runs" 2>/dev/null
+done
+echo
+
+# Other shapes: one folder of 200 000 files, a chain 200 levels deep with 500 files in each, and
+# a chain 5000 levels deep with one file in each (far beyond PATH_MAX), each walked on the
+# default threads and on one.
+shape() { # name generator-arguments...
+    local name=$1
+    shift
+    if [ ! -e "$dir/$name.done" ]; then
+        rm -rf "${dir:?}/$name"
+        "$top/build/bench/gentree" "$@" >&2
+        touch "$dir/$name.done"
+    fi
+}
+shape wide-200000 --wide "$dir/wide-200000" 200000
+shape deep-200 --deep "$dir/deep-200" 200 500
+shape deep-5000 --deep "$dir/deep-5000" 5000 1
+echo "| tree | job | default threads s | --threads 1 s | peak RSS MiB (default) |"
+echo "|---|---|---|---|---|"
+for name in wide-200000 deep-200 deep-5000; do
+    for job in txt times; do
+        args=(search -q "$dir/$name" '*.txt')
+        [ "$job" = times ] && args=(search -q --times "$dir/$name" '*.*')
+        : >"$results/shape-default"
+        : >"$results/shape-one"
+        for ((r = 0; r <= runs; r++)); do
+            "$measure" -- "$tallymoor" "${args[@]}" >>"$results/shape-default"
+            "$measure" -- "$tallymoor" search --threads 1 "${args[@]:1}" >>"$results/shape-one"
+        done
+        many=$(cut -d' ' -f1 "$results/shape-default" | median)
+        one=$(cut -d' ' -f1 "$results/shape-one" | median)
+        rss=$(cut -d' ' -f2 "$results/shape-default" | sort -n | tail -n 1)
+        awk -v n="$name" -v j="$job" -v m="$many" -v o="$one" -v r="$rss" \
+            'BEGIN {printf "| %s | %s | %.3f | %.3f | %.1f |\n", n, (j == "txt") ? "\"*.txt\" paths" : "\"*.*\" paths and times", m, o, r/1024}'
+    done
+done
+echo
 "$top/build/bench/viewbench" "$tree" "$runs" 2>/dev/null
 "$top/build/bench/censusbench" 1000000 "$runs"

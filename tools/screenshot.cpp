@@ -2,54 +2,20 @@
 // Usage: screenshot OUT.png ROOT MASK [SETTINGS.ini] [WIDTHxHEIGHT]
 // Runs on any Qt platform; QT_QPA_PLATFORM=offscreen needs no display.
 
+#include "QuietDesktop.h"
 #include "app/MainStartup.h"
 #include "app/frmMain.h"
 #include "platform/CancelFlag.h"
-#include "platform/Desktop.h"
-#include "platform/Prompts.h"
 #include "settings/SettingsLocation.h"
 #include "settings/modPProfile.h"
 
 #include <QApplication>
 #include <QLineEdit>
-#include <QTreeView>
 #include <QPixmap>
 #include <QPushButton>
 #include <QTimer>
+#include <QTreeView>
 #include <cstdio>
-
-namespace {
-// Answers every question with its first button, so nothing waits on a person.
-class SilentPrompts : public Prompts {
-public:
-    MessageAnswer Message(const QString& text, MessageIcon, MessageButtons buttons,
-                          const QString&) override {
-        std::fprintf(stderr, "message: %s\n", text.toUtf8().constData());
-        return buttons == MessageButtons::Ok || buttons == MessageButtons::OkCancel
-                   ? MessageAnswer::Ok
-                   : MessageAnswer::Yes;
-    }
-    std::string PickFolder(const FolderRequest&) override { return {}; }
-    SaveAnswer SaveFile(const SaveRequest&) override { return {}; }
-    OpenWithAnswer ChooseApplication(const OpenWithRequest&) override { return {}; }
-    void ShowFileProperties(const std::string&) override {}
-    ConflictAnswer AskConflict(const QString&) override { return {ConflictChoice::Skip, true}; }
-    std::optional<int32_t> ChooseColor(int32_t, std::array<int32_t, 16>&) override { return {}; }
-    int ShowModal(QDialog*) override { return 0; }
-};
-
-// Launches nothing.
-class NoDesktop : public Desktop {
-public:
-    bool OpenUrl(const std::string&) override { return false; }
-    bool Open(const std::string&) override { return false; }
-    bool Explore(const std::string&) override { return false; }
-    bool ShowProperties(const std::string&) override { return false; }
-    bool OpenInTextEditor(const std::string&) override { return false; }
-    bool OpenWith(const std::string&) override { return false; }
-    std::string MoveToTrash(const std::string&) override { return "Operation not supported"; }
-};
-} // namespace
 
 int main(int argc, char** argv) {
     if (argc < 4) {

@@ -125,9 +125,9 @@ const OptionInfo kOptions[] = {
     {Option::Yes, "yes", 0, nullptr, Bit(Command::Trash),
      QT_TRANSLATE_NOOP("Cli", "trash without asking")},
     {Option::Threads, "threads", 0, "N", kEveryCommand,
-     QT_TRANSLATE_NOOP("Cli", "read folders on N threads (default: one per processor, at most 8;\n"
-                              "1 reads them on the walking thread); what is found and its order\n"
-                              "are the same")},
+     QT_TRANSLATE_NOOP("Cli", "walk on N threads in all: one stores, the others read folders\n"
+                              "ahead (default: one per processor, at most 8); what is found and\n"
+                              "its order are the same")},
     {Option::Quiet, "quiet", 'q', nullptr, kEveryCommand,
      QT_TRANSLATE_NOOP("Cli", "leave out the closing counts (errors are still said)")},
     {Option::Help, "help", 'h', nullptr, kEveryCommand,
