@@ -14,6 +14,7 @@
 #include <linux/openat2.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <type_traits>
 #include <unistd.h>
 
 namespace {
@@ -21,9 +22,10 @@ namespace {
 constexpr size_t kMostHeld = 256;
 constexpr size_t kScratchSize = 32 * 1024;
 
-template <class Visit> void ForEachEntry(std::vector<char>& entries, Visit visit) {
+template <class Entries, class Visit> void ForEachEntry(Entries& entries, Visit visit) {
+    using Entry = std::conditional_t<std::is_const_v<Entries>, const dirent64, dirent64>;
     for (size_t pos = 0; pos < entries.size();) {
-        auto* entry = reinterpret_cast<dirent64*>(entries.data() + pos);
+        auto* entry = reinterpret_cast<Entry*>(entries.data() + pos);
         pos += entry->d_reclen;
         visit(*entry);
     }
@@ -47,14 +49,23 @@ void ResolveUnknownTypes(int dirFd, std::vector<char>& entries) {
 }
 
 // Threads in all, the walking one included.
+bool HasSubfolders(int dirFd, std::vector<char>& entries) {
+    ResolveUnknownTypes(dirFd, entries);
+    bool any = false;
+    ForEachEntry(entries, [&any](const dirent64& entry) { any = any || IsSubfolder(entry); });
+    return any;
+}
+
 int FolderReadAhead::DefaultThreads() {
     const long online = sysconf(_SC_NPROCESSORS_ONLN);
     return static_cast<int>(std::clamp<long>(online, 1, 8));
 }
 
-FolderReadAhead::FolderReadAhead(UniqueFd root, int readers, const SearchOptions& options,
-                                 const CancelFlag& cancel)
-    : root_(std::move(root)), options_(options), cancel_(cancel), walkReader_(options.MaskText) {
+FolderReadAhead::FolderReadAhead(UniqueFd root, int readers, int keptOpen,
+                                 const SearchOptions& options, const CancelFlag& cancel)
+    : root_(std::move(root)), options_(options), cancel_(cancel),
+      parentsOpen_(std::make_shared<std::atomic<int>>(0)), mostParents_(keptOpen),
+      walkReader_(options.MaskText) {
     for (int i = 0; i < readers; ++i) {
         threads_.emplace_back([this] { Run(); });
     }
@@ -72,7 +83,7 @@ FolderReadAhead::~FolderReadAhead() {
 }
 
 void FolderReadAhead::AddSubfolders(const Place& place, std::string_view path,
-                                    const std::vector<char>& entries) {
+                                    const std::vector<char>& entries, const Parent& parent) {
     Place child = place;
     child.push_back(0);
     if (child < scanFrom_) {
@@ -92,6 +103,7 @@ void FolderReadAhead::AddSubfolders(const Place& place, std::string_view path,
                 it->second = Job{};
             }
             it->second.path.append(path).append(entry->d_name).push_back('/');
+            it->second.parent = parent;
         }
         ++child.back();
     }
@@ -176,13 +188,23 @@ void FolderReadAhead::WaitForReader(std::unique_lock<std::mutex>& lock) {
 FolderReadAhead::Reader::Reader(const std::string& mask) : matcher(mask), scratch(kScratchSize) {
 }
 
-bool FolderReadAhead::Read(const std::string& path, Folder& folder, std::vector<char>& scratch,
+bool FolderReadAhead::Read(const std::string& path, const Parent& parent, Folder& folder,
+                           UniqueFd& fd, std::vector<char>& scratch,
                            const MaskMatcher& matcher) const {
-    open_how how{};
-    how.flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
-    const UniqueFd fd(
-        static_cast<int>(syscall(SYS_openat2, root_.Get(), path.c_str(), &how, sizeof how)));
+    constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    if (parent) {
+        // One name (never "." or "..": those begin with a dot), no link followed: still
+        // beneath the root the parent was opened under.
+        const size_t start = path.rfind('/', path.size() - 2) + 1;
+        const std::string name = path.substr(start, path.size() - 1 - start);
+        fd.Reset(openat(parent->Get(), name.c_str(), kFlags));
+    } else {
+        open_how how{};
+        how.flags = kFlags;
+        how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
+        fd.Reset(
+            static_cast<int>(syscall(SYS_openat2, root_.Get(), path.c_str(), &how, sizeof how)));
+    }
     struct stat st {};
     if (!fd || fstat(fd.Get(), &st) != 0) {
         return false;
@@ -239,16 +261,41 @@ FolderReadAhead::Jobs::iterator FolderReadAhead::NextToRead() {
     return next;
 }
 
+// The descriptor of a folder just read, shared by its subfolders' jobs when it is deep (opening
+// by the whole path costs a lookup per level; near the root that is cheaper than keeping
+// descriptors), has subfolders and the budget allows; the last of them closes it.
+FolderReadAhead::Parent FolderReadAhead::KeepOpen(UniqueFd fd, std::string_view path,
+                                                  const std::vector<char>& entries) {
+    constexpr long kDeep = 16; // levels below the root
+    if (std::count(path.begin(), path.end(), '/') < kDeep) {
+        return {};
+    }
+    bool subfolders = false;
+    ForEachEntry(entries,
+                 [&](const dirent64& entry) { subfolders = subfolders || IsSubfolder(entry); });
+    if (!fd || !subfolders || parentsOpen_->load() >= mostParents_) {
+        return {};
+    }
+    parentsOpen_->fetch_add(1);
+    return Parent(new UniqueFd(std::move(fd)), [count = parentsOpen_](const UniqueFd* kept) {
+        delete kept;
+        count->fetch_sub(1);
+    });
+}
+
 void FolderReadAhead::ReadJob(std::unique_lock<std::mutex>& lock, Jobs::iterator job,
                               Reader& reader) {
     const Place place = job->first;
     const std::string path = job->second.path;
+    const Parent parent = std::move(job->second.parent);
     job->second.state = State::Reading;
     ++held_;
     lock.unlock();
 
     Folder folder;
-    const bool read = Read(path, folder, reader.scratch, reader.matcher);
+    UniqueFd fd;
+    const bool read = Read(path, parent, folder, fd, reader.scratch, reader.matcher);
+    const Parent kept = read ? KeepOpen(std::move(fd), path, folder.entries) : Parent();
 
     lock.lock();
     const auto it = jobs_.find(place);
@@ -258,7 +305,7 @@ void FolderReadAhead::ReadJob(std::unique_lock<std::mutex>& lock, Jobs::iterator
             it->second.state = State::Failed;
         }
     } else {
-        AddSubfolders(place, path, folder.entries);
+        AddSubfolders(place, path, folder.entries, kept);
         it->second.folder = std::move(folder);
         it->second.state = State::Read;
         // Its subfolders are more work: another reader may start on them.

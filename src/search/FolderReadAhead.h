@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -35,8 +36,9 @@ public:
         ino_t ino = 0;
     };
 
-    // `root` is the walk's root, opened; `readers` threads start at once.
-    FolderReadAhead(UniqueFd root, int readers, const SearchOptions& options,
+    // `root` is the walk's root, opened; `readers` threads start at once. At most `keptOpen`
+    // folders read stay open for their subfolders.
+    FolderReadAhead(UniqueFd root, int readers, int keptOpen, const SearchOptions& options,
                     const CancelFlag& cancel);
     ~FolderReadAhead();
     FolderReadAhead(const FolderReadAhead&) = delete;
@@ -55,10 +57,14 @@ public:
 
 private:
     enum class State { Waiting, Reading, Read, Failed };
+    // A folder a reader read, kept open while its subfolders wait, so each is opened by its
+    // name alone rather than by its whole path from the root.
+    using Parent = std::shared_ptr<const UniqueFd>;
     struct Job {
         std::string path;
         State state = State::Waiting;
         Folder folder;
+        Parent parent; // or nothing: opened from the root
     };
 
     struct Reader {
@@ -73,9 +79,11 @@ private:
     void ReadJob(std::unique_lock<std::mutex>& lock, Jobs::iterator job, Reader& reader);
     void WakeReader(std::unique_lock<std::mutex>& lock);
     void WaitForReader(std::unique_lock<std::mutex>& lock);
-    bool Read(const std::string& path, Folder& folder, std::vector<char>& scratch,
-              const MaskMatcher& matcher) const;
-    void AddSubfolders(const Place& place, std::string_view path, const std::vector<char>& entries);
+    bool Read(const std::string& path, const Parent& parent, Folder& folder, UniqueFd& fd,
+              std::vector<char>& scratch, const MaskMatcher& matcher) const;
+    void AddSubfolders(const Place& place, std::string_view path, const std::vector<char>& entries,
+                       const Parent& parent = {});
+    Parent KeepOpen(UniqueFd fd, std::string_view path, const std::vector<char>& entries);
 
     UniqueFd root_;
     const SearchOptions& options_;
@@ -86,7 +94,9 @@ private:
     bool stop_ = false;
     int idleReaders_ = 0; // waiting for work: woken only then, wake-ups cost
     bool walkWaiting_ = false;
-    std::atomic<uint64_t> finished_{0}; // folders readers are done with, read or not
+    std::atomic<uint64_t> finished_{0};             // folders readers are done with, read or not
+    std::shared_ptr<std::atomic<int>> parentsOpen_; // descriptors kept for subfolders
+    int mostParents_ = 0;
     std::mutex mutex_;
     std::condition_variable work_;
     std::condition_variable done_;
@@ -97,3 +107,7 @@ private:
 // Looks up the type of every entry whose d_type is unknown, so the records say which are
 // folders (a failed lookup marks it a file, as the walk would take it).
 void ResolveUnknownTypes(int dirFd, std::vector<char>& entries);
+
+// ResolveUnknownTypes, then whether any entry is a folder the walk would enter: with none, there
+// is nothing to read ahead.
+bool HasSubfolders(int dirFd, std::vector<char>& entries);

@@ -240,12 +240,15 @@ bool FolderWalk::Walk(const std::string& folderPath) {
     }
     const int threads = options_.Threads > 0 ? options_.Threads : FolderReadAhead::DefaultThreads();
     // Each reader holds a descriptor while it reads: with few to spare, one thread walks alone.
-    if (threads > 1 && options_.Recurse && !testOpen_ && SpareDescriptors() >= 4L * threads + 16) {
-        ResolveUnknownTypes(root.Get(), first.entries);
+    if (threads > 1 && options_.Recurse && !testOpen_ && SpareDescriptors() >= 4L * threads + 16 &&
+        HasSubfolders(root.Get(), first.entries)) {
         place_.clear();
         // This thread is one of them: no more threads run than there are processors.
+        // A quarter of what is spare stays open for subfolders read ahead; the walk's own
+        // levels keep at most half.
         readAhead_ = std::make_unique<FolderReadAhead>(
-            UniqueFd(fcntl(root.Get(), F_DUPFD_CLOEXEC, 0)), threads - 1, options_, cancel_);
+            UniqueFd(fcntl(root.Get(), F_DUPFD_CLOEXEC, 0)), threads - 1,
+            static_cast<int>(std::clamp<long>(SpareDescriptors() / 4, 0, 64)), options_, cancel_);
         readAhead_->Offer({}, {}, first.entries);
     }
     first.fd = std::move(root);
