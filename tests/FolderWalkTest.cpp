@@ -389,12 +389,17 @@ TEST(FolderWalk, StatusCadenceIsEvery4000FilesAndEvery100Folders) {
     EXPECT_TRUE(folders.folders.empty()) << "no folder messages with progress off";
 }
 
-// Reading ahead on several threads must not change a thing the walk stores or reports.
+// Reading ahead on several threads must not change a thing the walk stores or reports; half
+// the trees hang 20 levels down, where readers open folders by their parent.
 TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
     std::mt19937 random(20261122);
     for (int tree = 0; tree < 6; ++tree) {
         TestTree t;
-        std::vector<std::string> made{""};
+        std::string deep;
+        for (int level = 0; tree % 2 == 1 && level < 20; ++level) {
+            deep += "l" + std::to_string(level) + "/";
+        }
+        std::vector<std::string> made{deep};
         for (int i = 0, n = 10 + static_cast<int>(random() % 60); i < n; ++i) {
             made.push_back(made[random() % made.size()] + (random() % 12 ? "d" : ".d") +
                            std::to_string(i) + "/");

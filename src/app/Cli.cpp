@@ -353,7 +353,12 @@ public:
         if (observer_) {
             observer_->Yield();
         }
+        if (catchUp_ && ++yields_ % 1024 == 0) {
+            catchUp_();
+        }
     }
+    // Runs `catchUp` every so many entries the walk examines.
+    void SetCatchUp(std::function<void()> catchUp) { catchUp_ = std::move(catchUp); }
     void NotRead(std::string_view path, int error) override {
         ++count_;
         Say(err_, Text::tr("tallymoor: %1: %2"), {path, std::strerror(error)});
@@ -364,6 +369,8 @@ private:
     std::FILE* err_;
     WalkListener* observer_;
     int count_ = 0;
+    std::function<void()> catchUp_;
+    uint32_t yields_ = 0;
 };
 
 // What the commands take: ROOT, MASK and the options.
@@ -594,21 +601,39 @@ void WriteTime(CheckedOutput& out, int64_t fileTime) {
     out.Write(std::string_view(text, static_cast<size_t>(n)));
 }
 
-int PrintPaths(const Request& request, const SearchSession& session, const CancelFlag& cancel,
-               const ReadProblems& read, std::FILE* stdOut, std::FILE* err) {
-    CheckedOutput out(stdOut);
-    if (session.ResultsAvailable()) {
-        const FileDataArray& store = session.Store();
-        const char end = request.print0 ? '\0' : '\n';
-        PathComposer composer(store);
-        for (int32_t i = 0; i <= store.UBound() && out.Error() == 0; ++i) {
-            out.Write(composer.FullPath(i));
-            if (request.times) {
-                out.Put('\t');
-                WriteTime(out, store[i].LastWriteTime);
+// Prints the paths (and times) of the records stored so far. It runs while the walk goes on,
+// so the printing overlaps the reading rather than following it.
+class PathPrinter {
+public:
+    PathPrinter(const Request& request, const SearchSession& session, CheckedOutput& out)
+        : request_(request), session_(session), out_(out), composer_(session.Store()) {}
+
+    void CatchUp() {
+        const FileDataArray& store = session_.Store();
+        const char end = request_.print0 ? '\0' : '\n';
+        for (; next_ < session_.Counters().MatchedCount && out_.Error() == 0; ++next_) {
+            out_.Write(composer_.FullPath(next_));
+            if (request_.times) {
+                out_.Put('\t');
+                WriteTime(out_, store[next_].LastWriteTime);
             }
-            out.Put(end);
+            out_.Put(end);
         }
+    }
+
+private:
+    const Request& request_;
+    const SearchSession& session_;
+    CheckedOutput& out_;
+    PathComposer composer_;
+    int32_t next_ = 0;
+};
+
+int FinishPaths(const Request& request, const SearchSession& session, const CancelFlag& cancel,
+                const ReadProblems& read, PathPrinter& printer, CheckedOutput& out,
+                std::FILE* err) {
+    if (session.ResultsAvailable()) {
+        printer.CatchUp();
     }
     if (!out.Finish()) {
         return OutputFailed(out, err);
@@ -819,12 +844,22 @@ int RunCommand(const CommandInfo& command, const std::vector<std::string>& args,
     SearchSession session;
     CancelFlag cancel;
     ReadProblems read(err, walkObserver);
+    CheckedOutput out(stdOut);
+    PathPrinter printer(request, session, out);
+    if (command.command == Command::Search) {
+        read.SetCatchUp([&] {
+            printer.CatchUp();
+            if (out.Error() != 0) {
+                cancel.Raise(); // nobody reads what more the walk would find
+            }
+        });
+    }
     if (const int status = Search(request, session, cancel, err, read); status >= 0) {
         return status;
     }
     switch (command.command) {
     case Command::Search:
-        return PrintPaths(request, session, cancel, read, stdOut, err);
+        return FinishPaths(request, session, cancel, read, printer, out, err);
     case Command::Census:
         return PrintCensus(request, session, cancel, read, stdOut, err);
     case Command::Trash:
