@@ -678,7 +678,7 @@ int PrintCensus(const Request& request, SearchSession& session, const CancelFlag
 }
 
 // Nobody to ask: a message goes to standard error, every question is declined.
-class Unattended : public Prompts {
+class Unattended : public NobodyToAsk {
 public:
     explicit Unattended(std::FILE* err) : err_(err) {}
     MessageAnswer Message(const QString& text, MessageIcon, MessageButtons buttons,
@@ -686,28 +686,15 @@ public:
         PrintLine(err_, text);
         return buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::Cancel;
     }
-    std::string PickFolder(const FolderRequest&) override { return {}; }
-    SaveAnswer SaveFile(const SaveRequest&) override { return {}; }
-    OpenWithAnswer ChooseApplication(const OpenWithRequest&) override { return {}; }
-    void ShowFileProperties(const std::string&) override {}
-    ConflictAnswer AskConflict(const QString&) override { return {ConflictChoice::Skip, true}; }
-    std::optional<int32_t> ChooseColor(int32_t, std::array<int32_t, 16>&) override { return {}; }
-    int ShowModal(QDialog*) override { return 0; }
 
 private:
     std::FILE* err_;
 };
 
 // A desktop that only has a trash: what the trash command reaches.
-class TrashOnly : public Desktop {
+class TrashOnly : public NoDesktop {
 public:
     explicit TrashOnly(const CliSystem& system) : system_(system) {}
-    bool OpenUrl(const std::string&) override { return false; }
-    bool Open(const std::string&) override { return false; }
-    bool Explore(const std::string&) override { return false; }
-    bool ShowProperties(const std::string&) override { return false; }
-    bool OpenInTextEditor(const std::string&) override { return false; }
-    bool OpenWith(const std::string&) override { return false; }
     std::string MoveToTrash(const std::string& path) override {
         return system_.moveToTrash ? system_.moveToTrash(path)
                                    : QT_TRANSLATE_NOOP("Remark", "no trash");

@@ -25,3 +25,15 @@ public:
     // when it went, else why it did not (the item is then where it was). Says nothing itself.
     virtual std::string MoveToTrash(const std::string& path) = 0;
 };
+
+// A desktop that launches nothing and has no trash (the command line gives it one).
+class NoDesktop : public Desktop {
+public:
+    bool OpenUrl(const std::string&) override { return false; }
+    bool Open(const std::string&) override { return false; }
+    bool Explore(const std::string&) override { return false; }
+    bool ShowProperties(const std::string&) override { return false; }
+    bool OpenInTextEditor(const std::string&) override { return false; }
+    bool OpenWith(const std::string&) override { return false; }
+    std::string MoveToTrash(const std::string&) override { return "Operation not supported"; }
+};

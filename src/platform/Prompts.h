@@ -102,5 +102,18 @@ public:
     virtual int ShowModal(QDialog* dialog) = 0;
 };
 
+// Prompts where nobody answers (the command line, the development tools): every dialog is
+// declined and every question skipped; only messages are left to say how they are told.
+class NobodyToAsk : public Prompts {
+public:
+    std::string PickFolder(const FolderRequest&) override { return {}; }
+    SaveAnswer SaveFile(const SaveRequest&) override { return {}; }
+    OpenWithAnswer ChooseApplication(const OpenWithRequest&) override { return {}; }
+    void ShowFileProperties(const std::string&) override {}
+    std::optional<int32_t> ChooseColor(int32_t, std::array<int32_t, 16>&) override { return {}; }
+    ConflictAnswer AskConflict(const QString&) override { return {ConflictChoice::Skip, true}; }
+    int ShowModal(QDialog*) override { return 0; }
+};
+
 // The application title, also the main window's caption: " Tallymoor", leading blank included.
 inline const QString kApplicationTitle = QStringLiteral(" Tallymoor");
