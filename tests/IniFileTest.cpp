@@ -23,7 +23,7 @@ struct ReadCase {
 
 const std::string kLongValue(3000, 'v');
 
-TEST(IniFile, ReadsAsThePrivateProfileCallsDid) {
+TEST(IniFile, ReadsKeysAndValuesByTheFileRules) {
     const ReadCase cases[] = {
         {"plain", "[options]\r\nLastFileMask=*.txt\r\n", "options", "LastFileMask",
                  "*.txt"},

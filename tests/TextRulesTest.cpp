@@ -62,7 +62,7 @@ TEST(PathText, EveryInvalidByteIsOneCharacter) {
     }
 }
 
-TEST(SortStrings, SortsByBytesAsTheQuicksortDid) {
+TEST(SortStrings, SortsByBytesAscending) {
     std::vector<std::string> bytes = {"b", "\xc3\xa9", "Z", "a", "\xff", "", "B", "a"};
     SortStrings(bytes, 0, static_cast<int>(bytes.size()) - 1);
     EXPECT_EQ(bytes, (std::vector<std::string>{"", "B", "Z", "a", "a", "b", "\xc3\xa9", "\xff"}));

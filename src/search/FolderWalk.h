@@ -39,7 +39,7 @@ struct SearchCounters {
 class WalkListener {
 public:
     virtual ~WalkListener() = default;
-    // Part 1 of the status line: "Objects: " followed by `shown`.
+    // The status line's object count: "Objects: " followed by `shown`.
     virtual void ObjectsCounted(int64_t shown) = 0;
     // A folder is entered (only while ShowFolderProgress is on).
     virtual void FolderEntered(std::string_view name, int64_t objects, int32_t matched) = 0;

@@ -223,7 +223,7 @@ int32_t modPProfile::ReadInt(std::string_view section, std::string_view key,
 
 void modPProfile::ProfileLoadSettings() {
     AppSettings& s = settings_;
-    // A missing path reads as the root the original wrote in upper case ("C:\").
+    // A missing path reads as the home folder, the root every path setting starts from.
     const std::string root = RootFolder();
     std::string* paths[] = {&s.LastSourceFolder,         &s.LastCopyFileTarget,
                             &s.LastCopyFolderTarget,     &s.LastMoveFileTarget,

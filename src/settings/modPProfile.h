@@ -12,7 +12,7 @@
 // through at once by the section writers; nothing is buffered until exit.
 class modPProfile {
 public:
-    // `home` stands for the drive root of the original ("c:\"): the user's home folder.
+    // `home`: the user's home folder, the root the path settings fall back to.
     modPProfile(std::string settingsPath, std::string home);
 
     AppSettings& Settings() { return settings_; }
@@ -21,7 +21,7 @@ public:
     const IniFile& File() const { return file_; }
     bool FileExists() const { return file_.Exists(); }
 
-    // The home folder with a trailing "/", written where the original wrote a drive root.
+    // The home folder with a trailing "/": what a missing path setting reads as.
     std::string RootFolder() const;
 
     std::string ProfileGetString(std::string_view section, std::string_view key,
