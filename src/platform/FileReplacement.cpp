@@ -237,10 +237,12 @@ int RemoveLeftoverTemporaries(const std::string& target) {
     if (!folder) {
         return 0;
     }
-    DIR* dir = fdopendir(dup(folder.Get()));
+    UniqueFd listing(fcntl(folder.Get(), F_DUPFD_CLOEXEC, 0));
+    DIR* dir = listing ? fdopendir(listing.Get()) : nullptr;
     if (dir == nullptr) {
         return 0;
     }
+    listing.Release(); // the stream owns it now
     int removed = 0;
     while (const dirent* entry = readdir(dir)) {
         const std::string name = entry->d_name;

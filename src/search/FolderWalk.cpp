@@ -55,23 +55,24 @@ bool OutOfDescriptors(int error) {
 
 // Opens the root the user named. Links in it are followed, as any path typed by a user is.
 // A path too long for one call is opened one component at a time.
-int OpenRoot(const std::string& path) {
-    int fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd >= 0 || errno != ENAMETOOLONG) {
+UniqueFd OpenRoot(const std::string& path) {
+    constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    UniqueFd fd(open(path.c_str(), kFlags));
+    if (fd || errno != ENAMETOOLONG) {
         return fd;
     }
-    fd = open(path.front() == '/' ? "/" : ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    size_t start = 0;
-    while (fd >= 0 && start < path.size()) {
+    fd.Reset(open(path.front() == '/' ? "/" : ".", kFlags));
+    for (size_t start = 0; fd && start < path.size();) {
         size_t end = path.find('/', start);
         if (end == std::string::npos) {
             end = path.size();
         }
         if (end > start) {
             const std::string component = path.substr(start, end - start);
-            const int next = openat(fd, component.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-            close(fd);
-            fd = next;
+            UniqueFd next(openat(fd.Get(), component.c_str(), kFlags));
+            const int error = errno; // why it failed, for the caller
+            fd = std::move(next);
+            errno = error;
         }
         start = end + 1;
     }
@@ -184,7 +185,7 @@ bool FolderWalk::ReopenFromAncestor(size_t level) {
     UniqueFd current;
     if (from == 0) {
         for (;;) {
-            current.Reset(OpenRoot(rootPath_));
+            current = OpenRoot(rootPath_);
             if (current || !OutOfDescriptors(errno) || !GiveBackDescriptor(levels_.size())) {
                 break;
             }
@@ -217,7 +218,7 @@ bool FolderWalk::ReopenFromAncestor(size_t level) {
 bool FolderWalk::Walk(const std::string& folderPath) {
     levels_.clear();
     rootPath_ = folderPath;
-    UniqueFd root(OpenRoot(folderPath));
+    UniqueFd root = OpenRoot(folderPath);
     struct stat st {};
     if (!root || fstat(root.Get(), &st) != 0) {
         // A root that is there but cannot be opened is said; one that is missing is not.
