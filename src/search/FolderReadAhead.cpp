@@ -35,6 +35,12 @@ bool IsSubfolder(const dirent64& entry) {
     return entry.d_type == DT_DIR && entry.d_name[0] != '.';
 }
 
+bool AnySubfolder(const std::vector<char>& entries) {
+    bool any = false;
+    ForEachEntry(entries, [&any](const dirent64& entry) { any = any || IsSubfolder(entry); });
+    return any;
+}
+
 } // namespace
 
 void ResolveUnknownTypes(int dirFd, std::vector<char>& entries) {
@@ -48,14 +54,12 @@ void ResolveUnknownTypes(int dirFd, std::vector<char>& entries) {
     });
 }
 
-// Threads in all, the walking one included.
 bool HasSubfolders(int dirFd, std::vector<char>& entries) {
     ResolveUnknownTypes(dirFd, entries);
-    bool any = false;
-    ForEachEntry(entries, [&any](const dirent64& entry) { any = any || IsSubfolder(entry); });
-    return any;
+    return AnySubfolder(entries);
 }
 
+// Threads in all, the walking one included.
 int FolderReadAhead::DefaultThreads() {
     const long online = sysconf(_SC_NPROCESSORS_ONLN);
     return static_cast<int>(std::clamp<long>(online, 1, 8));
@@ -270,13 +274,13 @@ FolderReadAhead::Parent FolderReadAhead::KeepOpen(UniqueFd fd, std::string_view 
     if (std::count(path.begin(), path.end(), '/') < kDeep) {
         return {};
     }
-    bool subfolders = false;
-    ForEachEntry(entries,
-                 [&](const dirent64& entry) { subfolders = subfolders || IsSubfolder(entry); });
-    if (!fd || !subfolders || parentsOpen_->load() >= mostParents_) {
+    if (!fd || !AnySubfolder(entries)) {
         return {};
     }
-    parentsOpen_->fetch_add(1);
+    if (parentsOpen_->fetch_add(1) >= mostParents_) {
+        parentsOpen_->fetch_sub(1);
+        return {};
+    }
     return Parent(new UniqueFd(std::move(fd)), [count = parentsOpen_](const UniqueFd* kept) {
         delete kept;
         count->fetch_sub(1);

@@ -29,9 +29,8 @@ class FolderReadAhead {
 public:
     using Place = std::vector<uint32_t>;
     struct Folder {
-        std::vector<char> entries; // getdents64 records; d_type filled in where it was unknown
-        std::vector<int64_t>
-            times; // for each file the mask keeps, in order; -errno when unreadable
+        std::vector<char> entries;  // getdents64 records; d_type filled in where it was unknown
+        std::vector<int64_t> times; // each kept file's, in order; -errno when unreadable
         dev_t dev = 0;
         ino_t ino = 0;
     };

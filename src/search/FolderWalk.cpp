@@ -381,7 +381,8 @@ uint32_t FolderWalk::StoreFolder(size_t level) {
 }
 
 // Opens a subfolder of the current level and makes it the current level. Returns false when
-// it cannot be opened or read (skipped silently) or when a cancel is already raised.
+// it cannot be opened or read (told to the listener, then skipped) or when a cancel is already
+// raised.
 bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     const size_t depth = levels_.size() - 1;
     Level child;
