@@ -42,8 +42,8 @@ set_command() { # query tool -> cmd
     txt:find) cmd=(find "$tree" "${prune[@]}" '!' -type d -iname '*.txt' -print) ;;
     txt:bfs) cmd=(bfs "$tree" "${prune[@]}" '!' -type d -iname '*.txt' -print) ;;
     txt:fd) cmd=("${fd[@]}" --ignore-case --glob '*.txt' "$tree") ;;
-    txt:floor1) cmd=("${floor[@]}" -j 1 --stat --suffix .txt "$tree") ;;
-    txt:floor2) cmd=("${floor[@]}" -j 2 --stat --suffix .txt "$tree") ;;
+    txt:floor1) cmd=("${floor[@]}" -j 1 --suffix .txt "$tree") ;;
+    txt:floor2) cmd=("${floor[@]}" -j 2 --suffix .txt "$tree") ;;
     all:tallymoor) cmd=("$tallymoor" search -q "$tree" '*.*') ;;
     all:find) cmd=(find "$tree" "${prune[@]}" '!' -type d -print) ;;
     all:bfs) cmd=(bfs "$tree" "${prune[@]}" '!' -type d -print) ;;

@@ -14,8 +14,8 @@
 std::string ExtractSettingsOption(std::vector<std::string>& args);
 
 // True when the arguments (without the program name) ask for the command line, not the window:
-// no arguments, or a single existing folder (`tallymoor FOLDER`, as a file manager passes it),
-// open the window.
+// no arguments, or a single existing folder that is not a command word (`tallymoor FOLDER`, as
+// a file manager passes it), open the window.
 bool IsCommandLineInvocation(const std::vector<std::string>& args);
 
 class WalkListener;
