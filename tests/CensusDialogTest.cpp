@@ -22,7 +22,7 @@ protected:
     void OpenCensus(std::function<int(dlgStarDotStar&)> use) {
         prompts.modals.push_back(
             [use](QDialog* dialog) { return use(*static_cast<dlgStarDotStar*>(dialog)); });
-        window->ShowFileTypes();
+        window->Types().ShowFileTypes();
     }
 
     static QString Label(const dlgStarDotStar& d, const char* name) {
@@ -78,9 +78,9 @@ TEST_F(CensusDialogTest, ShowsTheTypesOfTheSearchWithItsTexts) {
         d.CommandAction(dlgStarDotStar::View);
         return d.result();
     });
-    ASSERT_EQ(window->Views().Count(), 3);
-    EXPECT_EQ(window->Views()[1].caption, "*.txt (3)");
-    EXPECT_EQ(window->Views()[2].caption, "*.log (1)");
+    ASSERT_EQ(window->Results().Views().Count(), 3);
+    EXPECT_EQ(window->Results().Views()[1].caption, "*.txt (3)");
+    EXPECT_EQ(window->Results().Views()[2].caption, "*.log (1)");
     EXPECT_EQ(window->Session().Store()[3].Extension(), ".") << "README marked in the store";
 }
 
@@ -117,7 +117,7 @@ TEST_F(CensusDialogTest, SelectByRangeAppendFilterAndJumpByLetter) {
         d.CommandAction(dlgStarDotStar::Close);
         return d.result();
     });
-    EXPECT_EQ(window->Views().Count(), 1);
+    EXPECT_EQ(window->Results().Views().Count(), 1);
 }
 
 TEST_F(CensusDialogTest, TheCensusIsKeptUntilTheNextSearch) {
@@ -130,7 +130,7 @@ TEST_F(CensusDialogTest, TheCensusIsKeptUntilTheNextSearch) {
         return 0;
     });
     Search("*.*");
-    EXPECT_TRUE(window->CensusReady());
+    EXPECT_TRUE(window->Types().CensusReady());
     tree.File("b.log");
     OpenCensus([&](dlgStarDotStar& d) {
         EXPECT_EQ(&d, first);
@@ -139,9 +139,9 @@ TEST_F(CensusDialogTest, TheCensusIsKeptUntilTheNextSearch) {
         return 0;
     });
     window->NewResults();
-    EXPECT_FALSE(window->CensusReady()) << "gone with the results";
+    EXPECT_FALSE(window->Types().CensusReady()) << "gone with the results";
     prompts.answers.push_back(MessageAnswer::Ok);
-    window->ShowFileTypes();
+    window->Types().ShowFileTypes();
     EXPECT_EQ(prompts.Texts(), QStringList{"Critical Error - the file data array is empty; this "
                                            "function is unavailable. Please restart the "
                                            "application to avoid corrupted reports."});
@@ -203,8 +203,8 @@ TEST_F(CensusDialogTest, ATypeThatIsNotUtf8KeepsItsBytes) {
         return static_cast<int>(dlgStarDotStar::View);
     });
     EXPECT_EQ(ReadBytes(tree.Path("export.txt")), tree.Path("a.\xff") + "\r\n");
-    ASSERT_EQ(window->Views().Count(), 2);
-    EXPECT_EQ(window->Views()[1].caption, QString::fromUtf8("*.\xef\xbf\xbd (1)"));
+    ASSERT_EQ(window->Results().Views().Count(), 2);
+    EXPECT_EQ(window->Results().Views()[1].caption, QString::fromUtf8("*.\xef\xbf\xbd (1)"));
 }
 
 } // namespace

@@ -257,7 +257,7 @@ TEST(dlgPreferences, ViewOptionsAndTheSortedColumnsColour) {
     profile.Start();
     ScriptedPrompts prompts;
     dlgPreferences dialog(profile, prompts, {});
-    dialog.SetStartupTab(5);
+    dialog.SetStartupTab(PreferencesTab::View);
     EXPECT_EQ(dialog.findChild<QTabWidget*>("tsPrefs")->currentIndex(), 4);
     dialog.findChild<QRadioButton*>("optView_0")->click();
     EXPECT_EQ(profile.ProfileGetString("options", "LVDefaultView", ""), "0");

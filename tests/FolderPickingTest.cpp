@@ -51,7 +51,7 @@ TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
         }
         ScriptedPrompts prompts;
         prompts.folders.push_back(t.Path("picked"));
-        modBrowse::PickFolder(c.purpose, true, t.Path("start"), profile, prompts);
+        modBrowse::PickFolder(static_cast<modBrowse::PickPurpose>(c.purpose), true, t.Path("start"), profile, prompts);
         const FolderRequest& r = prompts.folderRequests.at(0);
         EXPECT_EQ(std::tie(r.caption, r.prompt), std::tie(c.caption, c.prompt)) << c.purpose;
         EXPECT_TRUE(std::string(c.root) != "/" || r.root == "/") << c.purpose;
@@ -71,20 +71,20 @@ TEST(modBrowse, MissingStartCancelAndUnknownPurposes) {
     profile.Settings().LastCopyFileTarget = t.Path("deleted-since");
     ScriptedPrompts prompts;
     prompts.folders.push_back(""); // the user cancels
-    EXPECT_EQ(modBrowse::PickFolder(1, true, "", profile, prompts), "");
+    EXPECT_EQ(modBrowse::PickFolder(modBrowse::PickPurpose::CopyFiles, true, "", profile, prompts), "");
     EXPECT_EQ(prompts.folderRequests[0].start, t.Path("home/"));
     EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "0")
         << "a cancelled pick remembers nothing";
 
     prompts.folders.push_back(t.Path("home"));
     prompts.answers.push_back(MessageAnswer::Ok);
-    modBrowse::PickFolder(9, true, "", profile, prompts);
+    modBrowse::PickFolder(static_cast<modBrowse::PickPurpose>(9), true, "", profile, prompts);
     ASSERT_EQ(prompts.asked.size(), 1u);
     EXPECT_EQ(prompts.asked[0].text, "oops!");
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::None);
     EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "9");
 
-    modBrowse::RememberPickedFolder(6, "", profile);
+    modBrowse::RememberPickedFolder(modBrowse::PickPurpose::SearchRoot, "", profile);
     EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "9");
 }
 

@@ -150,14 +150,14 @@ TEST_F(MainWindowTest, OverTheListLimitTheExplanationIsNoResult) {
                                           "Create filtered views from the File Type dialog."}));
     EXPECT_TRUE(Find<QTreeView>("List1")->isFirstColumnSpanned(1, {})) << "across the columns";
     EXPECT_EQ(Find<QTabBar>("tsResults")->tabText(0), "All Results (*.*) (3)");
-    window->SelectAll();
+    window->Results().SelectAll();
     EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
     SelectRows({0, 1});
     EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
     prompts.saves.push_back({tree.Path("list.txt"), true});
-    window->SaveResultList();
+    window->Selection().SaveResultList();
     EXPECT_EQ(ReadBytes(tree.Path("list.txt")), "");
-    window->OpenSelected();
+    window->Selection().OpenSelected();
     EXPECT_TRUE(desktop.calls.empty());
 }
 
@@ -168,7 +168,7 @@ TEST_F(MainWindowTest, CancelAndCloseDuringTheWalkKeepWhatWasFound) {
     // The Cancel button, then closing the window, each while the store fills.
     for (const bool closing : {false, true}) {
         int yields = 0;
-        window->SetWalkObserver([&] {
+        window->Search().SetWalkObserver([&] {
             if (++yields == 500) {
                 EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "Cancel");
                 EXPECT_FALSE(Action("Select All")->isEnabled());
@@ -182,7 +182,7 @@ TEST_F(MainWindowTest, CancelAndCloseDuringTheWalkKeepWhatWasFound) {
         EXPECT_LT(Rows("List1").size(), 3000);
         EXPECT_FALSE(window->IsBusy() || cancel.IsRaised());
     }
-    window->SetWalkObserver({});
+    window->Search().SetWalkObserver({});
     window->close();
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(profile->ProfileGetString("windows", "Winstate", ""), "0");
@@ -193,7 +193,7 @@ TEST_F(MainWindowTest, CancelAndCloseDuringTheWalkKeepWhatWasFound) {
 TEST_F(MainWindowTest, TypeViewsTheirTabsAndWhatRemovalNewAndCloseDo) {
     tree.File({"a.txt", "b.log", "c.txt", "README"});
     Search(tree.Root(), "*.*");
-    window->CreateTypeViews({{2, ".txt"}, {1, ".log"}, {2, ".txt"}});
+    window->Types().CreateTypeViews({{2, ".txt"}, {1, ".log"}, {2, ".txt"}});
     auto* tabs = Find<QTabBar>("tsResults");
     EXPECT_EQ(tabs->count(), 3);
     EXPECT_EQ(tabs->currentIndex(), 2) << "the last new view is shown";
@@ -204,13 +204,13 @@ TEST_F(MainWindowTest, TypeViewsTheirTabsAndWhatRemovalNewAndCloseDo) {
     EXPECT_EQ(progress->parentWidget(), window.get()) << "the window's own, transient for it";
     tabs->setCurrentIndex(1);
     EXPECT_TRUE(Find<QTreeView>("List2")->isVisible());
-    window->SelectAll();
-    window->RemoveFromViews(tree.Path("a.txt"));
+    window->Results().SelectAll();
+    window->Results().RemoveFromViews(tree.Path("a.txt"), window->Request().Mask());
     EXPECT_EQ(Rows("List2"), QStringList{QString::fromStdString(tree.Path("c.txt"))});
     EXPECT_EQ(tabs->tabText(0), "All Results (*.*) (3)");
     EXPECT_EQ(tabs->tabText(1), "*.txt (1)");
     EXPECT_EQ(Text("lblSelCount"), "Selected: 1");
-    window->CloseViews();
+    window->Results().CloseViews();
     EXPECT_EQ(tabs->count(), 1);
     EXPECT_EQ(Rows("List1").size(), 3) << "the first view stays";
     window->NewResults();
@@ -225,15 +225,15 @@ TEST_F(MainWindowTest, SelectionCommandsAndTheSelectedCount) {
         tree.File("f" + std::to_string(i) + ".txt");
     }
     Search(tree.Root(), "*.txt");
-    window->SelectAll();
+    window->Results().SelectAll();
     EXPECT_EQ(Text("lblSelCount"), "Selected: 300");
-    window->SelectNone();
+    window->Results().SelectNone();
     auto* list = Find<QTreeView>("List1");
     list->scrollTo(list->model()->index(150, 0), QAbstractItemView::PositionAtTop);
     const int top = list->indexAt(QPoint(1, 1)).row();
     SelectRows({299});
     profile->Settings().RetainTopIndex = true;
-    window->InvertSelection();
+    window->Results().InvertSelection();
     EXPECT_EQ(Text("lblSelCount"), "Selected: 299");
     EXPECT_EQ(list->indexAt(QPoint(1, 1)).row(), top) << "the top row kept in view";
     Search(tree.Root(), "*.txt");
@@ -328,12 +328,12 @@ TEST_F(MainWindowTest, TheReportSortsByEachColumnAndCommandsFollow) {
     }
     list->selectionModel()->clearSelection();
     SelectRows({0});
-    window->ShowSelectedProperties();
+    window->Selection().ShowSelectedProperties();
     EXPECT_EQ(desktop.calls, std::vector<std::string>{"properties " + tree.Path("z/a.txt")});
-    window->RemoveFromViews(tree.Path("m/b.txt"));
+    window->Results().RemoveFromViews(tree.Path("m/b.txt"), window->Request().Mask());
     EXPECT_EQ(Rows("List1"), order({"z/a.txt", "a/c.log"}));
     prompts.modals.push_back([](QDialog* d) { d->findChild<QRadioButton*>("optView_0")->click(); return 0; });
-    window->ShowPreferences(5);
+    window->ShowPreferences(PreferencesTab::View);
     EXPECT_GE(list->header()->sectionSize(0), list->viewport()->width()) << "a list's one column";
 }
 
@@ -408,7 +408,7 @@ TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
         found.push_back({"preferences tab " + QString::number(tab), SharedAccessKeys(&preferences)});
     }
     prompts.modals.push_back([&](QDialog* census) { found.push_back({"census", SharedAccessKeys(census)}); return 2; });
-    window->ShowFileTypes();
+    window->Types().ShowFileTypes();
     dlgRegFiles registered(*profile, prompts);
     dlgViewMasks viewMasks;
     dlgDosLen dosLen;

@@ -35,12 +35,12 @@ TEST_F(OutputCommandsTest, SaveAllAndSave) {
                      {out.Path("some.txt"), false}, {"/dev/full", true}};
     window->findChild<QAction*>("mnuFile_8")->trigger();
     profile->Settings().LastOutputSaveDirectory = "/kept/";
-    window->SaveAllResults();
+    window->Selection().SaveAllResults();
     EXPECT_EQ(profile->ProfileGetString("paths", "LastOutputSaveDirectory", ""), "/kept/");
-    window->SaveResultList();
-    window->SaveResultList();
+    window->Selection().SaveResultList();
+    window->Selection().SaveResultList();
     prompts.answers.push_back(MessageAnswer::Ok);
-    window->SaveResultList();
+    window->Selection().SaveResultList();
 
     const SaveRequest& all = prompts.saveRequests.at(0);
     EXPECT_EQ(std::tie(all.title, all.name), std::make_tuple(QString("Save Report As"), std::string()));
@@ -68,13 +68,13 @@ TEST_F(OutputCommandsTest, ClipboardTakesAtMost1000Items) {
     QClipboard* clipboard = QGuiApplication::clipboard();
     clipboard->setText("before");
     const QString copied = " Ready! (Selected items copied to clipboard.)";
-    window->CopySelectionToClipboard();
+    window->Selection().CopySelectionToClipboard();
     EXPECT_EQ(clipboard->text(), "before") << "nothing selected: the clipboard keeps its text";
     EXPECT_EQ(Status(StatusPart::Message), copied) << "and the status says so all the same";
-    window->SelectAll();
-    window->SetStatus(StatusPart::Message, "Ready!");
+    window->Results().SelectAll();
+    window->Status().Set(StatusPart::Message, "Ready!");
     prompts.answers.push_back(MessageAnswer::Ok);
-    window->CopySelectionToClipboard();
+    window->Selection().CopySelectionToClipboard();
     EXPECT_EQ(prompts.Texts(), QStringList{"Over 1000 items have been selected, which can "
                                            "seriously degrade system performance. Please select "
                                            "less than 1000 items or save to file."});
@@ -84,7 +84,7 @@ TEST_F(OutputCommandsTest, ClipboardTakesAtMost1000Items) {
     auto* list = Find<QTreeView>("List1");
     list->selectionModel()->select(list->model()->index(500, 0),
                                    QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
-    window->CopySelectionToClipboard();
+    window->Selection().CopySelectionToClipboard();
     const QString text = clipboard->text();
     EXPECT_EQ(text.count("\r\n"), 1000) << "exactly 1000 are copied";
     EXPECT_TRUE(text.startsWith(QString::fromStdString(Row(0)) + "\r\n"));

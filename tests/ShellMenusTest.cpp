@@ -31,7 +31,7 @@ TEST_F(ShellMenusTest, TheVerbsWaitForResultsThenActOnTheSelection) {
     EXPECT_EQ(prompts.Texts(), QStringList{"Confirm opening of " + QString::fromStdString(second)});
     window->findChild<QAction*>("mnuFile_14")->trigger();
     EXPECT_EQ(desktop.calls, (std::vector<std::string>{"open " + second, "properties " + second}));
-    EXPECT_EQ(window->PopupForShownList(), window->ListPopup());
+    EXPECT_EQ(window->Menus().PopupForShownList(), window->Menus().ListPopup());
     Action("Tallymoor on the Web")->trigger();
     Action("Support by E-mail...")->trigger();
     EXPECT_EQ(std::vector<std::string>(desktop.calls.begin() + 2, desktop.calls.end()),
@@ -59,7 +59,7 @@ TEST_F(ShellMenusTest, DoubleClickFollowsTheSettings) {
     for (const Case& c : cases) {
         (c.shift ? s.DblClickShiftAction : s.DblClickAction) = c.action;
         desktop.calls.clear();
-        window->DoubleClicked(c.shift);
+        window->Selection().DoubleClicked(c.shift);
         EXPECT_EQ(desktop.calls, c.launched) << c.action;
         EXPECT_EQ(Text("lblSelCount"), c.selected) << c.action;
     }
@@ -70,7 +70,7 @@ TEST_F(ShellMenusTest, TheFolderPopupExploresAndSetsTheStartPath) {
     tree.File("photos \xff/p.jpg");
     Find<QCheckBox>("chkOpts_1")->click();
     Search(tree.Root(), "*.*");
-    EXPECT_EQ(window->PopupForShownList(), window->FolderPopup());
+    EXPECT_EQ(window->Menus().PopupForShownList(), window->Menus().FolderPopup());
     SelectRows({0});
     profile->Settings().ConfirmOnOpen = false;
     window->findChild<QAction*>("mnuFolderPopup_8")->trigger();
@@ -108,7 +108,7 @@ TEST_F(ShellMenusTest, FiltersMakeViewsOrAMask) {
         list->setCurrentIndex(list->model()->index(
             static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path(file)))), 0));
         window->findChild<QAction*>("mnuListPop_5")->trigger();
-        EXPECT_EQ(window->Views()[window->Views().Count() - 1].caption, caption) << "no .html in .htm";
+        EXPECT_EQ(window->Results().Views()[window->Results().Views().Count() - 1].caption, caption) << "no .html in .htm";
     }
     prompts.modals.push_back([](QDialog* d) { // a compound mask's view: the mask alone
         for (const char* type : {".htm", ".txt"}) {
@@ -117,7 +117,7 @@ TEST_F(ShellMenusTest, FiltersMakeViewsOrAMask) {
         return static_cast<int>(QDialog::Accepted);
     });
     window->findChild<QAction*>("mnuMasks_3")->trigger();
-    EXPECT_EQ(window->Views()[window->Views().Count() - 1].caption, "*.htm  *.txt  ");
+    EXPECT_EQ(window->Results().Views()[window->Results().Views().Count() - 1].caption, "*.htm  *.txt  ");
     prompts.modals.push_back([](QDialog* d) {
         auto* types = d->findChild<QListWidget*>("lstExtensions");
         types->findItems(".txt", Qt::MatchExactly).at(0)->setSelected(true);
@@ -128,7 +128,7 @@ TEST_F(ShellMenusTest, FiltersMakeViewsOrAMask) {
     window->findChild<QAction*>("mnuMasks_3")->trigger();
     EXPECT_EQ(Find<QLineEdit>("txtObjMask")->text(), "*.txt; ");
     EXPECT_TRUE(Find<QRadioButton>("optListTypes_0")->isChecked());
-    EXPECT_EQ(window->Views().Count(), 5) << "no view when unchecked";
+    EXPECT_EQ(window->Results().Views().Count(), 5) << "no view when unchecked";
 }
 
 } // namespace

@@ -95,7 +95,7 @@ TEST_F(WindowCommandsTest, CopyAsksThenPicksTheDestinationAndListsTheDuplicates)
     TestTree to;
     WriteBytes(to.Path("a.txt"), "there before");
     Search(tree.Root(), "*.txt");
-    window->SelectAll();
+    window->Results().SelectAll();
     prompts.answers = {MessageAnswer::Yes};
     prompts.folders = {to.Root()};
     prompts.modals.push_back([&](QDialog* dialog) {

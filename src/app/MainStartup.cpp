@@ -103,7 +103,7 @@ int RunWindow(int& argc, char** argv, const std::string& settingsOverride,
     });
     PlaceMainWindow(window, profile);
     if (!startFolder.empty()) {
-        window.SetStartPath(AbsolutePath(startFolder));
+        window.Request().SetStartPath(AbsolutePath(startFolder));
     }
     window.show();
     splash.raise();

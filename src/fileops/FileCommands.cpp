@@ -263,11 +263,11 @@ bool DeleteFolder(const std::string& folder, CommandContext& context) {
 std::optional<std::string> PrepareCopy(PendingAction command,
                                        const std::vector<std::string>& selected,
                                        CommandContext& context,
-                                       const std::function<std::string(int purpose)>& pick) {
+                                       const std::function<std::string(modBrowse::PickPurpose)>& pick) {
     if (selected.empty() || !ConfirmAction(command, selected, context.settings, context.prompts)) {
         return std::nullopt;
     }
-    std::string destination = pick(static_cast<int>(command));
+    std::string destination = pick(static_cast<modBrowse::PickPurpose>(command));
     if (!LeadsToFolder(destination)) {
         return std::nullopt;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/StatusLine.h"
+#include "fileops/modBrowse.h"
 
 #include <QString>
 #include <cstdint>
@@ -84,7 +85,7 @@ bool PrepareDelete(PendingAction command, const std::vector<std::string>& select
 std::optional<std::string> PrepareCopy(PendingAction command,
                                        const std::vector<std::string>& selected,
                                        CommandContext& context,
-                                       const std::function<std::string(int purpose)>& pick);
+                                       const std::function<std::string(modBrowse::PickPurpose)>& pick);
 
 struct DeleteOutcome {
     bool changed = false;

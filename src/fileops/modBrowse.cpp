@@ -31,22 +31,22 @@ struct Memory {
     const char* key;
 };
 
-std::optional<Memory> MemoryOf(int purpose) {
+std::optional<Memory> MemoryOf(PickPurpose purpose) {
     switch (purpose) {
-    case 1:
+    case PickPurpose::CopyFiles:
         return Memory{&AppSettings::LastCopyFileTarget, "LastCopyFileTarget"};
-    case 2:
-    case 3:
+    case PickPurpose::CopyFolder:
+    case PickPurpose::CopyFolderContents:
         return Memory{&AppSettings::LastCopyFolderTarget, "LastCopyFolderTarget"};
-    case 4:
+    case PickPurpose::MoveFiles:
         return Memory{&AppSettings::LastMoveFileTarget, "LastMoveFileTarget"};
-    case 5:
+    case PickPurpose::MoveFolder:
         return Memory{&AppSettings::LastMoveFolderTarget, "LastMoveFolderTarget"};
-    case 6:
+    case PickPurpose::SearchRoot:
         return Memory{&AppSettings::LastSourceFolder, "LastSourceFolder"};
-    case 7:
+    case PickPurpose::NetworkShare:
         return Memory{&AppSettings::LastSourceNetFolder, "LastSourceNetFolder"};
-    case 8:
+    case PickPurpose::AdministrativeShare:
         return Memory{&AppSettings::LastSourceNetAdminFolder, "LastSourceNetAdminFolder"};
     default:
         return std::nullopt;
@@ -55,39 +55,39 @@ std::optional<Memory> MemoryOf(int purpose) {
 
 } // namespace
 
-Purpose PurposeOf(int purpose) {
+Purpose PurposeOf(PickPurpose purpose) {
     switch (purpose) {
-    case 1:
+    case PickPurpose::CopyFiles:
         return {
             Text::tr("Select Destination Folder"),
             Text::tr("Select the folder or drive into which the selected files will be copied."),
             BrowseRoot::Desktop};
-    case 2:
+    case PickPurpose::CopyFolder:
         return {Text::tr("Select Local Folder"),
                 Text::tr("Select the folder or drive into which the selected folder should be "
                          "copied."),
                 BrowseRoot::Drives};
-    case 3:
+    case PickPurpose::CopyFolderContents:
         return {Text::tr("Select Destination Folder"),
                 Text::tr("Choose the folder or drive into which all contents of selected folder "
                          "should be copied."),
                 BrowseRoot::Drives};
-    case 4:
+    case PickPurpose::MoveFiles:
         return {"", "", BrowseRoot::Desktop};
-    case 5:
+    case PickPurpose::MoveFolder:
         return {Text::tr("Select Destination Location"),
                 Text::tr("You are about to move a folder and all its contents. Choose a new "
                          "location for the selected folder."),
                 BrowseRoot::Desktop};
-    case 6:
+    case PickPurpose::SearchRoot:
         return {Text::tr("Select Local Folder"),
                 Text::tr("Select the folder or drive in which to begin the search."),
                 BrowseRoot::Drives};
-    case 7:
+    case PickPurpose::NetworkShare:
         return {Text::tr("Select Network Share"),
                 Text::tr("Select the network share in which to begin the search."),
                 BrowseRoot::Network};
-    case 8:
+    case PickPurpose::AdministrativeShare:
         return {Text::tr("Select Network Administrative Share"),
                 Text::tr("Select the network share in which to begin the search."),
                 BrowseRoot::Network, true};
@@ -134,31 +134,31 @@ std::vector<FolderPlace> StartingPlaces(const modPProfile& profile) {
     return StartingPlaces(profile.RootFolder(), runtime ? runtime : "");
 }
 
-std::string PickFolder(int purpose, bool remember, const std::string& rootFieldText,
+std::string PickFolder(PickPurpose purpose, bool remember, const std::string& rootFieldText,
                        modPProfile& profile, Prompts& prompts) {
     const AppSettings& s = profile.Settings();
     std::string start;
     switch (purpose) {
-    case 1:
+    case PickPurpose::CopyFiles:
         start = s.LastCopyFileTarget;
         break;
-    case 2:
-    case 3:
+    case PickPurpose::CopyFolder:
+    case PickPurpose::CopyFolderContents:
         start = s.LastCopyFolderTarget;
         break;
-    case 5:
+    case PickPurpose::MoveFolder:
         start = s.LastMoveFolderTarget;
         break;
-    case 6:
+    case PickPurpose::SearchRoot:
         start = rootFieldText;
         break;
-    case 7:
+    case PickPurpose::NetworkShare:
         start = s.LastSourceNetFolder;
         break;
-    case 8:
+    case PickPurpose::AdministrativeShare:
         start = s.LastSourceNetAdminFolder;
         break;
-    case 4:
+    case PickPurpose::MoveFiles:
         break;
     default:
         prompts.Message(QCoreApplication::translate("modBrowse", "oops!"), MessageIcon::None,
@@ -178,7 +178,7 @@ std::string PickFolder(int purpose, bool remember, const std::string& rootFieldT
     return picked;
 }
 
-void RememberPickedFolder(int purpose, const std::string& path, modPProfile& profile) {
+void RememberPickedFolder(PickPurpose purpose, const std::string& path, modPProfile& profile) {
     if (path.empty()) {
         return;
     }
@@ -186,8 +186,8 @@ void RememberPickedFolder(int purpose, const std::string& path, modPProfile& pro
         profile.Settings().*(memory->field) = path;
         profile.ProfileSetPathsKey(memory->key, path);
     }
-    profile.Settings().LastCfmBrowseID = purpose;
-    profile.ProfileSetPathsKey("LastCfmBrowseID", std::to_string(purpose));
+    profile.Settings().LastCfmBrowseID = static_cast<int>(purpose);
+    profile.ProfileSetPathsKey("LastCfmBrowseID", std::to_string(static_cast<int>(purpose)));
 }
 
 } // namespace modBrowse

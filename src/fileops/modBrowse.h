@@ -8,11 +8,22 @@
 
 class modPProfile;
 
-// Folder picking with remembered locations. Purposes: 1 copy files, 2 copy folder, 3 copy folder
-// contents, 4 move files, 5 move folder, 6 search root (local), 7 search root (network share),
-// 8 search root (administrative share). Each has its caption, prompt, browse root and
-// remembered start location.
+// Folder picking with remembered locations. Each purpose has its caption, prompt, browse root
+// and remembered start location.
 namespace modBrowse {
+
+// What a folder is picked for. The numbers are those kept as LastCfmBrowseID; the copy and move
+// purposes have the numbers of their commands.
+enum class PickPurpose {
+    CopyFiles = 1,
+    CopyFolder = 2,
+    CopyFolderContents = 3,
+    MoveFiles = 4,
+    MoveFolder = 5,
+    SearchRoot = 6, // the Select menu's local path, and the Up button
+    NetworkShare = 7,
+    AdministrativeShare = 8,
+};
 
 enum class BrowseRoot { Desktop, Drives, Network };
 
@@ -24,7 +35,7 @@ struct Purpose {
 };
 
 // The caption, prompt and root of a purpose; empty texts for a number outside 1 to 8.
-Purpose PurposeOf(int purpose);
+Purpose PurposeOf(PickPurpose purpose);
 
 // Where a browse root is on this system: the desktop and the drives are the whole file system
 // ("/", so that any disk or stick can be reached), the network is the GVFS mount folder when
@@ -38,13 +49,13 @@ std::vector<FolderPlace> StartingPlaces(const std::string& home, const std::stri
 std::vector<FolderPlace> StartingPlaces(const modPProfile& profile);
 
 // `PickFolder`: asks for a folder for `purpose`; `rootFieldText` is the root path field's text
-// (the start for purpose 6). Returns the path picked, empty on cancel; remembers a pick when
+// (the start for a search root). Returns the path picked, empty on cancel; remembers a pick when
 // `remember` is set. A purpose outside 1 to 8 first says "oops!".
-std::string PickFolder(int purpose, bool remember, const std::string& rootFieldText,
+std::string PickFolder(PickPurpose purpose, bool remember, const std::string& rootFieldText,
                        modPProfile& profile, Prompts& prompts);
 
 // `RememberPickedFolder`: stores a non-empty path under its purpose's key (purposes 2 and 3
-// share one), and the purpose under LastCfmBrowseID, whatever its number.
-void RememberPickedFolder(int purpose, const std::string& path, modPProfile& profile);
+// share one: the copies of a folder and of its contents), and the purpose under LastCfmBrowseID, whatever its number.
+void RememberPickedFolder(PickPurpose purpose, const std::string& path, modPProfile& profile);
 
 } // namespace modBrowse

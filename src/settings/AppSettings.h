@@ -4,6 +4,13 @@
 #include <cstdint>
 #include <string>
 
+// What a double-click on a result does (DblClickAction, DblClickShiftAction); the numbers are
+// those of the settings file, where any other number does nothing.
+enum class DoubleClickAction { Open = 0, Properties = 1, SelectAll = 2 };
+
+// How the result lists show results (LVDefaultView).
+enum class ListViewStyle { Paths = 0, Report = 1 };
+
 // `AppSettings`: every value of the settings file the program works with, filled at start-up.
 // Paths are bytes, as the file system takes them.
 struct AppSettings {

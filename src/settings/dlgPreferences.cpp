@@ -466,9 +466,10 @@ void dlgPreferences::CommitMasks() {
     }
 }
 
-void dlgPreferences::SetStartupTab(int tab) {
-    if (tab >= 1 && tab <= tsPrefs->count()) {
-        tsPrefs->setCurrentIndex(tab - 1);
+void dlgPreferences::SetStartupTab(PreferencesTab tab) {
+    const int index = static_cast<int>(tab) - 1;
+    if (index >= 0 && index < tsPrefs->count()) {
+        tsPrefs->setCurrentIndex(index);
     }
 }
 

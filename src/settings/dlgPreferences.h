@@ -19,6 +19,9 @@ class QTabWidget;
 class QTableWidget;
 class modPProfile;
 
+// The tabs, in the order they stand.
+enum class PreferencesTab { General = 1, Warnings = 2, Folders = 3, Masks = 4, View = 5 };
+
 // `dlgPreferences`: the options of the settings file on five tabs. Every option is written the
 // moment it changes (so Cancel undoes none), a folder path when its entry is accepted, the mask
 // list when OK confirms it; the main window reloads the settings when the dialog has closed.
@@ -29,8 +32,8 @@ public:
     dlgPreferences(modPProfile& profile, Prompts& prompts, std::function<void()> masksCommitted,
                    QWidget* parent = nullptr);
 
-    // The tab shown first, 1 to 5 ("Edit Favorite Masks List..." opens at 4).
-    void SetStartupTab(int tab);
+    // The tab shown first ("Edit Favorite Masks List..." opens at the masks).
+    void SetStartupTab(PreferencesTab tab);
     // The mask editor starts from the favourites the menu shows (those added by searches since
     // start-up too), not only from the file's.
     void SetFavorites(const std::vector<std::string>& favorites);

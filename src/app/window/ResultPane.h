@@ -1,0 +1,102 @@
+#pragma once
+
+#include <QCoreApplication>
+#include "app/ResultViews.h"
+#include "fileops/FileCommands.h"
+
+#include <QString>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class QEvent;
+class QLabel;
+class QLayout;
+class QListWidget;
+class QObject;
+class QTreeView;
+class QWidget;
+class ResultListModel;
+class frmMain;
+struct WindowContext;
+
+// The result views and what shows them: the tabs, the two lists (the first view, and whichever
+// other view is chosen), the placeholder shown while a list loads, the labels, the selection.
+class ResultPane : private ResultViews::Observer {
+    Q_DECLARE_TR_FUNCTIONS(frmMain)
+
+public:
+    ResultPane(frmMain& window, WindowContext& shared);
+
+    // The tabs, the labels and the lists, on `parent`.
+    QLayout* Build(QWidget* parent);
+    // The lists let go of the store before the store goes.
+    void ClearLists();
+
+    ResultViews& Views() { return views_; }
+    const ResultViews& Views() const { return views_; }
+    // The result lists as a list of paths or a report with columns, as LVDefaultView says.
+    void ApplyListView();
+    // The tabs and lists after the views changed: captions, the rows each list shows, the label.
+    void SyncViews();
+    void TabChanged(int tab);
+    // Shows view `tab` (or, below 0, the one shown) as a click on its tab would.
+    void ShowTab(int tab);
+    QString TabText(int tab) const;
+    void SetTabText(int tab, const QString& text);
+    void SetResultType(const QString& text);
+    // `word` in place of the lists ("searching...", "loading...").
+    void ShowPlaceholder(const QString& word);
+    void ResetPlaceholder();
+    void ShowFirstList();
+    // The two lines shown instead of results too many to list.
+    void ShowTooManyToList();
+    void UpdateSelectedCount();
+
+    // The first view of a folders-only search is shown.
+    bool FolderView() const;
+    void SetFolderResults(bool folders) { folderResults_ = folders; }
+    bool FolderResults() const { return folderResults_; }
+    QTreeView* VisibleList() const;
+    int VisibleRowCount() const;
+    // The shown list's current row's record, or -1.
+    int32_t CurrentItem() const;
+    // The rows' paths as bytes, all or the selected ones, in list order.
+    std::vector<std::string> RowPaths(bool selectedOnly) const;
+    std::vector<std::string> SelectedPaths() const { return RowPaths(true); }
+    int SelectedCount() const;
+    std::vector<SelectedItem> SelectedItems() const;
+    // Takes a path that a command removed from the disk out of every view.
+    void RemoveFromViews(std::string_view path, const QString& mask);
+
+    // "C&lose Views": every view but the first.
+    void CloseViews();
+    void SelectAll();
+    void SelectNone();
+    void InvertSelection();
+    void SetBusy(bool busy);
+    // Keys and the mouse on a list: Delete, the popup, and Shift as it was at the press.
+    bool ListEvent(QObject* watched, QEvent* event);
+
+private:
+    void ShowList(QTreeView* list);
+    ResultListModel* ModelOf(QTreeView* list) const;
+    // The selected rows of a list, in list order (result rows only).
+    std::vector<int> SelectedRows(QTreeView* list) const;
+    void RowRemoving(int tab, int row) override;
+    void RowRemoved(int tab) override;
+
+    frmMain& window_;
+    WindowContext& shared_;
+    ResultViews views_;
+    bool folderResults_ = false;
+    bool shiftAtPress_ = false;
+    class QTabBar* tsResults = nullptr;
+    QTreeView* List1 = nullptr;
+    QTreeView* List2 = nullptr;
+    QListWidget* lstDummy = nullptr;
+    QLabel* lblResultType = nullptr;
+    QLabel* lblSelCount = nullptr;
+    ResultListModel* model1_ = nullptr;
+    ResultListModel* model2_ = nullptr;
+};

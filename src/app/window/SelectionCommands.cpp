@@ -1,0 +1,145 @@
+#include "app/window/SelectionCommands.h"
+
+#include "app/frmMain.h"
+#include "app/window/ResultPane.h"
+#include "app/window/SearchRequest.h"
+#include "app/window/WindowContext.h"
+#include "fileops/dlgProgress.h"
+#include "fileops/modShell.h"
+#include "output/ClipboardExport.h"
+#include "output/ListSaving.h"
+#include "output/modFileDialog.h"
+#include "platform/Prompts.h"
+#include "settings/modPProfile.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+
+void SelectionCommands::OpenSelected() {
+    if (!shared_.busy) {
+        modShell::ShellOpenSelected(window_.Results().SelectedPaths(),
+                                    window_.Results().FolderResults(), shared_.profile.Settings(),
+                                    shared_.prompts, shared_.desktop);
+    }
+}
+
+void SelectionCommands::OpenSelectedWithNotepad() {
+    if (!shared_.busy) {
+        modShell::ShellOpenWithNotepad(window_.Results().SelectedPaths(),
+                                       shared_.profile.Settings(), shared_.prompts,
+                                       shared_.desktop);
+    }
+}
+
+void SelectionCommands::OpenSelectedWithDialog() {
+    if (!shared_.busy) {
+        modShell::ShellOpenWithDialog(window_.Results().SelectedPaths(),
+                                      shared_.profile.Settings(), shared_.prompts,
+                                      shared_.desktop);
+    }
+}
+
+void SelectionCommands::ShowSelectedProperties() {
+    if (!shared_.busy) {
+        modShell::ShellShowProperties(window_.Results().SelectedPaths(), shared_.prompts,
+                                      shared_.desktop);
+    }
+}
+
+void SelectionCommands::SetAsNewStartPath() {
+    const std::vector<std::string> paths = window_.Results().SelectedPaths();
+    if (shared_.busy || paths.empty()) {
+        return;
+    }
+    window_.Request().SetStartPath(paths.front());
+    window_.Request().ClearFoldersOnly();
+}
+
+void SelectionCommands::DoubleClicked(bool shiftHeld) {
+    const AppSettings& s = shared_.profile.Settings();
+    switch (static_cast<DoubleClickAction>(shiftHeld ? s.DblClickShiftAction : s.DblClickAction)) {
+    case DoubleClickAction::Open:
+        OpenSelected();
+        break;
+    case DoubleClickAction::Properties:
+        ShowSelectedProperties();
+        break;
+    case DoubleClickAction::SelectAll:
+        window_.Results().SelectAll();
+        break;
+    }
+}
+
+void SelectionCommands::SaveResultList() {
+    if (shared_.busy) {
+        return;
+    }
+    window_.SetBusy(true);
+    bool entireList = true;
+    const std::string path = modFileDialog::AskForOutputFile(shared_.prompts, shared_.profile,
+                                                             true, entireList, "", true);
+    if (!path.empty()) {
+        const std::string error = WriteLines(path, window_.Results().RowPaths(!entireList),
+                                             shared_.profile.Settings().QSSortResultsOnSave);
+        if (!error.empty()) {
+            shared_.prompts.Message(QString::fromStdString(error), MessageIcon::Critical,
+                                    MessageButtons::Ok);
+        }
+    }
+    window_.SetBusy(false);
+}
+
+void SelectionCommands::SaveAllResults() {
+    if (shared_.busy || shared_.session.Store().UBound() < 0) {
+        return;
+    }
+    window_.SetBusy(true);
+    bool entireList = true;
+    const std::string path = modFileDialog::AskForOutputFile(shared_.prompts, shared_.profile,
+                                                             false, entireList, "", true);
+    shared_.yield.Now();
+    if (!path.empty()) {
+        Progress& progress = *shared_.progress;
+        const WriteProgress hooks{[&](int maximum) { progress.Create(20, maximum, false); },
+                                  [&](const QString& message) { progress.SetMessage(message); },
+                                  [&] {
+                                      progress.Update(20);
+                                      shared_.yield.Yield();
+                                  },
+                                  [&] { progress.Destroy(); }};
+        const FileDataArray& store = shared_.session.Store();
+        const std::string error = shared_.profile.Settings().QSSortResultsOnSave
+                                      ? WriteResultsSorted(store, path, hooks)
+                                      : WriteResultsUnsorted(store, path, hooks);
+        if (!error.empty()) {
+            shared_.prompts.Message(QString::fromStdString(error), MessageIcon::Critical,
+                                    MessageButtons::Ok);
+        }
+    }
+    window_.SetBusy(false);
+}
+
+void SelectionCommands::CopySelectionToClipboard() {
+    if (shared_.busy) {
+        return;
+    }
+    const int selected = window_.Results().SelectedCount();
+    if (selected > kClipboardLimit) {
+        shared_.prompts.Message(
+            tr("Over 1000 items have been selected, which can seriously degrade system "
+                        "performance. Please select less than 1000 items or save to file."),
+            MessageIcon::Critical, MessageButtons::Ok);
+        return;
+    }
+    StatusLine& status = shared_.status;
+    if (selected > 0) {
+        const std::string text =
+            ClipboardText(window_.Results().SelectedPaths(), [&status](const QString& message) {
+                status.Set(StatusPart::Message, message);
+            });
+        QClipboard* clipboard = QGuiApplication::clipboard();
+        clipboard->clear();
+        clipboard->setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+    }
+    status.Set(StatusPart::Message, tr("Ready! (Selected items copied to clipboard.)"));
+}

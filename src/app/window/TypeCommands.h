@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QCoreApplication>
+#include "analysis/Census.h"
+
+#include <memory>
+
+class dlgStarDotStar;
+class frmMain;
+struct WindowContext;
+
+// Views and masks made of file types: the census of the last search (counted once per search,
+// then shown again), the Masks menu's filters, and the desktop's registered types.
+class TypeCommands {
+    Q_DECLARE_TR_FUNCTIONS(frmMain)
+
+public:
+    TypeCommands(frmMain& window, WindowContext& shared);
+    ~TypeCommands();
+
+    // Opens the census of the last search.
+    void ShowFileTypes();
+    bool CensusReady() const { return census_ != nullptr; }
+    dlgStarDotStar* CensusDialog() const { return census_.get(); }
+    // The census counted a store or a disk that is no longer so.
+    void UnloadCensus();
+    // One view per type the census hands over (a type with a view already is skipped).
+    void CreateTypeViews(const SelectedTypeArray& types);
+
+    // "Registered File Types...": the File Mask built from the desktop's types.
+    void ShowRegisteredTypes();
+    // "Filter": a view of the type of the shown list's current item.
+    void FilterOnCurrentType();
+    // "Filter on Multiple Types..." (one view of all the types picked) and "Filter with
+    // Multiple Views..." (one view each); unchecked, the picks become the File Mask.
+    void FilterOnMultipleTypes(bool viewEach);
+
+private:
+    bool CountTypes();
+
+    frmMain& window_;
+    WindowContext& shared_;
+    std::unique_ptr<dlgStarDotStar> census_;
+};

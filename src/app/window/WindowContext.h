@@ -1,0 +1,31 @@
+#pragma once
+
+#include "app/StatusLine.h"
+#include "platform/EventYield.h"
+#include "search/SearchSession.h"
+#include "settings/MaskFavorites.h"
+
+class CancelFlag;
+class Desktop;
+class Prompts;
+class dlgProgress;
+class modPProfile;
+
+// What the main window's parts share: the settings, the person and the desktop they reach, the
+// search with its store, the status line, and whether a search or a command holds the store.
+struct WindowContext {
+    WindowContext(modPProfile& profile, Prompts& prompts, Desktop& desktop, CancelFlag& cancel)
+        : profile(profile), prompts(prompts), desktop(desktop), cancel(cancel) {}
+
+    modPProfile& profile;
+    Prompts& prompts;
+    Desktop& desktop;
+    CancelFlag& cancel;
+    EventYield yield;
+    SearchSession session;
+    StatusLine status;
+    MaskFavorites favorites;
+    dlgProgress* progress = nullptr; // the window's own, transient for it
+    // While set, every command that would touch the result store is refused.
+    bool busy = false;
+};
