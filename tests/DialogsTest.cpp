@@ -231,18 +231,18 @@ TEST(dlgPreferences, CaptionsRulesAndWhatEachControlWrites) {
     auto* entry = dialog.findChild<QLineEdit*>("txtMask");
     for (const char* mask : {" *.B; ", "*.txt;", "*.a;"}) { // "*.txt;" is there already
         entry->setText(mask);
-        dialog.MaskCommand(1);
+        dialog.MaskCommand(dlgPreferences::MaskButton::Add);
     }
     masks->setCurrentRow(0);
-    dialog.MaskCommand(0);
-    dialog.MaskCommand(4);
+    dialog.MaskCommand(dlgPreferences::MaskButton::Delete);
+    dialog.MaskCommand(dlgPreferences::MaskButton::Sort);
     QStringList rows;
     for (int i = 0; i < masks->count(); ++i) {
         rows << masks->item(i)->text();
     }
     EXPECT_EQ(rows, QStringList({"*.B;", "*.a;", "*.log;", "*.mdb;", "*.ppt;", "*.rtf;", "*.txt;"}));
     prompts.answers = {MessageAnswer::No};
-    dialog.MaskCommand(3);
+    dialog.MaskCommand(dlgPreferences::MaskButton::Reload);
     EXPECT_EQ(prompts.asked.back().text,
               "The Mask List has changed. Reloading willl discard all changes. Continue?");
     dialog.findChild<QPushButton*>("cmdOK")->click();

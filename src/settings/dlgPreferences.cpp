@@ -37,6 +37,9 @@ struct Option {
     bool AppSettings::*field;
 };
 
+// The check boxes whose state others follow, by their place in the tables below.
+enum Box { kAutoRescan = 0, kOnlyBelowMaximum = 1, kConfirmFileDelete = 5, kConfirmEachFile = 6 };
+
 // The General tab's check boxes, in their order.
 const Option kGeneral[] = {
     // "perfrom" is the program's own spelling.
@@ -177,33 +180,43 @@ QWidget* dlgPreferences::GeneralTab() {
         chkGeneral[i] = new QCheckBox(tr(kGeneral[i].caption), tab);
         chkGeneral[i]->setObjectName(QStringLiteral("chkGeneral_%1").arg(i));
         connect(chkGeneral[i], &QCheckBox::clicked, this, [this, i] { GeneralClicked(i); });
-        if (i != 1) {
+        if (i == kOnlyBelowMaximum) {
+            layout->addLayout(MaximumItemsRow(tab));
+        } else {
             layout->addWidget(chkGeneral[i]);
-            continue;
         }
-        // "Only when list contains less than" [number] "items."
-        auto* row = new QHBoxLayout;
-        cboMaxItems = new QComboBox(tab);
-        cboMaxItems->setObjectName("cboMaxItems");
-        for (const char* item : kMaxItems) {
-            cboMaxItems->addItem(tr(item));
-        }
-        lblItems = new QLabel(tr("items."), tab);
-        row->addSpacing(20);
-        row->addWidget(chkGeneral[i]);
-        row->addWidget(cboMaxItems);
-        row->addWidget(lblItems);
-        row->addStretch(1);
-        layout->addLayout(row);
-        connect(cboMaxItems, &QComboBox::activated, this, [this](int position) {
-            if (!loading_ && position >= 0) {
-                const std::string value =
-                    position == 0 ? "-1" : cboMaxItems->itemText(position).toStdString();
-                profile_.Settings().AutoRescanMaximum = ReadNumber(value);
-                profile_.ProfileSetOptionsKey("AutoRescanMaximum", value);
-            }
-        });
     }
+    AddDoubleClickChoices(tab, layout);
+    layout->addStretch(1);
+    return tab;
+}
+
+// "Only when list contains less than" [number] "items."
+QLayout* dlgPreferences::MaximumItemsRow(QWidget* tab) {
+    auto* row = new QHBoxLayout;
+    cboMaxItems = new QComboBox(tab);
+    cboMaxItems->setObjectName("cboMaxItems");
+    for (const char* item : kMaxItems) {
+        cboMaxItems->addItem(tr(item));
+    }
+    lblItems = new QLabel(tr("items."), tab);
+    row->addSpacing(20);
+    row->addWidget(chkGeneral[kOnlyBelowMaximum]);
+    row->addWidget(cboMaxItems);
+    row->addWidget(lblItems);
+    row->addStretch(1);
+    connect(cboMaxItems, &QComboBox::activated, this, [this](int position) {
+        if (!loading_ && position >= 0) {
+            const std::string value =
+                position == 0 ? "-1" : cboMaxItems->itemText(position).toStdString();
+            profile_.Settings().AutoRescanMaximum = ReadNumber(value);
+            profile_.ProfileSetOptionsKey("AutoRescanMaximum", value);
+        }
+    });
+    return row;
+}
+
+void dlgPreferences::AddDoubleClickChoices(QWidget* tab, QLayout* layout) {
     for (auto [combo, caption, key] :
          {std::tuple{&cboDC, QT_TR_NOOP("A double-click in the current list:"), "DblClickAction"},
           std::tuple{&cboDCS, QT_TR_NOOP("A shift-double-click in the current list:"),
@@ -227,8 +240,6 @@ QWidget* dlgPreferences::GeneralTab() {
             }
         });
     }
-    layout->addStretch(1);
-    return tab;
 }
 
 QWidget* dlgPreferences::WarningsTab() {
@@ -299,7 +310,7 @@ QWidget* dlgPreferences::MasksTab() {
                       0, 0, 1, 2);
     lstMasks = new QListWidget(tab);
     lstMasks->setObjectName("lstMasks");
-    connect(lstMasks, &QListWidget::itemDoubleClicked, this, [this] { MaskCommand(2); });
+    connect(lstMasks, &QListWidget::itemDoubleClicked, this, [this] { MaskCommand(MaskButton::Select); });
     txtMask = new QLineEdit(tab);
     txtMask->setObjectName("txtMask");
     txtMask->installEventFilter(this);
@@ -309,13 +320,13 @@ QWidget* dlgPreferences::MasksTab() {
     for (int i = 0; i < 5; ++i) {
         cmdMasks[i] = new QPushButton(tr(captions[i]), tab);
         cmdMasks[i]->setObjectName(QStringLiteral("cmdMasks_%1").arg(i));
-        connect(cmdMasks[i], &QPushButton::clicked, this, [this, i] { MaskCommand(i); });
+        connect(cmdMasks[i], &QPushButton::clicked, this, [this, i] { MaskCommand(static_cast<MaskButton>(i)); });
         buttons->addWidget(cmdMasks[i]);
     }
     buttons->addStretch(1);
     connect(txtMask, &QLineEdit::textChanged, this,
-            [this](const QString& text) { cmdMasks[1]->setEnabled(!text.isEmpty()); });
-    cmdMasks[1]->setEnabled(false);
+            [this](const QString& text) { cmdMasks[static_cast<size_t>(MaskButton::Add)]->setEnabled(!text.isEmpty()); });
+    cmdMasks[static_cast<size_t>(MaskButton::Add)]->setEnabled(false);
     chkMaskAppend = new QCheckBox(tr("Append new entries to existing mask"), tab);
     chkMaskAppend->setObjectName("chkMaskAppend");
     layout->addWidget(lstMasks, 1, 0);
@@ -329,6 +340,14 @@ QWidget* dlgPreferences::ViewTab() {
     auto* tab = new QWidget;
     auto* layout = new QGridLayout(tab);
     layout->addWidget(Description(tr("General interface preferences"), tab), 0, 0, 1, 2);
+    AddViewChoices(tab, layout);
+    AddViewSamples(tab, layout);
+    layout->setRowStretch(11, 1);
+    return tab;
+}
+
+// The view, the visible sort and its colour, the grid lines.
+void dlgPreferences::AddViewChoices(QWidget* tab, QGridLayout* layout) {
     layout->addWidget(new QLabel(tr("The default view is:"), tab), 1, 0);
     auto* views = new QButtonGroup(tab);
     for (int i = 0; i < 2; ++i) {
@@ -364,6 +383,10 @@ QWidget* dlgPreferences::ViewTab() {
     colour->addWidget(cmdViews);
     colour->addWidget(lblSort);
     layout->addLayout(colour, 6, 0);
+}
+
+// The progress bars' style with a sample bar, and a sample list showing the view's choices.
+void dlgPreferences::AddViewSamples(QWidget* tab, QGridLayout* layout) {
     layout->addWidget(new QLabel(tr("Application Progress Bars:"), tab), 7, 0);
     auto* styles = new QButtonGroup(tab);
     for (int i = 0; i < 2; ++i) {
@@ -398,8 +421,6 @@ QWidget* dlgPreferences::ViewTab() {
         ++row;
     }
     layout->addWidget(ListView1, 1, 1, 10, 1);
-    layout->setRowStretch(11, 1);
-    return tab;
 }
 
 void dlgPreferences::Load() {
@@ -480,8 +501,9 @@ void dlgPreferences::GeneralClicked(int index) {
     const bool on = chkGeneral[index]->isChecked();
     profile_.Settings().*(kGeneral[index].field) = on;
     profile_.ProfileSetOptionsKey(kGeneral[index].key, BoolText(on));
-    if (index == 0) {
-        for (QWidget* w : std::initializer_list<QWidget*>{chkGeneral[1], cboMaxItems, lblItems}) {
+    if (index == kAutoRescan) {
+        for (QWidget* w : std::initializer_list<QWidget*>{chkGeneral[kOnlyBelowMaximum],
+                                                          cboMaxItems, lblItems}) {
             w->setEnabled(on);
         }
     }
@@ -494,13 +516,13 @@ void dlgPreferences::WarningClicked(int index) {
     const bool on = chkWarnings[index]->isChecked();
     profile_.Settings().*(kWarnings[index].field) = on;
     profile_.ProfileSetOptionsKey(kWarnings[index].key, BoolText(on));
-    if (index == 5) {
+    if (index == kConfirmFileDelete) {
         // Every file can be asked for only while file deletion is.
-        chkWarnings[6]->setEnabled(on);
+        chkWarnings[kConfirmEachFile]->setEnabled(on);
         if (!on) {
-            chkWarnings[6]->setChecked(false);
+            chkWarnings[kConfirmEachFile]->setChecked(false);
         }
-        WarningClicked(6);
+        WarningClicked(kConfirmEachFile);
     }
 }
 
@@ -562,81 +584,98 @@ bool dlgPreferences::eventFilter(QObject* watched, QEvent* event) {
             }
         }
         if (watched == txtMask) {
-            MaskCommand(1);
+            MaskCommand(MaskButton::Add);
             return true;
         }
     }
     return QDialog::eventFilter(watched, event);
 }
 
-void dlgPreferences::MaskCommand(int index) {
-    QListWidgetItem* current = lstMasks->currentItem();
-    switch (index) {
-    case 0: // Delete
-        if (current != nullptr) {
-            const int row = lstMasks->row(current);
-            delete lstMasks->takeItem(row);
-            masksChanged_ = true;
-            editedMask_ = -1;
-            if (lstMasks->count() > 0) {
-                lstMasks->setCurrentRow(std::min(row, lstMasks->count() - 1));
-            }
-        }
+void dlgPreferences::MaskCommand(MaskButton button) {
+    switch (button) {
+    case MaskButton::Delete:
+        DeleteMask();
         break;
-    case 1: { // Add: a new row, the row taken for editing, or appended to the current row
-        const QString text = txtMask->text().trimmed();
-        if (text.isEmpty()) {
-            break;
-        }
-        const bool there = !lstMasks->findItems(text, Qt::MatchFixedString).isEmpty();
-        if (editedMask_ >= 0 && editedMask_ < lstMasks->count() && !there) {
-            lstMasks->item(editedMask_)->setText(text);
-            masksChanged_ = true;
-        } else if (chkMaskAppend->isChecked() && current != nullptr) {
-            current->setText(current->text() + text);
-            masksChanged_ = true;
-        } else if (!there) {
-            lstMasks->addItem(text);
-            masksChanged_ = true;
-        }
-        editedMask_ = -1;
-        txtMask->clear();
+    case MaskButton::Add:
+        AddMask();
         break;
-    }
-    case 2: // Select: the current row into the entry box, to be changed with Add
-        if (current != nullptr) {
+    case MaskButton::Select: // the current row into the entry box, to be changed with Add
+        if (QListWidgetItem* current = lstMasks->currentItem(); current != nullptr) {
             editedMask_ = lstMasks->row(current);
             txtMask->setText(current->text());
         }
         break;
-    case 3: // Reload; "willl" is the program's own spelling
-        if (masksChanged_ &&
-            prompts_.Message(tr("The Mask List has changed. Reloading willl discard all changes. "
-                                "Continue?"),
-                             MessageIcon::Question, MessageButtons::YesNo) != MessageAnswer::Yes) {
-            break;
-        }
-        LoadMasks();
+    case MaskButton::Reload:
+        ReloadMasks();
         break;
-    case 4: { // Sort, by the bytes: upper case before lower case
-        if (lstMasks->count() < 2) {
-            break;
-        }
-        std::vector<std::string> rows;
-        for (int row = 0; row < lstMasks->count(); ++row) {
-            rows.push_back(lstMasks->item(row)->text().toStdString());
-        }
-        SortStrings(rows, 0, static_cast<int>(rows.size()) - 1);
-        lstMasks->clear();
-        for (const std::string& row : rows) {
-            lstMasks->addItem(QString::fromStdString(row));
-        }
+    case MaskButton::Sort:
+        SortMasks();
+        break;
+    }
+}
+
+void dlgPreferences::DeleteMask() {
+    QListWidgetItem* current = lstMasks->currentItem();
+    if (current == nullptr) {
+        return;
+    }
+    const int row = lstMasks->row(current);
+    delete lstMasks->takeItem(row);
+    masksChanged_ = true;
+    editedMask_ = -1;
+    if (lstMasks->count() > 0) {
+        lstMasks->setCurrentRow(std::min(row, lstMasks->count() - 1));
+    }
+}
+
+// A new row, the row taken for editing, or appended to the current row.
+void dlgPreferences::AddMask() {
+    const QString text = txtMask->text().trimmed();
+    if (text.isEmpty()) {
+        return;
+    }
+    QListWidgetItem* current = lstMasks->currentItem();
+    const bool there = !lstMasks->findItems(text, Qt::MatchFixedString).isEmpty();
+    if (editedMask_ >= 0 && editedMask_ < lstMasks->count() && !there) {
+        lstMasks->item(editedMask_)->setText(text);
         masksChanged_ = true;
-        break;
+    } else if (chkMaskAppend->isChecked() && current != nullptr) {
+        current->setText(current->text() + text);
+        masksChanged_ = true;
+    } else if (!there) {
+        lstMasks->addItem(text);
+        masksChanged_ = true;
     }
-    default:
-        break;
+    editedMask_ = -1;
+    txtMask->clear();
+}
+
+// "willl" is the program's own spelling.
+void dlgPreferences::ReloadMasks() {
+    if (masksChanged_ &&
+        prompts_.Message(tr("The Mask List has changed. Reloading willl discard all changes. "
+                            "Continue?"),
+                         MessageIcon::Question, MessageButtons::YesNo) != MessageAnswer::Yes) {
+        return;
     }
+    LoadMasks();
+}
+
+// By the bytes: upper case before lower case.
+void dlgPreferences::SortMasks() {
+    if (lstMasks->count() < 2) {
+        return;
+    }
+    std::vector<std::string> rows;
+    for (int row = 0; row < lstMasks->count(); ++row) {
+        rows.push_back(lstMasks->item(row)->text().toStdString());
+    }
+    SortStrings(rows, 0, static_cast<int>(rows.size()) - 1);
+    lstMasks->clear();
+    for (const std::string& row : rows) {
+        lstMasks->addItem(QString::fromStdString(row));
+    }
+    masksChanged_ = true;
 }
 
 void dlgPreferences::ChooseSortColor() {

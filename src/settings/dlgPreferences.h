@@ -9,6 +9,8 @@
 class Prompts;
 class QCheckBox;
 class QComboBox;
+class QGridLayout;
+class QLayout;
 class QLabel;
 class QLineEdit;
 class QListWidget;
@@ -41,20 +43,29 @@ public:
     void AcceptFolder(int index);
     // A `Label3` clicked: the folder picker for that entry.
     void PickFolder(int index);
-    // The `cmdMasks` buttons: 0 Delete, 1 Add, 2 Select, 3 Reload, 4 Sort.
-    void MaskCommand(int index);
+    // The `cmdMasks` buttons, by their numbers.
+    enum class MaskButton { Delete = 0, Add = 1, Select = 2, Reload = 3, Sort = 4 };
+    void MaskCommand(MaskButton button);
     // `cmdViews`: the sorted column's colour through the colour picker.
     void ChooseSortColor();
 
 private:
     QWidget* GeneralTab();
+    QLayout* MaximumItemsRow(QWidget* tab);
+    void AddDoubleClickChoices(QWidget* tab, QLayout* layout);
     QWidget* WarningsTab();
     QWidget* FoldersTab();
     QWidget* MasksTab();
     QWidget* ViewTab();
+    void AddViewChoices(QWidget* tab, QGridLayout* layout);
+    void AddViewSamples(QWidget* tab, QGridLayout* layout);
     void Load();
     void LoadFolders();
     void LoadMasks();
+    void DeleteMask();
+    void AddMask();
+    void ReloadMasks();
+    void SortMasks();
     void CommitMasks();
     void GeneralClicked(int index);
     void WarningClicked(int index);

@@ -55,40 +55,7 @@ QLayout* ResultPane::Build(QWidget* parent) {
     List2 = new QTreeView(parent);
     for (auto [list, model, name] :
          {std::tuple{List1, model1_, "List1"}, std::tuple{List2, model2_, "List2"}}) {
-        list->setObjectName(name);
-        list->setModel(model);
-        list->setUniformRowHeights(true);
-        list->setRootIsDecorated(false);
-        list->setSelectionMode(QAbstractItemView::ExtendedSelection);
-        list->setSelectionBehavior(QAbstractItemView::SelectRows);
-        list->setAllColumnsShowFocus(true);
-        list->setDragEnabled(true);
-        list->setDragDropMode(QAbstractItemView::DragOnly);
-        list->setDefaultDropAction(Qt::CopyAction);
-        list->setItemDelegate(
-            new ListCellDelegate(shared_.profile.Settings(), list->header(), true, list));
-        // Sorted only once the user asks, by a click on a column's header: the header keeps the
-        // order (ascending first, then each click the other way); no column is marked before.
-        QHeaderView* header = list->header();
-        header->setSectionsClickable(true);
-        header->setSortIndicator(-1, Qt::AscendingOrder);
-        header->setSortIndicatorShown(true);
-        QObject::connect(header, &QHeaderView::sortIndicatorChanged, &window_,
-                         [model](int column, Qt::SortOrder order) {
-                             if (column >= 0) {
-                                 model->sort(column, order);
-                             }
-                         });
-        const auto count = [this] { UpdateSelectedCount(); };
-        QObject::connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, &window_,
-                         count);
-        QObject::connect(model, &QAbstractItemModel::modelReset, &window_, count);
-        QObject::connect(model, &QAbstractItemModel::rowsRemoved, &window_, count);
-        // Context menus come through the event filter: a click, Shift+F10 or the Menu key.
-        list->installEventFilter(&window_);
-        list->viewport()->installEventFilter(&window_);
-        QObject::connect(list, &QAbstractItemView::doubleClicked, &window_,
-                         [this] { window_.Selection().DoubleClicked(shiftAtPress_); });
+        SetUpList(list, model, name);
         lists->addWidget(list, 0, 0);
     }
     List2->hide();
@@ -101,6 +68,43 @@ QLayout* ResultPane::Build(QWidget* parent) {
     QObject::connect(tsResults, &QTabBar::currentChanged, &window_,
                      [this](int tab) { TabChanged(tab); });
     return layout;
+}
+
+void ResultPane::SetUpList(QTreeView* list, ResultListModel* model, const char* name) {
+    list->setObjectName(name);
+    list->setModel(model);
+    list->setUniformRowHeights(true);
+    list->setRootIsDecorated(false);
+    list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    list->setSelectionBehavior(QAbstractItemView::SelectRows);
+    list->setAllColumnsShowFocus(true);
+    list->setDragEnabled(true);
+    list->setDragDropMode(QAbstractItemView::DragOnly);
+    list->setDefaultDropAction(Qt::CopyAction);
+    list->setItemDelegate(
+        new ListCellDelegate(shared_.profile.Settings(), list->header(), true, list));
+    // Sorted only once the user asks, by a click on a column's header: the header keeps the
+    // order (ascending first, then each click the other way); no column is marked before.
+    QHeaderView* header = list->header();
+    header->setSectionsClickable(true);
+    header->setSortIndicator(-1, Qt::AscendingOrder);
+    header->setSortIndicatorShown(true);
+    QObject::connect(header, &QHeaderView::sortIndicatorChanged, &window_,
+                     [model](int column, Qt::SortOrder order) {
+                         if (column >= 0) {
+                             model->sort(column, order);
+                         }
+                     });
+    const auto count = [this] { UpdateSelectedCount(); };
+    QObject::connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, &window_,
+                     count);
+    QObject::connect(model, &QAbstractItemModel::modelReset, &window_, count);
+    QObject::connect(model, &QAbstractItemModel::rowsRemoved, &window_, count);
+    // Context menus come through the event filter: a click, Shift+F10 or the Menu key.
+    list->installEventFilter(&window_);
+    list->viewport()->installEventFilter(&window_);
+    QObject::connect(list, &QAbstractItemView::doubleClicked, &window_,
+                     [this] { window_.Selection().DoubleClicked(shiftAtPress_); });
 }
 
 void ResultPane::ClearLists() {

@@ -79,6 +79,7 @@ public:
     bool ListEvent(QObject* watched, QEvent* event);
 
 private:
+    void SetUpList(QTreeView* list, ResultListModel* model, const char* name);
     void ShowList(QTreeView* list);
     ResultListModel* ModelOf(QTreeView* list) const;
     // The selected rows of a list, in list order (result rows only).

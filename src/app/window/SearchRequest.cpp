@@ -32,6 +32,15 @@ QString tr(const char* text) {
 } // namespace
 
 QLayout* SearchRequest::Build(QWidget* parent) {
+    auto* rows = new QVBoxLayout;
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->addLayout(BuildFields(parent));
+    rows->addLayout(BuildOptions(parent));
+    Connect();
+    return rows;
+}
+
+QLayout* SearchRequest::BuildFields(QWidget* parent) {
     // Access keys: the menus take F, E, S, M and H; the fields and options the letters below.
     auto* request = new QGridLayout;
     auto* startLabel = new QLabel(tr("Start &Path:"), parent);
@@ -64,7 +73,10 @@ QLayout* SearchRequest::Build(QWidget* parent) {
     request->addWidget(txtObjMask, 1, 1);
     request->addWidget(cmdSearch, 1, 2);
     request->addWidget(cmdFileTypes, 1, 3);
+    return request;
+}
 
+QLayout* SearchRequest::BuildOptions(QWidget* parent) {
     auto* options = new QHBoxLayout;
     const char* optionTexts[] = {QT_TR_NOOP("Search subf&olders"), QT_TR_NOOP("Fo&lders only"),
                                  QT_TR_NOOP("Suppress up&dates")};
@@ -88,7 +100,10 @@ QLayout* SearchRequest::Build(QWidget* parent) {
         options->addWidget(optListTypes[i]);
     }
     optListTypes[0]->setChecked(true);
+    return options;
+}
 
+void SearchRequest::Connect() {
     QObject::connect(cmdSearch, &QPushButton::clicked, &window_,
                      [this] { window_.Search().ButtonClicked(); });
     // Enter in either field starts a search, as the default button would.
@@ -102,11 +117,6 @@ QLayout* SearchRequest::Build(QWidget* parent) {
     QObject::connect(cmdPathBack, &QToolButton::clicked, &window_, [this] { PathBackClicked(); });
     QObject::connect(cmdFileTypes, &QPushButton::clicked, &window_,
                      [this] { window_.Types().ShowFileTypes(); });
-    auto* rows = new QVBoxLayout;
-    rows->setContentsMargins(0, 0, 0, 0);
-    rows->addLayout(request);
-    rows->addLayout(options);
-    return rows;
 }
 
 SearchOptions SearchRequest::Options() const {

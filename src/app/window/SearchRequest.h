@@ -66,6 +66,9 @@ public:
     bool EnterPressed(QObject* watched, QEvent* event);
 
 private:
+    QLayout* BuildFields(QWidget* parent);
+    QLayout* BuildOptions(QWidget* parent);
+    void Connect();
     void OptionClicked(OptionBox box);
     QCheckBox* Box(OptionBox box) const { return chkOpts[static_cast<size_t>(box)]; }
 
