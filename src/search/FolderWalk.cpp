@@ -239,28 +239,40 @@ bool FolderWalk::Walk(const std::string& folderPath) {
         levels_.clear();
         return true;
     }
+    StartReadAhead(root.Get());
+    first.fd = std::move(root);
+    WalkLevels();
+    levels_.clear();
+    readAhead_.reset();
+    return true;
+}
+
+// Readers for the subfolders, when there is room for them: with few descriptors to spare, or
+// nothing below the root, this thread walks alone.
+void FolderWalk::StartReadAhead(int rootFd) {
     const int threads = options_.Threads > 0 ? options_.Threads : FolderReadAhead::DefaultThreads();
-    // Each reader holds a descriptor while it reads: with few to spare, one thread walks alone.
+    // Each reader holds a descriptor while it reads.
     if (threads > 1 && options_.Recurse && !testOpen_ && SpareDescriptors() >= 4L * threads + 16 &&
-        HasSubfolders(root.Get(), first.entries)) {
+        HasSubfolders(rootFd, levels_[0].entries)) {
         place_.clear();
         // This thread is one of them: no more threads run than there are processors.
         // A quarter of what is spare stays open for subfolders read ahead; the walk's own
         // levels keep at most half.
         readAhead_ = std::make_unique<FolderReadAhead>(
-            UniqueFd(fcntl(root.Get(), F_DUPFD_CLOEXEC, 0)), threads - 1,
+            UniqueFd(fcntl(rootFd, F_DUPFD_CLOEXEC, 0)), threads - 1,
             static_cast<int>(std::clamp<long>(SpareDescriptors() / 4, 0, 64)), options_, cancel_);
-        readAhead_->Offer({}, {}, first.entries);
+        readAhead_->Offer({}, {}, levels_[0].entries);
     }
-    first.fd = std::move(root);
+}
 
+void FolderWalk::WalkLevels() {
     while (!levels_.empty()) {
         const size_t depth = levels_.size() - 1;
         Level& level = levels_[depth];
         if (level.Finished()) {
             Ascend();
             if (!levels_.empty() && AfterEntry()) {
-                break;
+                return;
             }
             continue;
         }
@@ -276,31 +288,12 @@ bool FolderWalk::Walk(const std::string& folderPath) {
             isFolder = IsFolderAt(fd, entry->d_name);
         }
         if (isFolder) {
-            // "." and "..", and deliberately every folder whose name begins with a dot.
-            if (name.front() != '.') {
-                const uint32_t ordinal = level.subfolders++;
-                if (counters_.ObjectCount % 500 == 1 && listener_) {
-                    listener_->Yield();
-                }
-                if (cancel_.IsRaised()) {
-                    break;
-                }
-                if (options_.FoldersOnly) {
-                    ++counters_.ObjectCount;
-                    GrowStoreIfNeeded();
-                    store_.Store(counters_.MatchedCount, StoreFolder(depth), name, {}, 0);
-                    if (counters_.ObjectCount % 100 == 1 && listener_) {
-                        listener_->ObjectsCounted(counters_.ObjectCount - 1);
-                    }
-                    ++counters_.MatchedCount;
-                }
-                if (options_.ShowFolderProgress && listener_) {
-                    listener_->FolderEntered(name, counters_.ObjectCount, counters_.MatchedCount);
-                }
-                // Once inside, the step after this entry waits until the subfolder is done.
-                if (options_.Recurse && Descend(name, ordinal)) {
-                    continue;
-                }
+            const Step step = VisitFolder(depth, name);
+            if (step == Step::Stop) {
+                return;
+            }
+            if (step == Step::Entered) {
+                continue; // the step after this entry waits until the subfolder is done
             }
         } else if (!options_.FoldersOnly) {
             ++counters_.ObjectCount;
@@ -313,12 +306,37 @@ bool FolderWalk::Walk(const std::string& folderPath) {
             }
         }
         if (AfterEntry()) {
-            break;
+            return;
         }
     }
-    levels_.clear();
-    readAhead_.reset();
-    return true;
+}
+
+// A subfolder `name` of the folder at `depth`: stored when folders are searched, then entered.
+FolderWalk::Step FolderWalk::VisitFolder(size_t depth, std::string_view name) {
+    // "." and "..", and deliberately every folder whose name begins with a dot.
+    if (name.front() == '.') {
+        return Step::Next;
+    }
+    const uint32_t ordinal = levels_[depth].subfolders++;
+    if (counters_.ObjectCount % 500 == 1 && listener_) {
+        listener_->Yield();
+    }
+    if (cancel_.IsRaised()) {
+        return Step::Stop;
+    }
+    if (options_.FoldersOnly) {
+        ++counters_.ObjectCount;
+        GrowStoreIfNeeded();
+        store_.Store(counters_.MatchedCount, StoreFolder(depth), name, {}, 0);
+        if (counters_.ObjectCount % 100 == 1 && listener_) {
+            listener_->ObjectsCounted(counters_.ObjectCount - 1);
+        }
+        ++counters_.MatchedCount;
+    }
+    if (options_.ShowFolderProgress && listener_) {
+        listener_->FolderEntered(name, counters_.ObjectCount, counters_.MatchedCount);
+    }
+    return options_.Recurse && Descend(name, ordinal) ? Step::Entered : Step::Next;
 }
 
 // The step after every entry: stop on cancel, else let the event loop run, skipping it only

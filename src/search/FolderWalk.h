@@ -108,6 +108,11 @@ private:
     };
 
     bool Descend(std::string_view name, uint32_t ordinal);
+    // What follows an entry: the next entry, the first of the folder just entered, or the end.
+    enum class Step { Next, Entered, Stop };
+    void StartReadAhead(int rootFd);
+    void WalkLevels();
+    Step VisitFolder(size_t depth, std::string_view name);
     bool TakeReadAhead(Level& child, std::string_view name, std::string& relative);
     void Enter(Level&& child, std::string_view name);
     void Ascend();
