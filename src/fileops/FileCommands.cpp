@@ -160,69 +160,53 @@ bool PrepareDelete(PendingAction command, const std::vector<std::string>& select
     return true;
 }
 
-DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
-                                  CommandContext& context) {
-    DeleteOutcome outcome;
-    const size_t n = selection.size();
-    const bool eachFile = context.settings.ConfirmOnEachFileDelete;
-    StatusLine& status = context.status;
-    const auto skip = [&](size_t slot, const char* remark, const std::string& reason = {}) {
+namespace {
+
+// One delete of selected files: what it has done so far, and the steps it takes.
+struct DeleteRun {
+    const std::vector<SelectedItem>& selection;
+    CommandContext& context;
+    DeleteOutcome& outcome;
+
+    void Skip(size_t slot, const char* remark, const std::string& reason = {}) {
         ++outcome.skipped;
         outcome.notProcessed.push_back(
             {slot, selection[slot].path, selection[slot].lastWriteTime, remark, {}, reason});
-    };
-    std::vector<size_t> batch;
-    bool cancelled = false;
-    for (size_t position = n; position-- > 0;) {
-        if (position % 20 == 1) {
-            context.yield();
-        }
-        const std::string& path = selection[position].path;
-        if (!Exists(path)) {
-            skip(position, QT_TRANSLATE_NOOP("Remark", "file doesn't exist"));
-        } else if (!eachFile) {
-            ++outcome.processed;
-            // The counts first: the path is shortened to the room they leave.
-            status.Set(StatusPart::Objects, FileOf(outcome.processed, n));
-            status.Set(StatusPart::Message, Text::tr("Adding %1").arg(context.shortPath(path)));
-            batch.push_back(position);
-        } else {
-            ++outcome.processed;
-            status.Set(StatusPart::Objects, FileOf(outcome.processed, n));
-            status.Set(StatusPart::Matched, Text::tr("Deleted: %1").arg(outcome.deleted));
-            status.Set(StatusPart::Elapsed, Text::tr("Skipped: %1").arg(outcome.skipped));
-            status.Set(StatusPart::Message, Text::tr("Deleting %1").arg(context.shortPath(path)));
-            const MessageAnswer answer = context.prompts.Message(
-                Text::tr("Are you sure you want to delete ' %1 '?").arg(Shown(path)),
-                MessageIcon::Warning, MessageButtons::YesNoCancel);
-            if (answer == MessageAnswer::Cancel) {
-                skip(position, QT_TRANSLATE_NOOP("Remark", "delete cancelled by user"));
-                cancelled = true;
-                break;
-            }
-            if (answer == MessageAnswer::No) {
-                skip(position, QT_TRANSLATE_NOOP("Remark", "file deletion skipped by user"));
-            } else if (const std::string reason = context.desktop.MoveToTrash(path);
-                       reason.empty() && !Exists(path)) {
-                ++outcome.deleted;
-                context.removeFromViews(path);
-                if (context.handled) {
-                    context.handled(path);
-                }
-            } else {
-                // The wording stands although the file does exist: it is the program's own.
-                skip(position, QT_TRANSLATE_NOOP("Remark", "error: file doesn't exist"), reason);
-            }
-        }
-        if (context.cancel.IsRaised()) {
-            cancelled = true;
-            break;
-        }
     }
-    // Gathered files go now, unless the walk was cancelled; each one the trash refuses is
-    // listed with its reason.
-    if (!batch.empty() && !cancelled) {
-        status.Set(StatusPart::Message, Text::tr("Deleting"));
+
+    // Asks about one file, then sends it to the trash; false when the user cancels.
+    bool AskAndTrash(size_t position) {
+        const std::string& path = selection[position].path;
+        StatusLine& status = context.status;
+        status.Set(StatusPart::Matched, Text::tr("Deleted: %1").arg(outcome.deleted));
+        status.Set(StatusPart::Elapsed, Text::tr("Skipped: %1").arg(outcome.skipped));
+        status.Set(StatusPart::Message, Text::tr("Deleting %1").arg(context.shortPath(path)));
+        const MessageAnswer answer = context.prompts.Message(
+            Text::tr("Are you sure you want to delete ' %1 '?").arg(Shown(path)),
+            MessageIcon::Warning, MessageButtons::YesNoCancel);
+        if (answer == MessageAnswer::Cancel) {
+            Skip(position, QT_TRANSLATE_NOOP("Remark", "delete cancelled by user"));
+            return false;
+        }
+        if (answer == MessageAnswer::No) {
+            Skip(position, QT_TRANSLATE_NOOP("Remark", "file deletion skipped by user"));
+        } else if (const std::string reason = context.desktop.MoveToTrash(path);
+                   reason.empty() && !Exists(path)) {
+            ++outcome.deleted;
+            context.removeFromViews(path);
+            if (context.handled) {
+                context.handled(path);
+            }
+        } else {
+            // The wording stands although the file does exist: it is the program's own.
+            Skip(position, QT_TRANSLATE_NOOP("Remark", "error: file doesn't exist"), reason);
+        }
+        return true;
+    }
+
+    // The gathered files; each one the trash refuses is listed with its reason.
+    void TrashBatch(const std::vector<size_t>& batch) {
+        context.status.Set(StatusPart::Message, Text::tr("Deleting"));
         for (const size_t position : batch) {
             const std::string& path = selection[position].path;
             if (const std::string reason = context.desktop.MoveToTrash(path); reason.empty()) {
@@ -231,9 +215,49 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
                     context.handled(path);
                 }
             } else {
-                skip(position, QT_TRANSLATE_NOOP("Remark", "error: file doesn't exist"), reason);
+                Skip(position, QT_TRANSLATE_NOOP("Remark", "error: file doesn't exist"), reason);
             }
         }
+    }
+};
+
+} // namespace
+
+DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
+                                  CommandContext& context) {
+    DeleteOutcome outcome;
+    DeleteRun run{selection, context, outcome};
+    const size_t n = selection.size();
+    const bool eachFile = context.settings.ConfirmOnEachFileDelete;
+    StatusLine& status = context.status;
+    std::vector<size_t> batch;
+    bool cancelled = false;
+    for (size_t position = n; position-- > 0 && !cancelled;) {
+        if (position % 20 == 1) {
+            context.yield();
+        }
+        const std::string& path = selection[position].path;
+        if (!Exists(path)) {
+            run.Skip(position, QT_TRANSLATE_NOOP("Remark", "file doesn't exist"));
+        } else {
+            ++outcome.processed;
+            // The counts first: the path is shortened to the room they leave.
+            status.Set(StatusPart::Objects, FileOf(outcome.processed, n));
+            if (eachFile) {
+                if (!run.AskAndTrash(position)) {
+                    cancelled = true;
+                    break;
+                }
+            } else {
+                status.Set(StatusPart::Message, Text::tr("Adding %1").arg(context.shortPath(path)));
+                batch.push_back(position);
+            }
+        }
+        cancelled = context.cancel.IsRaised();
+    }
+    // Gathered files go now, unless the walk was cancelled.
+    if (!batch.empty() && !cancelled) {
+        run.TrashBatch(batch);
     }
     outcome.changed = outcome.deleted > 0;
     std::sort(outcome.notProcessed.begin(), outcome.notProcessed.end(),
@@ -278,6 +302,81 @@ std::optional<std::string> PrepareCopy(PendingAction command,
     return destination;
 }
 
+namespace {
+
+// The bar follows the bytes of the file being copied, in larger units for files past 2 GiB.
+CopyProgress BytesOnBar(Progress* progress, int& shift) {
+    return {[progress, &shift](int64_t size) {
+                for (shift = 0; (size >> shift) > INT_MAX; ++shift) {
+                }
+                if (progress && size > 0) {
+                    progress->Setup(0, static_cast<int>(size >> shift), 0);
+                }
+            },
+            [progress, &shift](int64_t done) {
+                if (progress) {
+                    progress->UpdateDirect(static_cast<int>(done >> shift));
+                }
+            }};
+}
+
+// The destination opened once for every file copied into it.
+struct CopyTarget {
+    const std::string& path;
+    const UniqueFd& fd;
+    int error; // why it could not be opened
+    const CopyProgress& bytes;
+};
+
+// One selected file (slot `slot`) copied into `into`, counted in `outcome`.
+void CopyItem(size_t slot, const SelectedItem& item, const CopyTarget& into,
+              CommandContext& context, CopyFilesOutcome& outcome) {
+    const auto skip = [&](const std::string& remark, const std::string& target,
+                          const std::string& reason) {
+        ++outcome.skipped;
+        outcome.notProcessed.push_back({slot, item.path, item.lastWriteTime, remark, target, reason});
+    };
+    const ItemAt source = OpenItem(item.path);
+    struct stat st {};
+    if (!source ||
+        fstatat(source.folder.Get(), source.name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
+        skip(QT_TRANSLATE_NOOP("Remark", "source file not found"), {}, {});
+        return;
+    }
+    const std::string target = JoinPath(into.path, source.name);
+    if (context.progress) {
+        context.progress->SetMessage(Shown(item.path));
+    }
+    ++outcome.processed;
+    const CopyOutcome copy =
+        into.fd ? CopyOneFile(source.folder.Get(), source.name, into.fd.Get(), source.name,
+                              context.cancel, into.bytes, context.faults)
+                : CopyOutcome{CopyResult::Failed, into.error, SystemReason(into.error), {}};
+    switch (copy.result) {
+    case CopyResult::Copied:
+        ++outcome.copied;
+        if (context.handled) {
+            context.handled(target);
+        }
+        break;
+    case CopyResult::TargetExists:
+        skip(QT_TRANSLATE_NOOP("Remark", "duplicate file"), target, {});
+        break;
+    case CopyResult::SourceMissing:
+        skip(QT_TRANSLATE_NOOP("Remark", "source file not found"), {}, {});
+        break;
+    case CopyResult::SourceChanged:
+        skip(copy.reason, target, {});
+        break;
+    case CopyResult::Failed:
+    case CopyResult::Cancelled:
+        skip(std::to_string(copy.error), target, copy.reason);
+        break;
+    }
+}
+
+} // namespace
+
 CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
                                    const std::string& destination, CommandContext& context) {
     CopyFilesOutcome outcome;
@@ -290,21 +389,10 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
         progress->Create(1, static_cast<int>(std::min<size_t>(n, INT_MAX)), true);
     }
     StatusLine& status = context.status;
-    int shift = 0; // the bar counts in larger units for files past 2 GiB
-    const CopyProgress bytes{[&](int64_t size) {
-                                 for (shift = 0; (size >> shift) > INT_MAX; ++shift) {
-                                 }
-                                 if (progress && size > 0) {
-                                     progress->Setup(0, static_cast<int>(size >> shift), 0);
-                                 }
-                             },
-                             [&](int64_t done) {
-                                 if (progress) {
-                                     progress->UpdateDirect(static_cast<int>(done >> shift));
-                                 }
-                             }};
+    int shift = 0;
+    const CopyProgress bytes = BytesOnBar(progress, shift);
     const UniqueFd into(OpenFolder(destination));
-    const int intoError = into ? 0 : errno;
+    const CopyTarget target{destination, into, into ? 0 : errno, bytes};
     if (into) {
         RemoveStaleTemporaries(into.Get(), FolderNames(into.Get())); // a killed copy's leftovers
     }
@@ -312,54 +400,12 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
         if (i % 20 == 1) {
             context.yield();
         }
-        const SelectedItem& item = selection[i];
-        const auto skip = [&](const std::string& remark, const std::string& target,
-                              const std::string& reason) {
-            ++outcome.skipped;
-            outcome.notProcessed.push_back(
-                {i, item.path, item.lastWriteTime, remark, target, reason});
-        };
-        const ItemAt source = OpenItem(item.path);
-        struct stat st {};
-        if (!source ||
-            fstatat(source.folder.Get(), source.name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
-            skip(QT_TRANSLATE_NOOP("Remark", "source file not found"), {}, {});
-        } else {
-            const std::string target = JoinPath(destination, source.name);
-            if (progress) {
-                progress->SetMessage(Shown(item.path));
-            }
-            ++outcome.processed;
-            const CopyOutcome copy =
-                into ? CopyOneFile(source.folder.Get(), source.name, into.Get(), source.name,
-                                   context.cancel, bytes, context.faults)
-                     : CopyOutcome{CopyResult::Failed, intoError, SystemReason(intoError), {}};
-            switch (copy.result) {
-            case CopyResult::Copied:
-                ++outcome.copied;
-                if (context.handled) {
-                    context.handled(target);
-                }
-                break;
-            case CopyResult::TargetExists:
-                skip(QT_TRANSLATE_NOOP("Remark", "duplicate file"), target, {});
-                break;
-            case CopyResult::SourceMissing:
-                skip(QT_TRANSLATE_NOOP("Remark", "source file not found"), {}, {});
-                break;
-            case CopyResult::SourceChanged:
-                skip(copy.reason, target, {});
-                break;
-            case CopyResult::Failed:
-            case CopyResult::Cancelled:
-                skip(std::to_string(copy.error), target, copy.reason);
-                break;
-            }
-        }
+        CopyItem(i, selection[i], target, context, outcome);
         status.Set(StatusPart::Objects, FileOf(outcome.processed, n));
         status.Set(StatusPart::Matched, Text::tr("Copied: %1").arg(outcome.copied));
         status.Set(StatusPart::Elapsed, Text::tr("Skipped: %1").arg(outcome.skipped));
-        status.Set(StatusPart::Message, Text::tr("Copying %1").arg(context.shortPath(item.path)));
+        status.Set(StatusPart::Message,
+                   Text::tr("Copying %1").arg(context.shortPath(selection[i].path)));
         if (context.cancel.IsRaised()) {
             break;
         }
