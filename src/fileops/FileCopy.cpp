@@ -545,6 +545,37 @@ std::string JoinPath(const std::string& folder, const std::string& name) {
     return !folder.empty() && folder.back() == '/' ? folder + name : folder + "/" + name;
 }
 
+// Opens `source` for a copy into `target`, as `in` and its status `from`. Nothing when it is a
+// regular file; otherwise how the copy ends: a link copied as a link, or why it cannot be.
+static std::optional<CopyOutcome> OpenRegularSource(int sourceDir, const std::string& source,
+                                                    int targetDir, const std::string& target,
+                                                    UniqueFd& in, struct stat& from) {
+    // Not following a link, and not blocking, so that a FIFO that looks like a file cannot
+    // stop the copy on its open; the type is the descriptor's, not what a name said before.
+    in.Reset(openat(sourceDir, source.c_str(),
+                    O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC));
+    if (!in) {
+        const int error = errno;
+        struct stat st {};
+        if (fstatat(sourceDir, source.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
+            return Outcome(CopyResult::SourceMissing, errno);
+        }
+        return S_ISLNK(st.st_mode) ? CopyLink(sourceDir, source, st, targetDir, target)
+                                   : Outcome(CopyResult::Failed, error);
+    }
+    if (fstat(in.Get(), &from) != 0) {
+        return Outcome(CopyResult::Failed, errno);
+    }
+    if (!S_ISREG(from.st_mode)) {
+        CopyOutcome outcome = Outcome(CopyResult::Failed, S_ISDIR(from.st_mode) ? EISDIR : EINVAL);
+        if (!S_ISDIR(from.st_mode)) {
+            outcome.reason = QT_TRANSLATE_NOOP("Remark", "not a regular file");
+        }
+        return outcome;
+    }
+    return std::nullopt;
+}
+
 CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
                         const std::string& target, const CancelFlag& cancel,
                         const CopyProgress& progress, const CopyFaults* faults) {
@@ -557,29 +588,10 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
     if (errno != ENOENT) {
         return Outcome(CopyResult::Failed, errno);
     }
-    // Not following a link, and not blocking, so that a FIFO that looks like a file cannot
-    // stop the copy on its open; the type is the descriptor's, not what a name said before.
-    const UniqueFd in(openat(sourceDir, source.c_str(),
-                             O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC));
-    if (!in) {
-        const int error = errno;
-        struct stat st {};
-        if (fstatat(sourceDir, source.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
-            return Outcome(CopyResult::SourceMissing, errno);
-        }
-        return S_ISLNK(st.st_mode) ? CopyLink(sourceDir, source, st, targetDir, target)
-                                   : Outcome(CopyResult::Failed, error);
-    }
+    UniqueFd in;
     struct stat from {};
-    if (fstat(in.Get(), &from) != 0) {
-        return Outcome(CopyResult::Failed, errno);
-    }
-    if (!S_ISREG(from.st_mode)) {
-        CopyOutcome outcome = Outcome(CopyResult::Failed, S_ISDIR(from.st_mode) ? EISDIR : EINVAL);
-        if (!S_ISDIR(from.st_mode)) {
-            outcome.reason = QT_TRANSLATE_NOOP("Remark", "not a regular file");
-        }
-        return outcome;
+    if (auto early = OpenRegularSource(sourceDir, source, targetDir, target, in, from)) {
+        return *early;
     }
     NewFile out(targetDir, target);
     if (!out.Create(from.st_mode & 0777, !(faults && faults->noUnnamedFiles))) {
@@ -664,36 +676,10 @@ bool IsSameOrInside(const std::string& folder, const std::string& other) {
     return false;
 }
 
-MoveOutcome MoveTree(const std::string& source, const std::string& target,
-                     TreeCopyContext& context) {
-    const ItemAt from = OpenItem(source);
-    const ItemAt to = OpenItem(target);
-    if (!from || !to) {
-        return {MoveResult::Failed, SystemReason(from ? to.error : from.error), {}};
-    }
-    struct stat there {};
-    if (fstatat(to.folder.Get(), to.name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0) {
-        return {
-            MoveResult::Refused,
-            FillIn(QCoreApplication::translate("Remark", "something named ' %1 ' is already there")
-                       .toStdString(),
-                   {to.name}),
-            {}};
-    }
-    if (IsSameOrInside(FolderOfPath(target), source)) {
-        return {MoveResult::Refused,
-                QT_TRANSLATE_NOOP("Remark", "a folder cannot be moved into itself"),
-                {}};
-    }
-    const int error = RenameNoReplace(from, to, context.faults);
-    if (error == 0) {
-        return {MoveResult::Moved, {}, {}};
-    }
-    if (error != EXDEV) {
-        return {
-            error == EEXIST ? MoveResult::Refused : MoveResult::Failed, SystemReason(error), {}};
-    }
-    // Another file system: a copy first, into a folder of our own.
+// A move to another file system: a copy first, into a folder of our own, synced; then the
+// source removed, each item only while it is what was copied.
+static MoveOutcome MoveByCopy(const ItemAt& from, const ItemAt& to, const std::string& source,
+                              const std::string& target, TreeCopyContext& context) {
     if (mkdirat(to.folder.Get(), to.name.c_str(), 0700) != 0) {
         return {
             errno == EEXIST ? MoveResult::Refused : MoveResult::Failed, SystemReason(errno), {}};
@@ -742,4 +728,36 @@ MoveOutcome MoveTree(const std::string& source, const std::string& target,
         moved.problems.push_back(NotRemoved(0, source, SystemReason(errno)));
     }
     return moved;
+}
+
+MoveOutcome MoveTree(const std::string& source, const std::string& target,
+                     TreeCopyContext& context) {
+    const ItemAt from = OpenItem(source);
+    const ItemAt to = OpenItem(target);
+    if (!from || !to) {
+        return {MoveResult::Failed, SystemReason(from ? to.error : from.error), {}};
+    }
+    struct stat there {};
+    if (fstatat(to.folder.Get(), to.name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0) {
+        return {
+            MoveResult::Refused,
+            FillIn(QCoreApplication::translate("Remark", "something named ' %1 ' is already there")
+                       .toStdString(),
+                   {to.name}),
+            {}};
+    }
+    if (IsSameOrInside(FolderOfPath(target), source)) {
+        return {MoveResult::Refused,
+                QT_TRANSLATE_NOOP("Remark", "a folder cannot be moved into itself"),
+                {}};
+    }
+    const int error = RenameNoReplace(from, to, context.faults);
+    if (error == 0) {
+        return {MoveResult::Moved, {}, {}};
+    }
+    if (error != EXDEV) {
+        return {
+            error == EEXIST ? MoveResult::Refused : MoveResult::Failed, SystemReason(error), {}};
+    }
+    return MoveByCopy(from, to, source, target, context);
 }

@@ -26,7 +26,34 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
     auto* prompt = new QLabel(request.prompt, this);
     prompt->setObjectName("lblPrompt");
     prompt->setWordWrap(true);
+    SetUpTree(request);
+    QListWidget* places = PlacesList(request);
+    path_ = new QLineEdit(this);
+    path_->setObjectName("txtPath");
+    auto* pathLabel = new QLabel(tr("Fol&der:"), this);
+    pathLabel->setBuddy(path_);
+    connect(path_, &QLineEdit::textEdited, this, [this] {
+        typed_ = true;
+        ok_->setEnabled(!SelectedFolder().empty());
+    });
 
+    QDialogButtonBox* buttons = Buttons();
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(prompt);
+    auto* middle = new QHBoxLayout;
+    middle->addWidget(places);
+    middle->addWidget(tree_, 1);
+    layout->addLayout(middle, 1);
+    auto* pathRow = new QHBoxLayout;
+    pathRow->addWidget(pathLabel);
+    pathRow->addWidget(path_, 1);
+    layout->addLayout(pathRow);
+    layout->addWidget(buttons);
+    resize(600, 480); // the same for every purpose
+}
+
+void FolderPickerDialog::SetUpTree(const FolderRequest& request) {
     model_->setFilter(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Drives);
     const QString root = QFile::decodeName(QByteArray::fromStdString(request.root));
     model_->setRootPath(root);
@@ -57,7 +84,10 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
         Show(QFile::decodeName(QByteArray::fromStdString(request.start)));
     }
 
-    // The places beside the tree: a click shows that folder in the tree and selects it.
+}
+
+// The places beside the tree: a click shows that folder in the tree and selects it.
+QListWidget* FolderPickerDialog::PlacesList(const FolderRequest& request) {
     auto* places = new QListWidget(this);
     places->setObjectName("lstPlaces");
     for (const FolderPlace& place : request.places) {
@@ -70,15 +100,11 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
     connect(places, &QListWidget::itemClicked, this,
             [this](QListWidgetItem* item) { Show(item->data(Qt::UserRole).toString()); });
 
-    path_ = new QLineEdit(this);
-    path_->setObjectName("txtPath");
-    auto* pathLabel = new QLabel(tr("Fol&der:"), this);
-    pathLabel->setBuddy(path_);
-    connect(path_, &QLineEdit::textEdited, this, [this] {
-        typed_ = true;
-        ok_->setEnabled(!SelectedFolder().empty());
-    });
+    return places;
+}
 
+// OK (for the folder picked or typed), Cancel and New Folder.
+QDialogButtonBox* FolderPickerDialog::Buttons() {
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     auto* newFolder = buttons->addButton(tr("&New Folder..."), QDialogButtonBox::ActionRole);
     newFolder->setObjectName("cmdNewFolder");
@@ -93,19 +119,7 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* pa
     connect(tree_->selectionModel(), &QItemSelectionModel::currentChanged, this, picked);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(prompt);
-    auto* middle = new QHBoxLayout;
-    middle->addWidget(places);
-    middle->addWidget(tree_, 1);
-    layout->addLayout(middle, 1);
-    auto* pathRow = new QHBoxLayout;
-    pathRow->addWidget(pathLabel);
-    pathRow->addWidget(path_, 1);
-    layout->addLayout(pathRow);
-    layout->addWidget(buttons);
-    resize(600, 480); // the same for every purpose
+    return buttons;
 }
 
 void FolderPickerDialog::MakeFolder() {

@@ -5,7 +5,9 @@
 #include <QDialog>
 #include <string>
 
+class QDialogButtonBox;
 class QFileSystemModel;
+class QListWidget;
 class QLineEdit;
 class QTreeView;
 class QPushButton;
@@ -25,6 +27,9 @@ public:
     bool SelectedFolderInView() const;
 
 private:
+    void SetUpTree(const FolderRequest& request);
+    QListWidget* PlacesList(const FolderRequest& request);
+    QDialogButtonBox* Buttons();
     // Asks for a name and makes that folder in the selected one.
     void MakeFolder();
     // Selects a folder and keeps it in sight while the tree fills.
