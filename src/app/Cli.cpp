@@ -468,6 +468,33 @@ const OptionInfo* FindOption(std::string_view arg, const Request& request) {
 }
 
 // Parses the arguments after the command word; returns a usage status (after saying why) or -1.
+// ROOT, MASK and, for a copy, DEST. -1 when they are right, else the exit status.
+int TakeOperands(const std::vector<std::string>& positional, Request& request, std::FILE* err) {
+    const std::string_view word = request.command->word;
+    const bool copy = request.Is(Command::Copy);
+    if (positional.size() != (copy ? 3u : 2u)) {
+        return UsageError(err,
+                          copy ? Text::tr("tallymoor: %1 needs ROOT, MASK and DEST")
+                               : Text::tr("tallymoor: %1 needs ROOT and MASK"),
+                          {word}, word);
+    }
+    request.root = positional[0];
+    request.options.MaskText = positional[1];
+    request.options.KeepTimes = request.times; // nothing else here prints a time
+    if (copy) {
+        request.destination = AbsolutePath(positional[2]);
+        struct stat st {};
+        if (stat(request.destination.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+            Say(err, Text::tr("tallymoor: DEST ' %1 ' is not a folder"), {positional[2]});
+            return kExitUsage;
+        }
+        while (request.destination.size() > 1 && request.destination.back() == '/') {
+            request.destination.pop_back();
+        }
+    }
+    return -1;
+}
+
 int ParseRequest(const std::vector<std::string>& args, Request& request, std::FILE* err) {
     const std::string_view word = request.command->word;
     request.options.ShowFolderProgress = false; // nobody watches a status line here
@@ -507,28 +534,7 @@ int ParseRequest(const std::vector<std::string>& args, Request& request, std::FI
     if (request.help) {
         return -1;
     }
-    const bool copy = request.Is(Command::Copy);
-    if (positional.size() != (copy ? 3u : 2u)) {
-        return UsageError(err,
-                          copy ? Text::tr("tallymoor: %1 needs ROOT, MASK and DEST")
-                               : Text::tr("tallymoor: %1 needs ROOT and MASK"),
-                          {word}, word);
-    }
-    request.root = positional[0];
-    request.options.MaskText = positional[1];
-    request.options.KeepTimes = request.times; // nothing else here prints a time
-    if (copy) {
-        request.destination = AbsolutePath(positional[2]);
-        struct stat st {};
-        if (stat(request.destination.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
-            Say(err, Text::tr("tallymoor: DEST ' %1 ' is not a folder"), {positional[2]});
-            return kExitUsage;
-        }
-        while (request.destination.size() > 1 && request.destination.back() == '/') {
-            request.destination.pop_back();
-        }
-    }
-    return -1;
+    return TakeOperands(positional, request, err);
 }
 
 // Checks the mask and walks the root, as the window does. Returns an exit status when the
@@ -733,6 +739,45 @@ std::vector<SelectedItem> TrashSelection(const FileDataArray& store) {
 // The trash and copy commands: every result through the window's engine. What was handled
 // goes to standard output (a trashed path, a new copy's path), what was not to standard error
 // as its path, a TAB and its remark.
+std::vector<SelectedItem> EverySlot(const FileDataArray& store) {
+    std::vector<SelectedItem> selection;
+    for (int32_t i = 0; i <= store.UBound(); ++i) {
+        selection.push_back({std::string(store[i].FullPath()), store[i].LastWriteTime});
+    }
+    return selection;
+}
+
+// The trash question on the terminal: 0 when the answer is yes, else the exit status.
+int AskToTrash(size_t count, const CliSystem& system, std::FILE* err) {
+    const auto answer =
+        system.askTerminal
+            ? system.askTerminal(
+                  Text::tr("Send %1 items to the trash? [y/N] ").arg(count).toStdString())
+            : std::nullopt;
+    if (!answer) {
+        Say(err,
+            Text::tr("tallymoor: %1 items found; without a terminal to ask on, nothing goes to "
+                     "the trash unless --yes is given"),
+            {std::to_string(count)});
+        return kExitUsage;
+    }
+    return *answer == "y" || *answer == "Y" || *answer == "yes" ? 0 : kExitDeclined;
+}
+
+// One line each: the path, a tab, the remark and its reason.
+void SayNotProcessed(const std::vector<SkippedItem>& items, std::FILE* err) {
+    for (const SkippedItem& item : items) {
+        const std::string remark = RemarkText(item.remark).toStdString();
+        Say(err, QStringLiteral("%1\t%2"),
+            {item.path, item.reason.empty()
+                            ? remark
+                            : FillIn(QCoreApplication::translate("dlgCopyErr", "%1 (%2)",
+                                                                 "a remark and its reason")
+                                         .toStdString(),
+                                     {remark, RemarkText(item.reason).toStdString()})});
+    }
+}
+
 int RunFileCommand(const Request& request, const SearchSession& session, CancelFlag& cancel,
                    const ReadProblems& read, const CliSystem& system, std::FILE* stdOut,
                    std::FILE* err) {
@@ -741,30 +786,11 @@ int RunFileCommand(const Request& request, const SearchSession& session, CancelF
     if (!session.ResultsAvailable()) {
         return ExitStatus(session, cancel, read);
     }
-    const FileDataArray& store = session.Store();
-    std::vector<SelectedItem> selection;
-    if (trash) {
-        selection = TrashSelection(store);
-    } else {
-        for (int32_t i = 0; i <= store.UBound(); ++i) {
-            selection.push_back({std::string(store[i].FullPath()), store[i].LastWriteTime});
-        }
-    }
+    const std::vector<SelectedItem> selection =
+        trash ? TrashSelection(session.Store()) : EverySlot(session.Store());
     if (trash && !request.yes) {
-        const auto answer = system.askTerminal
-                                ? system.askTerminal(Text::tr("Send %1 items to the trash? [y/N] ")
-                                                         .arg(selection.size())
-                                                         .toStdString())
-                                : std::nullopt;
-        if (!answer) {
-            Say(err,
-                Text::tr("tallymoor: %1 items found; without a terminal to ask on, nothing goes to "
-                         "the trash unless --yes is given"),
-                {std::to_string(selection.size())});
-            return kExitUsage;
-        }
-        if (*answer != "y" && *answer != "Y" && *answer != "yes") {
-            return kExitDeclined;
+        if (const int declined = AskToTrash(selection.size(), system, err)) {
+            return declined;
         }
     }
     AppSettings batch;
@@ -797,16 +823,7 @@ int RunFileCommand(const Request& request, const SearchSession& session, CancelF
     if (!out.Finish()) {
         return OutputFailed(out, err);
     }
-    for (const SkippedItem& item : notProcessed) {
-        const std::string remark = RemarkText(item.remark).toStdString();
-        Say(err, QStringLiteral("%1\t%2"),
-            {item.path, item.reason.empty()
-                            ? remark
-                            : FillIn(QCoreApplication::translate("dlgCopyErr", "%1 (%2)",
-                                                                 "a remark and its reason")
-                                         .toStdString(),
-                                     {remark, RemarkText(item.reason).toStdString()})});
-    }
+    SayNotProcessed(notProcessed, err);
     if (cancel.IsRaised()) {
         return kExitInterrupted;
     }
