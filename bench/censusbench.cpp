@@ -11,8 +11,8 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <strings.h>
 #include <string>
+#include <strings.h>
 #include <vector>
 
 namespace {
@@ -26,12 +26,13 @@ double Milliseconds(Clock::time_point since) {
 // About 60 common extensions with a long tail of rare ones, and names without one.
 std::vector<std::string> Extensions(long n) {
     std::vector<std::string> common;
-    for (const char* e : {"c", "h", "txt", "jpg", "png", "js", "py", "html", "json", "o", "md",
-                          "cpp", "xml", "log", "css", "gz", "pdf", "svg", "java", "rs", "go",
-                          "sh", "yml", "mp3", "zip", "doc", "xls", "csv", "ini", "cfg", "so",
-                          "a", "ts", "tsx", "rb", "pl", "php", "mk", "in", "am", "po", "mo",
-                          "ttf", "woff", "ico", "gif", "bmp", "tiff", "wav", "flac", "mp4", "mkv",
-                          "avi", "iso", "deb", "rpm", "tar", "bz2", "xz", "lock"}) {
+    for (const char* e :
+         {"c",   "h",   "txt", "jpg",  "png", "js",  "py",  "html", "json", "o",
+          "md",  "cpp", "xml", "log",  "css", "gz",  "pdf", "svg",  "java", "rs",
+          "go",  "sh",  "yml", "mp3",  "zip", "doc", "xls", "csv",  "ini",  "cfg",
+          "so",  "a",   "ts",  "tsx",  "rb",  "pl",  "php", "mk",   "in",   "am",
+          "po",  "mo",  "ttf", "woff", "ico", "gif", "bmp", "tiff", "wav",  "flac",
+          "mp4", "mkv", "avi", "iso",  "deb", "rpm", "tar", "bz2",  "xz",   "lock"}) {
         common.push_back(std::string(".") + e);
     }
     std::vector<double> weight;
@@ -102,7 +103,8 @@ int main(int argc, char** argv) {
     Census census;
     for (int r = 0; r < runs; ++r) {
         const auto start = Clock::now();
-        census.Build(store, 0, [](const QString&) {}, [] {});
+        census.Build(
+            store, 0, [](const QString&) {}, [] {});
         times.push_back(Milliseconds(start));
     }
     std::sort(times.begin(), times.end());

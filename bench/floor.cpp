@@ -40,9 +40,8 @@ void Flush(std::string& out) {
 
 bool Kept(const char* name) {
     const size_t length = std::strlen(name);
-    return suffix.empty() ||
-           (length >= suffix.size() &&
-            strcasecmp(name + length - suffix.size(), suffix.c_str()) == 0);
+    return suffix.empty() || (length >= suffix.size() &&
+                              strcasecmp(name + length - suffix.size(), suffix.c_str()) == 0);
 }
 
 void Read(const std::string& path, std::vector<char>& buffer, std::string& out,

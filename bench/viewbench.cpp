@@ -56,7 +56,8 @@ int main(int argc, char** argv) {
 
     Census census;
     const double censusTime = MedianMilliseconds(runs, [&] {
-        census.Build(store, 0, [](const QString&) {}, [] {});
+        census.Build(
+            store, 0, [](const QString&) {}, [] {});
     });
 
     std::vector<CensusType> types = census.Shown();
@@ -92,11 +93,12 @@ int main(int argc, char** argv) {
             QApplication::processEvents();
         });
     }
-    const double sortTime = MedianMilliseconds(1, [&] { model.sort(ResultListModel::Folder, Qt::AscendingOrder); });
+    const double sortTime =
+        MedianMilliseconds(1, [&] { model.sort(ResultListModel::Folder, Qt::AscendingOrder); });
     std::printf("window over %d records (%d types): census %.1f ms, %zu type views %.1f ms, "
                 "Select All on %zu rows %.1f ms (list) %.1f ms (report), report sorted by "
                 "folder %.0f ms\n",
-                store.Size(), static_cast<int>(census.Shown().size()), censusTime, types.size(), viewsTime,
-                rows.size(), selectTimes[0], selectTimes[1], sortTime);
+                store.Size(), static_cast<int>(census.Shown().size()), censusTime, types.size(),
+                viewsTime, rows.size(), selectTimes[0], selectTimes[1], sortTime);
     return 0;
 }

@@ -5,7 +5,8 @@
 # (build-deb/), which lintian must pass. Nothing needs a display.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
-"$top/scripts/deps.sh" desktop-file-utils appstream qt6-l10n-tools clang libclang-rt-14-dev zsh fish
+"$top/scripts/deps.sh" desktop-file-utils appstream qt6-l10n-tools clang libclang-rt-14-dev zsh fish \
+    clang-format universal-ctags
 "$top/scripts/build.sh"
 export QT_QPA_PLATFORM=offscreen
 (cd "$top/build" && ctest --output-on-failure --parallel "$(nproc)")

@@ -30,13 +30,15 @@ protected:
     }
     static QStringList Lines(const dlgStarDotStar& d) {
         QStringList lines;
-        for (const QListWidgetItem* item : d.findChild<QListWidget*>("lstExtensions")->findItems("*", Qt::MatchWildcard)) {
+        for (const QListWidgetItem* item :
+             d.findChild<QListWidget*>("lstExtensions")->findItems("*", Qt::MatchWildcard)) {
             lines << item->text();
         }
         return lines;
     }
     static void Select(dlgStarDotStar& d, const QString& extension) {
-        for (QListWidgetItem* item : d.findChild<QListWidget*>("lstExtensions")->findItems(extension + "\t", Qt::MatchStartsWith)) {
+        for (QListWidgetItem* item : d.findChild<QListWidget*>("lstExtensions")
+                                         ->findItems(extension + "\t", Qt::MatchStartsWith)) {
             item->setSelected(true);
         }
     }
@@ -61,12 +63,15 @@ TEST_F(CensusDialogTest, ShowsTheTypesOfTheSearchWithItsTexts) {
         EXPECT_EQ(lines, (QStringList{".\t\t1 files", ".log\t\t1 files", ".txt\t\t3 files"}));
         EXPECT_FALSE(Enabled(d, dlgStarDotStar::View));
         EXPECT_FALSE(Enabled(d, dlgStarDotStar::Export));
-        for (const auto& [letter, enabled] : {std::pair{19, true}, {11, true}, {0, false}}) { // T L A
+        for (const auto& [letter, enabled] :
+             {std::pair{19, true}, {11, true}, {0, false}}) { // T L A
             const QAction* item = d.findChild<QAction*>(QStringLiteral("mnuAlpha_%1").arg(letter));
-            EXPECT_EQ(std::make_pair(item->isEnabled(), item->text()), std::make_pair(enabled, QString("&") + QChar('A' + letter)));
+            EXPECT_EQ(std::make_pair(item->isEnabled(), item->text()),
+                      std::make_pair(enabled, QString("&") + QChar('A' + letter)));
         }
         EXPECT_TRUE(d.findChild<QAction*>("mnuFilter_0")->isChecked());
-        EXPECT_TRUE(d.findChild<QMenu*>("zmnuFilter")->actions().at(1)->isSeparator()) << "after All results";
+        EXPECT_TRUE(d.findChild<QMenu*>("zmnuFilter")->actions().at(1)->isSeparator())
+            << "after All results";
         d.grab(); // paints the two columns (a sanitized build checks what they read)
         Select(d, ".txt");
         EXPECT_EQ(Label(d, "lblSelectedCount"), "Selected: 1");
@@ -152,8 +157,11 @@ TEST_F(CensusDialogTest, ReportAndExportAskForAFileWriteItAndSayWhatFailed) {
     Search("*.*");
     profile->Settings().LastOutputSaveDirectory = tree.Root();
     tree.Folder("out");
-    prompts.saves = {{tree.Path("out/report.txt"), false}, {tree.Path("out/txt.txt"), false}, {},
-                     {"/dev/full", false}, {tree.Path("no/such/folder/r.txt"), false}};
+    prompts.saves = {{tree.Path("out/report.txt"), false},
+                     {tree.Path("out/txt.txt"), false},
+                     {},
+                     {"/dev/full", false},
+                     {tree.Path("no/such/folder/r.txt"), false}};
     prompts.answers = {MessageAnswer::Ok, MessageAnswer::Ok, MessageAnswer::Ok};
     OpenCensus([&](dlgStarDotStar& d) {
         d.CommandAction(dlgStarDotStar::Report);
@@ -176,16 +184,17 @@ TEST_F(CensusDialogTest, ReportAndExportAskForAFileWriteItAndSayWhatFailed) {
     EXPECT_EQ(prompts.saveRequests[1].name, "results for txt.txt");
     EXPECT_EQ(prompts.saveRequests[1].folder, tree.Path("out/")) << "the folder remembered";
     const std::string report = ReadBytes(tree.Path("out/report.txt"));
-    EXPECT_NE(report.find("#     Root Path:\t" + tree.Root() + "\r\n#     File Mask:\t*.*\r\n#"
+    EXPECT_NE(report.find("#     Root Path:\t" + tree.Root() +
+                          "\r\n#     File Mask:\t*.*\r\n#"
                           "     Total Types:\t2\r\n#     Total Files:\t3\r\n"),
               std::string::npos);
     EXPECT_EQ(ReadBytes(tree.Path("out/txt.txt")).size(), 2 * (tree.Path("a.txt").size() + 2));
-    EXPECT_EQ(prompts.Texts(),
-              (QStringList{"Cannot replace /dev/full: Not a regular file",
-                           QString::fromStdString("Cannot create " +
-                                                  tree.Path("no/such/folder/r.txt") +
-                                                  ": No such file or directory"),
-                           "There is nothing in the current list to save"}));
+    EXPECT_EQ(
+        prompts.Texts(),
+        (QStringList{"Cannot replace /dev/full: Not a regular file",
+                     QString::fromStdString("Cannot create " + tree.Path("no/such/folder/r.txt") +
+                                            ": No such file or directory"),
+                     "There is nothing in the current list to save"}));
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Critical);
     EXPECT_EQ(prompts.asked[2].icon, MessageIcon::Warning);
 }

@@ -48,7 +48,8 @@ TEST(Census, TypesInOrderOfFirstOccurrenceTheFullListReversed) {
     EXPECT_EQ(census.ResultsCountText(), "4/4 masks");
     EXPECT_EQ(census.ShownFiles(), 7);
     census.ApplyFilter(0);
-    EXPECT_EQ(Pairs(census.Shown()), Pairs(census.Hidden())) << "re-filtering keeps the full list's order";
+    EXPECT_EQ(Pairs(census.Shown()), Pairs(census.Hidden()))
+        << "re-filtering keeps the full list's order";
     census.ApplyFilter(3);
     EXPECT_EQ(census.ResultsCountText(), "0/4 masks (filter applied)");
 
@@ -77,10 +78,12 @@ TEST(Census, TypesInOrderOfFirstOccurrenceTheFullListReversed) {
 
 TEST(Census, CountRangesOverlapAtTheirBounds) {
     // counts, then for filter indices 0, 2..10 whether the count passes
+    // clang-format off
     const std::pair<int, const char*> cases[] = {
         {1, "10100000000"},    {4, "10100000000"},    {5, "10010000000"},    {10, "10011000000"},
         {20, "10001100000"},   {50, "10000110000"},   {100, "10000011000"},  {500, "10000001100"},
         {1000, "10000000110"}, {5000, "10000000011"}, {99999, "10000000001"}};
+    // clang-format on
     for (const auto& [count, expected] : cases) {
         for (int index = 0; index < kCountRanges; ++index) {
             EXPECT_EQ(PassesCountFilter(index, count), expected[index] == '1')
@@ -88,9 +91,11 @@ TEST(Census, CountRangesOverlapAtTheirBounds) {
         }
     }
     // Select: "less than 5" is 1 to 4; "All results" and "over 5000" stop at 999999
+    // clang-format off
     const std::tuple<int, int, bool> selects[] = {
         {2, 0, false}, {2, 1, true},       {2, 4, true},         {2, 5, false},  {3, 10, true},
         {4, 10, true}, {10, 999999, true}, {10, 1000000, false}, {0, 1000000, false}, {1, 5, false}};
+    // clang-format on
     for (const auto& [index, count, in] : selects) {
         EXPECT_EQ(InSelectRange(index, count), in) << index << " " << count;
     }
@@ -100,7 +105,8 @@ TEST(Census, CountRangesOverlapAtTheirBounds) {
 TEST(CompoundMask, OfferedTypesTheirMaskAndTheRecordsOfWholeExtensions) {
     FileDataArray store;
     Fill(store, {".htm", ".html", "", ".txt", ".htm", ".a", ".b", ".c", ".d", ".e", ""});
-    const std::vector<std::string> offered = {".a", ".b", ".c", ".d", ".e", ".htm", ".html", ".txt"};
+    const std::vector<std::string> offered = {".a", ".b",   ".c",    ".d",
+                                              ".e", ".htm", ".html", ".txt"};
     EXPECT_EQ(OfferedExtensions(store), offered) << "no \".\" before the census";
     EXPECT_EQ(CompoundMaskText({".txt"}), "*.txt; ");
     EXPECT_EQ(CompoundMaskText({".doc", ".txt"}), "*.doc; *.txt; ");
@@ -111,8 +117,10 @@ TEST(CompoundMask, OfferedTypesTheirMaskAndTheRecordsOfWholeExtensions) {
     Build(store); // the census marks the files without an extension (and folders) "."
     EXPECT_EQ(OfferedExtensions(store).front(), ".");
     EXPECT_EQ(RecordsOfExtensions(store, {"."}), (std::vector<int32_t>{2, 10}));
+    // clang-format off
     const std::pair<const char*, std::vector<QString>> masks[] = {
         {"", {}}, {"*.*", {}}, {"*.txt; *.doc", {".txt", ".doc"}}, {"*.txt; ", {".txt"}}};
+    // clang-format on
     for (const auto& [mask, extensions] : masks) {
         EXPECT_EQ(MaskExtensions(mask), extensions) << mask;
     }

@@ -1,8 +1,7 @@
 #include "app/Cli.h"
 
-#include "Version.h"
-
 #include "TestTree.h"
+#include "Version.h"
 #include "search/FolderWalk.h"
 
 #include <algorithm>
@@ -70,7 +69,9 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
         std::string err; // the start of what goes to standard error
     };
     const std::string noFolder = "No files matching ' *.txt ' were found in or under the root "
-                                 "path ' " + t.Path("top.txt") + "/ '\n";
+                                 "path ' " +
+                                 t.Path("top.txt") + "/ '\n";
+    // clang-format off
     const Case cases[] = {
         {{"search", t.Root(), "*.txt", "--except", "--no-recurse"}, 0, t.Path("top.doc") + "\n", "Objects: 2"},
         {{"search", "--folders-only", t.Root(), "*.*"}, 0, t.Path("sub") + "\n", "Objects: 1"},
@@ -110,6 +111,7 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
         {{"copy", t.Root(), "*.doc", "--folders-only", t.Root()}, 2, "",
          "tallymoor: unknown option '--folders-only'"},
     };
+    // clang-format on
     for (const Case& c : cases) {
         const CliRun run = RunCli(c.args);
         EXPECT_EQ(run.status, c.status) << c.args[0] << " " << c.args.back();
@@ -118,12 +120,14 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
         }
         EXPECT_EQ(run.err.substr(0, c.err.size()), c.err) << c.args[0] << " " << c.args.back();
     }
-    EXPECT_NE(ReadBytes(t.Path("r.txt")).find("#     Root Path:\t" + t.Root() + "\r\n#     File Mask:\t*.doc\r\n"),
+    EXPECT_NE(ReadBytes(t.Path("r.txt"))
+                  .find("#     Root Path:\t" + t.Root() + "\r\n#     File Mask:\t*.doc\r\n"),
               std::string::npos);
     // Help goes to standard output: the whole of it, or one command's.
-    EXPECT_NE(RunCli({"--help"}).out.find("  -0, --print0       end each path printed with a NUL "
-                                          "instead of a newline\n" + std::string(21, ' ') +
-                                          "[search, trash, copy]\n"),
+    EXPECT_NE(RunCli({"--help"})
+                  .out.find("  -0, --print0       end each path printed with a NUL "
+                            "instead of a newline\n" +
+                            std::string(21, ' ') + "[search, trash, copy]\n"),
               std::string::npos);
     const CliRun help = RunCli({"copy", "--help"});
     EXPECT_EQ(help.status, 0);
@@ -144,8 +148,8 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
     const CliRun again = RunCli({"copy", t.Root(), "*.doc", dest.Dir()});
     EXPECT_EQ(again.status, 4);
     EXPECT_NE(again.err.find(t.Path("top.doc") + "\tduplicate file\n"), std::string::npos);
-    EXPECT_NE(RunCli({"census", t.Root(), "*.*", "--report", t.Path("top.txt")}).err.find(
-                  "tallymoor: Cannot create " + t.Path("top.txt") + ": File exists"),
+    EXPECT_NE(RunCli({"census", t.Root(), "*.*", "--report", t.Path("top.txt")})
+                  .err.find("tallymoor: Cannot create " + t.Path("top.txt") + ": File exists"),
               std::string::npos)
         << "a report never replaces a file";
 }
@@ -212,8 +216,9 @@ TEST(Cli, TrashAsksOnTheTerminalAndListsWhatDidNotGo) {
     CliRun run = RunCli({"trash", t.Root(), "*.txt", "--yes"}, system);
     EXPECT_EQ(run.status, 4);
     EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 4) << "the trashed paths";
-    EXPECT_NE(run.err.find(t.Path("keep.txt") + "\terror: file doesn't exist (Permission denied)\n"),
-              std::string::npos);
+    EXPECT_NE(
+        run.err.find(t.Path("keep.txt") + "\terror: file doesn't exist (Permission denied)\n"),
+        std::string::npos);
 
     // A folder takes its results along: "d/e" is not asked for once "d" has gone.
     trashed.clear();
@@ -225,10 +230,12 @@ TEST(Cli, TrashAsksOnTheTerminalAndListsWhatDidNotGo) {
 
 TEST(Cli, TheSettingsOptionIsTakenOutWherever) {
     using Args = std::vector<std::string>;
+    // clang-format off
     const std::tuple<Args, std::string, Args> cases[] = {
         {{"--settings", "/x/a.ini", "search", "/r", "*"}, "/x/a.ini", {"search", "/r", "*"}},
         {{"--settings=/y.ini"}, "/y.ini", {}}, // no arguments left: the window opens
         {{"search", "--", "--settings", "x"}, "", {"search", "--", "--settings", "x"}}};
+    // clang-format on
     for (auto [args, file, left] : cases) {
         EXPECT_EQ(ExtractSettingsOption(args), file);
         EXPECT_EQ(args, left);
@@ -240,8 +247,8 @@ TEST(Cli, TheSettingsOptionIsTakenOutWherever) {
     ASSERT_EQ(chdir(t.Root().c_str()), 0);
     EXPECT_FALSE(IsCommandLineInvocation({}) || IsCommandLineInvocation({"/tmp"}) ||
                  IsCommandLineInvocation({"./search"}));
-    EXPECT_TRUE(IsCommandLineInvocation({"/no/such/folder"}) && IsCommandLineInvocation({"--help"}) &&
-                IsCommandLineInvocation({"search"}));
+    EXPECT_TRUE(IsCommandLineInvocation({"/no/such/folder"}) &&
+                IsCommandLineInvocation({"--help"}) && IsCommandLineInvocation({"search"}));
     ASSERT_EQ(chdir("/"), 0);
 }
 
@@ -255,10 +262,12 @@ TEST(Cli, OutputThatFailsSaysSoAndExits5) {
     ASSERT_EQ(pipe(pipeEnds), 0);
     close(pipeEnds[0]);
     const auto ignored = std::signal(SIGPIPE, SIG_IGN);
+    // clang-format off
     const std::pair<std::FILE*, const char*> sinks[] = {
         {std::fopen("/dev/full", "w"), "No space left on device"},
         {std::fopen("/dev/null", "r"), "Bad file descriptor"},
         {fdopen(pipeEnds[1], "w"), "Broken pipe"}};
+    // clang-format on
     for (const auto& [sink, reason] : sinks) {
         for (const std::vector<std::string>& args :
              {std::vector<std::string>{"search", t.Root(), "*.txt"},

@@ -13,8 +13,8 @@
 #include "settings/dlgPreferences.h"
 #include "settings/modPProfile.h"
 
-#include <QCheckBox>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QLabel>
@@ -62,7 +62,8 @@ TEST(dlgProperties, ShowsWhatTheFileSystemSays) {
     WriteBytes(t.Path("notes.txt"), "hello");
     chmod(t.Path("notes.txt").c_str(), 0640);
     dlgProperties properties(t.Path("notes.txt"));
-    EXPECT_EQ(QStringList({properties.Field("Name"), properties.Field("Size"), properties.Field("Permissions")}),
+    EXPECT_EQ(QStringList({properties.Field("Name"), properties.Field("Size"),
+                           properties.Field("Permissions")}),
               QStringList({"notes.txt", "5 bytes", "-rw-r----- (640)"}));
     EXPECT_EQ(dlgProperties(t.Path("gone")).Field("Type"),
               "(cannot be read: it may have been moved or deleted)");
@@ -108,8 +109,10 @@ TEST(MaskDialogs, TheirTextsAndTheMasksTheyBuild) {
     ScriptedPrompts prompts;
     // The mask as passed in (a pattern the list lacks too); the lines beginning with its types
     // selected, also across a change of mode.
-    for (const auto& [mask, selected] : {std::pair{"*.txt; *.html", "*.html; *.txt; "}, {"*.htm", "*.htm; "},
-                                         {"*.txt; *.nonesuch", "*.txt; "}, {"*.*", ""}}) {
+    for (const auto& [mask, selected] : {std::pair{"*.txt; *.html", "*.html; *.txt; "},
+                                         {"*.htm", "*.htm; "},
+                                         {"*.txt; *.nonesuch", "*.txt; "},
+                                         {"*.*", ""}}) {
         dlgRegFiles registered(profile, prompts);
         registered.PrefillList();
         registered.SetCurrentObjectMask(mask);
@@ -118,7 +121,8 @@ TEST(MaskDialogs, TheirTextsAndTheMasksTheyBuild) {
         registered.FilterMenu(0); // and back
         EXPECT_EQ(registered.CurrentObjectMask(), mask);
         QString picked;
-        for (const QListWidgetItem* item : registered.findChild<QListWidget*>("lstSelected")->findItems("*", Qt::MatchWildcard)) {
+        for (const QListWidgetItem* item :
+             registered.findChild<QListWidget*>("lstSelected")->findItems("*", Qt::MatchWildcard)) {
             picked += "*" + item->text() + "; ";
         }
         EXPECT_EQ(picked, selected) << mask;
@@ -126,15 +130,18 @@ TEST(MaskDialogs, TheirTextsAndTheMasksTheyBuild) {
     dlgRegFiles registered(profile, prompts);
     registered.PrefillList();
     const auto count = [&] { return registered.findChild<QLabel*>("lbExtensionCount")->text(); };
-    EXPECT_TRUE(count().startsWith("&Registered File Extensions (all) : ")) << count().toStdString();
+    EXPECT_TRUE(count().startsWith("&Registered File Extensions (all) : "))
+        << count().toStdString();
     prompts.modals.push_back([](QDialog* d) {
         d->findChild<QComboBox*>("Combo1")->setCurrentText("2");
-        EXPECT_EQ(d->findChild<QCheckBox*>("chkReload")->text(), "&Keep this length for the next time");
+        EXPECT_EQ(d->findChild<QCheckBox*>("chkReload")->text(),
+                  "&Keep this length for the next time");
         d->findChild<QCheckBox*>("chkReload")->setChecked(true);
         return static_cast<int>(QDialog::Accepted);
     });
     registered.FilterMenu(3);
-    EXPECT_TRUE(count().startsWith("&Registered File Extensions (dos) : ")) << count().toStdString();
+    EXPECT_TRUE(count().startsWith("&Registered File Extensions (dos) : "))
+        << count().toStdString();
     EXPECT_EQ(profile.ProfileGetString("options", "RegFilesDosLength", ""), "3");
 }
 
@@ -167,7 +174,10 @@ TEST(dlgPreferences, CaptionsRulesAndWhatEachControlWrites) {
         EXPECT_EQ(tabs->widget(i)->findChild<QLabel*>("lblDescription")->text(), tabTexts[i][1]);
     }
     const auto box = [&](const char* name) { return dialog.findChild<QCheckBox*>(name); };
-    const auto key = [&](const char* name) { return profile.ProfileGetString("options", name, "?"); };
+    const auto key = [&](const char* name) {
+        return profile.ProfileGetString("options", name, "?");
+    };
+    // clang-format off
     const std::tuple<const char*, const char*, const char*> boxes[] = {
         {"chkGeneral_0", "Automatically perfrom a file system rescan after a file or folder move "
                          "or deletion", "AutoRescanAfterAction"},
@@ -189,6 +199,7 @@ TEST(dlgPreferences, CaptionsRulesAndWhatEachControlWrites) {
         {"chkWarnings_4", "Confirm folder deletion", "ConfirmOnFolderDelete"},
         {"chkWarnings_6", "Confirm delete for every file", "ConfirmOnEachFileDelete"},
         {"chkWarnings_5", "Confirm file deletion", "ConfirmOnFileDelete"}};
+    // clang-format on
     EXPECT_FALSE(box("chkGeneral_1")->isEnabled()) << "only with the rescan";
     for (const auto& [name, caption, written] : boxes) {
         EXPECT_EQ(box(name)->text(), caption);
@@ -223,8 +234,11 @@ TEST(dlgPreferences, CaptionsRulesAndWhatEachControlWrites) {
     prompts.folders = {""}; // a click on the label: the picker of every purpose, its places too
     QTest::mouseClick(dialog.findChild<QLabel*>("Label3_1"), Qt::LeftButton);
     const FolderRequest& picking = prompts.folderRequests.at(0);
-    EXPECT_EQ(std::tie(picking.caption, picking.prompt), std::make_tuple(QString("Select Folder"),
-              QString("Select the folder representing the default path for ' Copy File Target '")));
+    EXPECT_EQ(
+        std::tie(picking.caption, picking.prompt),
+        std::make_tuple(
+            QString("Select Folder"),
+            QString("Select the folder representing the default path for ' Copy File Target '")));
     EXPECT_EQ(picking.places.at(0).path, "/home/ann/");
 
     auto* masks = dialog.findChild<QListWidget*>("lstMasks");
@@ -240,7 +254,8 @@ TEST(dlgPreferences, CaptionsRulesAndWhatEachControlWrites) {
     for (int i = 0; i < masks->count(); ++i) {
         rows << masks->item(i)->text();
     }
-    EXPECT_EQ(rows, QStringList({"*.B;", "*.a;", "*.log;", "*.mdb;", "*.ppt;", "*.rtf;", "*.txt;"}));
+    EXPECT_EQ(rows,
+              QStringList({"*.B;", "*.a;", "*.log;", "*.mdb;", "*.ppt;", "*.rtf;", "*.txt;"}));
     prompts.answers = {MessageAnswer::No};
     dialog.MaskCommand(dlgPreferences::MaskButton::Reload);
     EXPECT_EQ(prompts.asked.back().text,
@@ -270,7 +285,8 @@ TEST(dlgPreferences, ViewOptionsAndTheSortedColumnsColour) {
     prompts.colors = {0x00336699, std::nullopt};
     dialog.ChooseSortColor();
     dialog.ChooseSortColor(); // cancelled: the colour stays
-    EXPECT_EQ(profile.ProfileGetString("options", "LVCustomSortColor", ""), std::to_string(0x00336699));
+    EXPECT_EQ(profile.ProfileGetString("options", "LVCustomSortColor", ""),
+              std::to_string(0x00336699));
 }
 
 } // namespace

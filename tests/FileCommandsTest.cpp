@@ -1,8 +1,8 @@
 #include "fileops/FileCommands.h"
-#include "fileops/FileCopy.h"
 
 #include "ScriptedPrompts.h"
 #include "TestTree.h"
+#include "fileops/FileCopy.h"
 #include "platform/CancelFlag.h"
 #include "platform/FileReplacement.h"
 #include "settings/AppSettings.h"
@@ -25,6 +25,7 @@ struct ConfirmRow {
 };
 
 TEST(FileCommands, TheQuestionBeforeEachCommand) {
+    // clang-format off
     const ConfirmRow rows[] = {
         {PendingAction::CopyFiles, 1, true, "Are you sure you want to copy ' /t/0 '?"},
         {PendingAction::CopyFiles, 2, true, "Are you sure you want to copy both selected files?"},
@@ -45,6 +46,7 @@ TEST(FileCommands, TheQuestionBeforeEachCommand) {
          "Send ' /t/0 '\r\nand all its contents to the recycle bin?"},
         {PendingAction::MoveFiles, 1, true, ""},
     };
+    // clang-format on
     for (const ConfirmRow& row : rows) {
         SCOPED_TRACE(row.question);
         std::vector<std::string> selected;
@@ -82,9 +84,18 @@ protected:
         }
     }
     CommandContext Context() {
-        return {settings, prompts, desktop, cancel, status, [this] { onYield(); },
+        return {settings,
+                prompts,
+                desktop,
+                cancel,
+                status,
+                [this] { onYield(); },
                 [](std::string_view p) { return QString::fromUtf8(p); },
-                [this](std::string_view p) { removed.emplace_back(p); }, [] {}, {}, nullptr, &faults};
+                [this](std::string_view p) { removed.emplace_back(p); },
+                [] {},
+                {},
+                nullptr,
+                &faults};
     }
     DeleteOutcome Run() {
         CommandContext context = Context();
@@ -120,15 +131,16 @@ TEST_F(DeleteFiles, EachFileAskedFromTheLastUpToCancel) {
     const auto question = [&](const char* name) {
         return "Are you sure you want to delete ' " + QString::fromStdString(Path(name)) + " '?";
     };
-    EXPECT_EQ(prompts.Texts(), QStringList({question("e.txt"), question("c.txt"), question("b.txt")}));
+    EXPECT_EQ(prompts.Texts(),
+              QStringList({question("e.txt"), question("c.txt"), question("b.txt")}));
     EXPECT_EQ(prompts.asked[0].icon, MessageIcon::Warning);
     EXPECT_EQ(prompts.asked[0].buttons, MessageButtons::YesNoCancel);
     // a.txt, after the Cancel, is neither deleted nor listed.
-    EXPECT_EQ(Remarks(outcome), (std::vector<std::string>{
-                                    "b.txt: delete cancelled by user",
-                                    "c.txt: file deletion skipped by user",
-                                    "d.txt: file doesn't exist",
-                                    "e.txt: error: file doesn't exist (Permission denied)"}));
+    EXPECT_EQ(Remarks(outcome),
+              (std::vector<std::string>{"b.txt: delete cancelled by user",
+                                        "c.txt: file deletion skipped by user",
+                                        "d.txt: file doesn't exist",
+                                        "e.txt: error: file doesn't exist (Permission denied)"}));
     EXPECT_TRUE(Exists(Path("a.txt")) && Exists(Path("b.txt")) && Exists(Path("e.txt")));
     EXPECT_FALSE(outcome.changed);
     EXPECT_TRUE(removed.empty());
@@ -148,11 +160,12 @@ TEST_F(DeleteFiles, TheBatchGoesAfterAnUncancelledWalkAndListsWhatTheTrashRefuse
     onYield = [&] { whileWalking = status.Text(StatusPart::Message); };
     const DeleteOutcome outcome = Run();
     EXPECT_EQ(whileWalking, " Adding " + QString::fromStdString(Path("c.txt")));
-    EXPECT_EQ(desktop.calls, (std::vector<std::string>{"trash " + Path("e.txt"), "trash " + Path("d.txt"),
-                                                       "trash " + Path("c.txt"), "trash " + Path("b.txt")}));
-    EXPECT_EQ(Remarks(outcome),
-              (std::vector<std::string>{"a.txt: file doesn't exist",
-                                        "c.txt: error: file doesn't exist (Read-only file system)"}));
+    EXPECT_EQ(desktop.calls,
+              (std::vector<std::string>{"trash " + Path("e.txt"), "trash " + Path("d.txt"),
+                                        "trash " + Path("c.txt"), "trash " + Path("b.txt")}));
+    EXPECT_EQ(Remarks(outcome), (std::vector<std::string>{
+                                    "a.txt: file doesn't exist",
+                                    "c.txt: error: file doesn't exist (Read-only file system)"}));
     EXPECT_EQ(outcome.deleted, 3);
     // The views keep batch-deleted files until the next search.
     EXPECT_TRUE(removed.empty());
@@ -169,10 +182,12 @@ TEST_F(DeleteFiles, AFolderThatCannotGoIsToldWithItsReason) {
     tree.File({"gone/x.txt", "kept/y.txt"});
     desktop.trashRefusals[Path("kept")] = "Trashing on system internal mounts is not supported";
     CommandContext context = Context();
+    // clang-format off
     const std::pair<const char*, const char*> rows[] = {
         {"gone", ""},
         {"kept", "Trashing on system internal mounts is not supported"},
         {"a.txt", "it is not a folder any more"}};
+    // clang-format on
     for (const auto& [folder, reason] : rows) {
         const bool deleted = *reason == '\0';
         prompts.asked.clear();
@@ -180,9 +195,12 @@ TEST_F(DeleteFiles, AFolderThatCannotGoIsToldWithItsReason) {
             prompts.answers = {MessageAnswer::Ok};
         }
         EXPECT_EQ(DeleteFolder(Path(folder), context), deleted);
-        EXPECT_EQ(prompts.Texts(), deleted ? QStringList() : QStringList{QString::fromStdString(
-                      "Could not send ' " + Path(folder) + " ' to the trash: " + reason)});
-        EXPECT_EQ(status.Text(StatusPart::Message), deleted ? " Folder deleted" : " Folder not deleted");
+        EXPECT_EQ(prompts.Texts(),
+                  deleted ? QStringList()
+                          : QStringList{QString::fromStdString("Could not send ' " + Path(folder) +
+                                                               " ' to the trash: " + reason)});
+        EXPECT_EQ(status.Text(StatusPart::Message),
+                  deleted ? " Folder deleted" : " Folder not deleted");
     }
     EXPECT_FALSE(Exists(Path("gone")));
     EXPECT_TRUE(Exists(Path("kept/y.txt")));
@@ -198,26 +216,27 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
     WriteBytes(to.Path("b.txt"), "there before");
     to.Link("c.txt", to.Path("nowhere")); // a dangling link: nothing is written through it
     unlink(Path("d.txt").c_str());        // gone since the search
-    tree.Link("l.txt", "a.txt");             // copied as a link, never read through
+    tree.Link("l.txt", "a.txt");          // copied as a link, never read through
     selection.push_back({Path("l.txt"), 7});
     selection.push_back({Path("a.txt"), 7}); // its own copy made a moment ago is there now
     WriteBytes(to.Path(".b.txt.tallymoor-tmp.Ab12Cd"), "killed"); // by a copy killed a while ago
     to.SetTime(".b.txt.tallymoor-tmp.Ab12Cd", 1500000000, 0);
-    WriteBytes(to.Path(".c.txt.tallymoor-tmp.Xy34Zw"), "alive");  // by one still running
+    WriteBytes(to.Path(".c.txt.tallymoor-tmp.Xy34Zw"), "alive"); // by one still running
     to.SetTime(".c.txt.tallymoor-tmp.Xy34Zw", 1500000000, 0);
     const int alive = open(to.Path(".c.txt.tallymoor-tmp.Xy34Zw").c_str(), O_RDONLY | O_CLOEXEC);
     flock(alive, LOCK_EX);
     CommandContext context = Context();
     const CopyFilesOutcome outcome = CopySelectedFiles(selection, to.Dir(), context);
-    EXPECT_EQ(Remarks(outcome), (std::vector<std::string>{
-                                    "b.txt: duplicate file", "c.txt: duplicate file",
-                                    "d.txt: source file not found",
-                                    "a.txt: duplicate file"}));
+    EXPECT_EQ(Remarks(outcome),
+              (std::vector<std::string>{"b.txt: duplicate file", "c.txt: duplicate file",
+                                        "d.txt: source file not found", "a.txt: duplicate file"}));
     EXPECT_EQ(outcome.notProcessed[0].remarkDate, to.Path("b.txt"));
     EXPECT_EQ(ReadBytes(to.Path("b.txt")), "there before");
     EXPECT_FALSE(Exists(to.Path("nowhere")));
-    EXPECT_EQ(std::make_pair(Exists(to.Path(".b.txt.tallymoor-tmp.Ab12Cd")), Exists(to.Path(".c.txt.tallymoor-tmp.Xy34Zw"))),
-              std::make_pair(false, true)) << "a killed copy's leftover goes, a live one's stays";
+    EXPECT_EQ(std::make_pair(Exists(to.Path(".b.txt.tallymoor-tmp.Ab12Cd")),
+                             Exists(to.Path(".c.txt.tallymoor-tmp.Xy34Zw"))),
+              std::make_pair(false, true))
+        << "a killed copy's leftover goes, a live one's stays";
     close(alive);
     EXPECT_EQ(ReadBytes(to.Path("a.txt")), "new a");
     struct stat st {};
@@ -225,8 +244,10 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
     EXPECT_EQ(st.st_mtim.tv_sec, 1500000000) << "the source's time kept";
     char link[8] = {};
     EXPECT_EQ(readlink(to.Path("l.txt").c_str(), link, sizeof link), 5);
-    EXPECT_EQ(std::make_tuple(outcome.processed, outcome.copied, outcome.skipped), std::make_tuple(6, 3, 4));
-    EXPECT_EQ(status.Text(StatusPart::Message), " Copying " + QString::fromStdString(Path("a.txt")));
+    EXPECT_EQ(std::make_tuple(outcome.processed, outcome.copied, outcome.skipped),
+              std::make_tuple(6, 3, 4));
+    EXPECT_EQ(status.Text(StatusPart::Message),
+              " Copying " + QString::fromStdString(Path("a.txt")));
     EXPECT_EQ(status.Text(StatusPart::Objects), " File: 6 of 7");
     EXPECT_EQ(status.Text(StatusPart::Matched), " Copied: 3");
     EXPECT_EQ(status.Text(StatusPart::Elapsed), " Skipped: 4");
@@ -234,6 +255,7 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
     // Whatever stops a copy, its name is not there before the file is whole, and nothing of it
     // stays; with unnamed files and range copies, and without (as between some file systems).
     // The last row copies.
+    // clang-format off
     const std::pair<const char*, std::function<int(const TestTree&)>> stops[] = {
         {"28 (No space left on device)", [](const TestTree&) { return ENOSPC; }},
         {"30 (Read-only file system)", [](const TestTree&) { return EROFS; }},
@@ -244,6 +266,7 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
         {"source changed during copy", [&](const TestTree&) { std::ofstream(Path("e.txt"), std::ios::app) << "+"; return 0; }},
         {"duplicate file", [](const TestTree& to) { WriteBytes(to.Path("e.txt"), "appeared"); return 0; }},
         {"", [](const TestTree&) { return 0; }}};
+    // clang-format on
     for (const bool unnamed : {true, false}) {
         faults.noUnnamedFiles = faults.noRangeCopies = !unnamed;
         for (const auto& [remark, stop] : stops) {
@@ -251,7 +274,8 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
             TestTree empty;
             WriteBytes(Path("e.txt"), std::string(5 << 20, 'e'));
             size_t seen = 0;
-            faults.write = [&, &stop = stop, acted = false](std::string_view, int64_t done) mutable {
+            faults.write = [&, &stop = stop, acted = false](std::string_view,
+                                                            int64_t done) mutable {
                 if (done < (1 << 20) || std::exchange(acted, true)) {
                     return 0;
                 }
@@ -262,12 +286,19 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
                 {{Path("a.txt"), 1}, {Path("e.txt"), 2}, {Path("c.txt"), 3}}, empty.Dir(), context);
             cancel.Lower();
             const bool copied = *remark == '\0', taken = remark == std::string("duplicate file");
-            EXPECT_EQ(seen, unnamed ? 1u : 2u) << "a.txt, and the hidden name without unnamed files";
-            EXPECT_EQ(Remarks(out), copied ? std::vector<std::string>{}
-                                           : std::vector<std::string>{"e.txt: " + std::string(remark)});
-            EXPECT_EQ(ReaddirOrder(empty.Root()).size(), *remark == '1' ? 1u : copied || taken ? 3u : 2u);
-            const std::string there = Exists(empty.Path("e.txt")) ? ReadBytes(empty.Path("e.txt")) : "";
-            EXPECT_TRUE(there == (copied ? std::string(5 << 20, 'e') : taken ? "appeared" : ""))
+            EXPECT_EQ(seen, unnamed ? 1u : 2u)
+                << "a.txt, and the hidden name without unnamed files";
+            EXPECT_EQ(Remarks(out),
+                      copied ? std::vector<std::string>{}
+                             : std::vector<std::string>{"e.txt: " + std::string(remark)});
+            EXPECT_EQ(ReaddirOrder(empty.Root()).size(), *remark == '1'    ? 1u
+                                                         : copied || taken ? 3u
+                                                                           : 2u);
+            const std::string there =
+                Exists(empty.Path("e.txt")) ? ReadBytes(empty.Path("e.txt")) : "";
+            EXPECT_TRUE(there == (copied  ? std::string(5 << 20, 'e')
+                                  : taken ? "appeared"
+                                          : ""))
                 << there.size() << " bytes";
         }
     }
@@ -286,7 +317,8 @@ TEST_F(CopyFiles, AFolderCopyAsksAboutNamesThereAndKeepsLinksAsLinks) {
     prompts.conflicts = {{ConflictChoice::Replace, false}, {ConflictChoice::Skip, true}};
     std::vector<SkippedItem> notProcessed;
     CommandContext context = Context();
-    EXPECT_TRUE(CopyFolder(Path("sub"), to.Dir(), PendingAction::CopyFolder, context, notProcessed));
+    EXPECT_TRUE(
+        CopyFolder(Path("sub"), to.Dir(), PendingAction::CopyFolder, context, notProcessed));
     ASSERT_EQ(prompts.conflictsAsked.size(), 2u); // the third name follows "for all"
     const std::string first = prompts.conflictsAsked[0].toStdString();
     const std::string name = first.substr(to.Path("sub/").size() + 2, 5); // in readdir order
@@ -307,12 +339,15 @@ TEST_F(CopyFiles, AFolderCopyAsksAboutNamesThereAndKeepsLinksAsLinks) {
     // Into itself, or below itself: refused before anything is written.
     for (const auto& [into, mode] : {std::pair{Path("sub/deep"), PendingAction::CopyFolder},
                                      {Path("sub/deep"), PendingAction::CopyFolderContents},
-                                     {Path("sub"), PendingAction::CopyFolder}, {tree.Dir(), PendingAction::CopyFolder}}) {
+                                     {Path("sub"), PendingAction::CopyFolder},
+                                     {tree.Dir(), PendingAction::CopyFolder}}) {
         prompts.answers = {MessageAnswer::Ok};
         EXPECT_FALSE(CopyFolder(Path("sub"), into, mode, context, notProcessed));
-        EXPECT_TRUE(prompts.Texts().back().endsWith("': that is the folder itself or lies inside it."));
+        EXPECT_TRUE(
+            prompts.Texts().back().endsWith("': that is the folder itself or lies inside it."));
         EXPECT_EQ(status.Text(StatusPart::Message), mode == PendingAction::CopyFolder
-                                                        ? " Folder not copied" : " Contents not copied");
+                                                        ? " Folder not copied"
+                                                        : " Contents not copied");
     }
     TestTree contents;
     const std::string into = contents.Dir();
@@ -320,7 +355,8 @@ TEST_F(CopyFiles, AFolderCopyAsksAboutNamesThereAndKeepsLinksAsLinks) {
                            notProcessed));
     EXPECT_EQ(ReaddirOrder(contents.Root()), std::vector<std::string>{contents.Path("f.txt")});
     EXPECT_EQ(status.Text(StatusPart::Message), " Contents copied");
-    EXPECT_TRUE(CopyFolder(Path("sub/deep"), into, PendingAction::CopyFolder, context, notProcessed));
+    EXPECT_TRUE(
+        CopyFolder(Path("sub/deep"), into, PendingAction::CopyFolder, context, notProcessed));
     EXPECT_TRUE(Exists(contents.Path("deep/f.txt")));
     EXPECT_EQ(status.Text(StatusPart::Message), " Folder copied");
     // A copy cut short leaves no folder of its making empty: cancelled inside x/y, or holding
@@ -329,14 +365,17 @@ TEST_F(CopyFiles, AFolderCopyAsksAboutNamesThereAndKeepsLinksAsLinks) {
     tree.Folder("cut/p");
     ASSERT_EQ(mkfifo(Path("cut/p/pipe").c_str(), 0600), 0);
     TestTree cut;
-    faults.write = [&](std::string_view target, int64_t) { return target == "big" ? cancel.Raise(), 0 : 0; };
+    faults.write = [&](std::string_view target, int64_t) {
+        return target == "big" ? cancel.Raise(), 0 : 0;
+    };
     CopyFolder(Path("cut"), cut.Root(), PendingAction::CopyFolder, context, notProcessed);
     EXPECT_EQ(ReaddirOrder(cut.Root()), std::vector<std::string>{});
     cancel.Lower();
     faults.write = {};
     CopyFolder(Path("cut"), cut.Root(), PendingAction::CopyFolder, context, notProcessed);
-    EXPECT_EQ(ReaddirOrder(cut.Root()), (std::vector<std::string>{cut.Path("cut/"), cut.Path("cut/x/"),
-                                        cut.Path("cut/x/y/"), cut.Path("cut/x/y/big")}));
+    EXPECT_EQ(ReaddirOrder(cut.Root()),
+              (std::vector<std::string>{cut.Path("cut/"), cut.Path("cut/x/"), cut.Path("cut/x/y/"),
+                                        cut.Path("cut/x/y/big")}));
 }
 
 TEST_F(CopyFiles, AMoveAcrossFileSystemsLeavesTheSourceWholeUntilAllArrived) {
@@ -348,30 +387,36 @@ TEST_F(CopyFiles, AMoveAcrossFileSystemsLeavesTheSourceWholeUntilAllArrived) {
     const std::vector<std::string> before = ReaddirOrder(Path("m/"));
     faults.rename = [] { return EXDEV; };
     int files = 0;
-    faults.write = [&](std::string_view, int64_t done) { return done == 0 && ++files == 3 ? EIO : 0; };
+    faults.write = [&](std::string_view, int64_t done) {
+        return done == 0 && ++files == 3 ? EIO : 0;
+    };
     std::vector<SkippedItem> notProcessed;
     CommandContext context = Context();
     EXPECT_FALSE(MoveFolder(Path("m"), Path("to"), context, notProcessed));
     EXPECT_EQ(ReaddirOrder(Path("m/")), before) << "the source whole";
     EXPECT_FALSE(Exists(Path("to/m"))) << "the partial copy taken back";
     ASSERT_EQ(notProcessed.size(), 1u);
-    EXPECT_EQ(notProcessed[0].remark + " (" + notProcessed[0].reason + ")", "5 (Input/output error)");
+    EXPECT_EQ(notProcessed[0].remark + " (" + notProcessed[0].reason + ")",
+              "5 (Input/output error)");
     EXPECT_EQ(status.Text(StatusPart::Message), " Folder not moved");
 
     // A file rewritten after it was copied, its size the same, stays with its folder, and so
     // does one whose copy was cut short meanwhile; both are listed, the rest is moved.
     faults.write = {};
     const std::vector<std::string> changed = ReaddirOrder(Path("m/")); // the order copied
-    onYield = [&, copied = 0]() mutable { // after each file
+    onYield = [&, copied = 0]() mutable {                              // after each file
         if (++copied <= 2) {
-            WriteBytes(copied == 1 ? changed[0] : Path("to/m/") + BaseName(changed[1]), copied == 1 ? std::string(100, 'M') : "cut");
+            WriteBytes(copied == 1 ? changed[0] : Path("to/m/") + BaseName(changed[1]),
+                       copied == 1 ? std::string(100, 'M') : "cut");
         }
     };
     EXPECT_TRUE(MoveFolder(Path("m"), Path("to"), context, notProcessed));
     EXPECT_EQ(ReaddirOrder(Path("m/")), (std::vector<std::string>{changed[0], changed[1]}));
     ASSERT_EQ(notProcessed.size(), 2u);
-    EXPECT_EQ(notProcessed[0].remark + ": " + notProcessed[0].reason, "not removed: it changed while it was moved");
-    EXPECT_EQ(ReadBytes(changed[0]) + ReadBytes(changed[1]), std::string(100, 'M') + std::string(100, 'm'));
+    EXPECT_EQ(notProcessed[0].remark + ": " + notProcessed[0].reason,
+              "not removed: it changed while it was moved");
+    EXPECT_EQ(ReadBytes(changed[0]) + ReadBytes(changed[1]),
+              std::string(100, 'M') + std::string(100, 'm'));
     EXPECT_EQ(status.Text(StatusPart::Message), " Folder moved");
     std::filesystem::remove_all(Path("m"));
 
@@ -380,8 +425,9 @@ TEST_F(CopyFiles, AMoveAcrossFileSystemsLeavesTheSourceWholeUntilAllArrived) {
     tree.Folder("back/m");
     prompts.answers = {MessageAnswer::Ok};
     EXPECT_FALSE(MoveFolder(Path("to/m"), Path("back"), context, notProcessed));
-    EXPECT_EQ(prompts.Texts().back(), QString::fromStdString("Could not move ' " + Path("to/m") +
-              " ' to ' " + Path("back") + " ': something named ' m ' is already there"));
+    EXPECT_EQ(prompts.Texts().back(),
+              QString::fromStdString("Could not move ' " + Path("to/m") + " ' to ' " +
+                                     Path("back") + " ': something named ' m ' is already there"));
     EXPECT_TRUE(MoveFolder(Path("to/m"), tree.Dir(), context, notProcessed));
     EXPECT_EQ(ReaddirOrder(Path("m/")).size(), 5u);
     // Into itself, also where a move would copy.
@@ -431,12 +477,14 @@ TEST_F(CopyFiles, ARealMoveAcrossFileSystems) {
 
 TEST(FileCommands, RescanOrAdvice) {
     // AutoRescanAfterAction, AutoRescanUseMaximum, AutoRescanMaximum, the list's rows, the status
+    // clang-format off
     const std::tuple<bool, bool, int, int, const char*> rows[] = {
         {false, false, 0, 10, "Ready! (Drive contents changed - rescan recommended.)"},
         {true, false, 5, 10, "Ready!"},
         {true, true, 5, 10, "Ready! (Rescan size exceeded - rescan recommended.)"},
         {true, true, 10, 10, "Ready!"},
         {true, true, -1, 10, "Ready!"}};
+    // clang-format on
     for (const auto& [rescan, useMaximum, maximum, listRows, text] : rows) {
         AppSettings s;
         std::tie(s.AutoRescanAfterAction, s.AutoRescanUseMaximum, s.AutoRescanMaximum) =

@@ -16,6 +16,7 @@ struct PurposeCase {
 };
 
 TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
+    // clang-format off
     const PurposeCase cases[] = {
         {1, "Select Destination Folder",
          "Select the folder or drive into which the selected files will be copied.", "/",
@@ -38,20 +39,22 @@ TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
         {8, "Select Network Administrative Share",
          "Select the network share in which to begin the search.", "network",
          "LastSourceNetAdminFolder"}};
+    // clang-format on
     TestTree t;
     t.Folder({"home", "start", "picked"});
     modPProfile profile(t.Path("tallymoor.ini"), t.Path("home"));
     profile.Start();
     AppSettings& s = profile.Settings();
     for (const auto& c : cases) {
-        for (std::string* path : {&s.LastCopyFileTarget, &s.LastCopyFolderTarget, &s.LastMoveFileTarget,
-                                  &s.LastMoveFolderTarget, &s.LastSourceNetFolder,
-                                  &s.LastSourceNetAdminFolder}) {
+        for (std::string* path :
+             {&s.LastCopyFileTarget, &s.LastCopyFolderTarget, &s.LastMoveFileTarget,
+              &s.LastMoveFolderTarget, &s.LastSourceNetFolder, &s.LastSourceNetAdminFolder}) {
             *path = t.Path("start");
         }
         ScriptedPrompts prompts;
         prompts.folders.push_back(t.Path("picked"));
-        modBrowse::PickFolder(static_cast<modBrowse::PickPurpose>(c.purpose), true, t.Path("start"), profile, prompts);
+        modBrowse::PickFolder(static_cast<modBrowse::PickPurpose>(c.purpose), true, t.Path("start"),
+                              profile, prompts);
         const FolderRequest& r = prompts.folderRequests.at(0);
         EXPECT_EQ(std::tie(r.caption, r.prompt), std::tie(c.caption, c.prompt)) << c.purpose;
         EXPECT_TRUE(std::string(c.root) != "/" || r.root == "/") << c.purpose;
@@ -59,7 +62,8 @@ TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
         // purpose 4 always starts at the home folder
         EXPECT_EQ(r.start, c.purpose == 4 ? t.Path("home/") : t.Path("start")) << c.purpose;
         EXPECT_EQ(profile.ProfileGetString("paths", c.key, ""), t.Path("picked")) << c.purpose;
-        EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), std::to_string(c.purpose));
+        EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""),
+                  std::to_string(c.purpose));
     }
 }
 
@@ -71,7 +75,8 @@ TEST(modBrowse, MissingStartCancelAndUnknownPurposes) {
     profile.Settings().LastCopyFileTarget = t.Path("deleted-since");
     ScriptedPrompts prompts;
     prompts.folders.push_back(""); // the user cancels
-    EXPECT_EQ(modBrowse::PickFolder(modBrowse::PickPurpose::CopyFiles, true, "", profile, prompts), "");
+    EXPECT_EQ(modBrowse::PickFolder(modBrowse::PickPurpose::CopyFiles, true, "", profile, prompts),
+              "");
     EXPECT_EQ(prompts.folderRequests[0].start, t.Path("home/"));
     EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""), "0")
         << "a cancelled pick remembers nothing";

@@ -9,15 +9,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <fcntl.h>
 #include <filesystem>
 #include <functional>
-#include <random>
-#include <tuple>
-#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <random>
 #include <strings.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 
 namespace {
@@ -175,6 +175,7 @@ TEST(FolderWalk, SelectsByTheOptionsInDepthFirstEnumerationOrder) {
         o.Recurse = recurse;
         return o;
     };
+    // clang-format off
     const Case cases[] = {
         {"matching", options("*.txt", 1, false, true),
          [](const std::string& p) { return !IsFolder(p) && EndsWith(p, ".txt"); }},
@@ -189,6 +190,7 @@ TEST(FolderWalk, SelectsByTheOptionsInDepthFirstEnumerationOrder) {
         {"root's folders only", options("*.*", 1, true, false),
          [&](const std::string& p) { return IsFolder(p) && atRoot(p); }, true},
     };
+    // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         std::vector<std::string> expected;
@@ -207,7 +209,8 @@ TEST(FolderWalk, SelectsByTheOptionsInDepthFirstEnumerationOrder) {
         }
     }
     const Outcome txt = Search(t.Root(), Options("*.txt"));
-    for (const char* found : {".hidden.txt", "dangling.txt", "\xff\xfe.txt", "caf\xc3\xa9/\xe9t\xe9.TXT"}) {
+    for (const char* found :
+         {".hidden.txt", "dangling.txt", "\xff\xfe.txt", "caf\xc3\xa9/\xe9t\xe9.TXT"}) {
         EXPECT_EQ(std::count(txt.paths.begin(), txt.paths.end(), t.Path(found)), 1) << found;
     }
     // Extensions are kept lower-cased, times as 100-ns ticks since 1601.
@@ -385,7 +388,8 @@ TEST(FolderWalk, StatusCadenceIsEvery4000FilesAndEvery100Folders) {
     options.ShowFolderProgress = false;
     RecordingListener folders;
     Search(f.Root(), options, &folders);
-    EXPECT_EQ(folders.objects, (std::vector<QString>{"Objects: 0", "Objects: 100", "Objects: 200"}));
+    EXPECT_EQ(folders.objects,
+              (std::vector<QString>{"Objects: 0", "Objects: 100", "Objects: 200"}));
     EXPECT_TRUE(folders.folders.empty()) << "no folder messages with progress off";
 }
 
@@ -407,11 +411,14 @@ TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
         }
         for (int i = 0, n = 8 * static_cast<int>(made.size()); i < n; ++i) {
             static const char* const kEnds[] = {".txt", ".TXT", ".log", "", ".tar.gz", ".\xff"};
-            const std::string name = made[random() % made.size()] + "f" + std::to_string(i) + kEnds[random() % 6];
+            const std::string name =
+                made[random() % made.size()] + "f" + std::to_string(i) + kEnds[random() % 6];
             random() % 25 ? t.File(name) : t.Link(name, "../x");
         }
-        for (const auto& [mask, expected, foldersOnly] :
-             {std::tuple{"*.txt", 1, false}, {"*.*", 1, false}, {"*.log", 0, false}, {"*.*", 1, true}}) {
+        for (const auto& [mask, expected, foldersOnly] : {std::tuple{"*.txt", 1, false},
+                                                          {"*.*", 1, false},
+                                                          {"*.log", 0, false},
+                                                          {"*.*", 1, true}}) {
             SearchOptions options = Options(mask);
             options.ExpectedMatch = expected;
             options.FoldersOnly = foldersOnly;
@@ -422,7 +429,8 @@ TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
                 runs.emplace_back(Search(t.Root(), options, &listener), listener.events);
                 const auto& [outcome, events] = runs.back();
                 const auto& [first, firstEvents] = runs.front();
-                EXPECT_TRUE(outcome.paths == first.paths && outcome.extensions == first.extensions &&
+                EXPECT_TRUE(outcome.paths == first.paths &&
+                            outcome.extensions == first.extensions &&
                             outcome.times == first.times && events == firstEvents &&
                             outcome.counters.ObjectCount == first.counters.ObjectCount)
                     << "tree " << tree << ", " << mask << " on " << threads << " threads";

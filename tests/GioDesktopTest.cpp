@@ -5,9 +5,9 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <regex>
 #include <set>
-#include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 
@@ -42,9 +42,10 @@ public:
         // This program made the default for folders: never asked to show one.
         WriteBytes(Bin("tallymoor"), "#!/bin/sh\ntouch \"$(dirname \"$0\")/received\"\n");
         chmod(Bin("tallymoor").c_str(), 0755);
-        app("self.desktop", "Name=Tallymoor\nExec=" + Bin("tallymoor") + " %f\nMimeType=inode/directory;\n");
-        app("mailer.desktop",
-            "Name=Mail Recorder\nExec=" + Bin("record") + " %u\nMimeType=x-scheme-handler/mailto;\n");
+        app("self.desktop",
+            "Name=Tallymoor\nExec=" + Bin("tallymoor") + " %f\nMimeType=inode/directory;\n");
+        app("mailer.desktop", "Name=Mail Recorder\nExec=" + Bin("record") +
+                                  " %u\nMimeType=x-scheme-handler/mailto;\n");
         app("counter.desktop", "Name=Counter\nExec=sh -c \"wc -c %f > wc.out\"\n");
         // What update-desktop-database makes of the entries' MimeType keys; GIO reads this.
         WriteBytes(t.Path("data/applications/mimeinfo.cache"),
@@ -162,8 +163,8 @@ TEST_F(GioDesktopTest, FailedLaunchesSayWhatAndWhy) {
 
 // The Path= lines of a trash's info files, each with its deletion date to the second, and how
 // many items its files folder holds.
-std::set<std::string> TrashedPaths(size_t& items,
-                                   const std::string& trash = XdgFolders::Tree().Path("data/Trash/")) {
+std::set<std::string>
+TrashedPaths(size_t& items, const std::string& trash = XdgFolders::Tree().Path("data/Trash/")) {
     std::set<std::string> paths;
     for (const auto& info : std::filesystem::directory_iterator(trash + "info")) {
         const std::string text = ReadBytes(info.path());
@@ -205,8 +206,9 @@ TEST_F(GioDesktopTest, TheTrashKeepsEveryItemWithItsWholePath) {
 TEST_F(GioDesktopTest, LongNamesGoToTheTrashOfTheirOwnFileSystem) {
     TestTree disk;
     const std::string image = t.Path("disk.img");
-    if (std::system(("truncate -s 4M " + image + " && mkfs.ext2 -q " + image + " 2>/dev/null && mount -o loop " +
-                     image + " " + disk.Dir() + " 2>/dev/null").c_str()) != 0) {
+    if (std::system(("truncate -s 4M " + image + " && mkfs.ext2 -q " + image +
+                     " 2>/dev/null && mount -o loop " + image + " " + disk.Dir() + " 2>/dev/null")
+                        .c_str()) != 0) {
         GTEST_SKIP() << "no file system may be mounted here";
     }
     const struct Unmount {

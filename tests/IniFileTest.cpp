@@ -24,6 +24,7 @@ struct ReadCase {
 const std::string kLongValue(3000, 'v');
 
 TEST(IniFile, ReadsKeysAndValuesByTheFileRules) {
+    // clang-format off
     const ReadCase cases[] = {
         {"plain", "[options]\r\nLastFileMask=*.txt\r\n", "options", "LastFileMask",
                  "*.txt"},
@@ -58,6 +59,7 @@ TEST(IniFile, ReadsKeysAndValuesByTheFileRules) {
                  "<default>"},
         {"garbage then a good section", std::string("\0\0\xff\xff\n[o]\nk=ok\n", 14), "o",
                  "k", "ok"}};
+    // clang-format on
     for (const ReadCase& c : cases) {
         TestTree t;
         WriteBytes(t.Path("s.ini"), c.file);
@@ -70,7 +72,8 @@ TEST(IniFile, ReadsKeysAndValuesByTheFileRules) {
 // line stays; a value never breaks a line; changes made by another program are seen.
 TEST(IniFile, WritingKeepsEveryOtherLine) {
     TestTree t;
-    WriteBytes(t.Path("s.ini"), "; note\r\n\r\n[a]\r\nx=1\r\n\r\n[masks]\r\nm=1\r\n\r\n[b]\r\ny=2\r\n");
+    WriteBytes(t.Path("s.ini"),
+               "; note\r\n\r\n[a]\r\nx=1\r\n\r\n[masks]\r\nm=1\r\n\r\n[b]\r\ny=2\r\n");
     IniFile ini(t.Path("s.ini"));
     ini.WriteString("A", "z", "3");
     ini.WriteString("a", "X", "9");
@@ -81,7 +84,8 @@ TEST(IniFile, WritingKeepsEveryOtherLine) {
     EXPECT_EQ(ini.KeyNames("a"), (std::vector<std::string>{"x", "z"}));
     WriteBytes(t.Path("s.ini"), "\xEF\xBB\xBF\xEF\xBB\xBF[o]\r\nk=1\r\n"); // found by fuzzing
     ini.WriteString("p", "j", "2");
-    EXPECT_EQ(ReadBytes(t.Path("s.ini")), "\xEF\xBB\xBF\xEF\xBB\xBF[o]\r\nk=1\r\n\r\n[p]\r\nj=2\r\n")
+    EXPECT_EQ(ReadBytes(t.Path("s.ini")),
+              "\xEF\xBB\xBF\xEF\xBB\xBF[o]\r\nk=1\r\n\r\n[p]\r\nj=2\r\n")
         << "a byte-order mark is written back, so the next one stays part of the line";
     WriteBytes(t.Path("s.ini"), "[a]\r\nx=22\r\n");
     EXPECT_EQ(ini.GetString("a", "x", ""), "22");
@@ -110,7 +114,10 @@ TEST(IniFile, AFailedWriteLeavesTheOldFileWholeAndTheValuesInMemory) {
     // A batch writes once, and a new file's folders are made.
     IniFile fresh(t.Path("config/tallymoor/tallymoor.ini"));
     int renames = 0;
-    fresh.SetRenameForTesting([&](const char* from, const char* to) { ++renames; return ::rename(from, to); });
+    fresh.SetRenameForTesting([&](const char* from, const char* to) {
+        ++renames;
+        return ::rename(from, to);
+    });
     {
         IniFile::Batch batch(fresh);
         fresh.WriteString("o", "a", "1");
@@ -133,6 +140,7 @@ TEST(IniFile, ReplacesOnlyARegularFileItReadOrCreatesOneWhereNothingIs) {
         chmod(t.Path("s.ini").c_str(), mode);
         return t.Path("s.ini");
     };
+    // clang-format off
     const PlaceCase cases[] = {
         {"nothing there: created", place, ""},
         {"a link to a file: the file written, its mode kept",
@@ -159,6 +167,7 @@ TEST(IniFile, ReplacesOnlyARegularFileItReadOrCreatesOneWhereNothingIs) {
              return place(t);
          }, ""},
     };
+    // clang-format on
     for (const PlaceCase& c : cases) {
         SCOPED_TRACE(c.what);
         TestTree t;
@@ -190,7 +199,8 @@ TEST(IniFile, ReplacesOnlyARegularFileItReadOrCreatesOneWhereNothingIs) {
             ASSERT_EQ(stat(path.c_str(), &after), 0);
             if (before.st_mode != 0) {
                 EXPECT_EQ(std::tie(after.st_mode, after.st_uid, after.st_gid),
-                          std::tie(before.st_mode, before.st_uid, before.st_gid)) << "mode, owner, group kept";
+                          std::tie(before.st_mode, before.st_uid, before.st_gid))
+                    << "mode, owner, group kept";
             }
         }
         EXPECT_EQ(lstat(path.c_str(), &link) == 0 && S_ISLNK(link.st_mode), wasLink)
@@ -228,9 +238,11 @@ TEST(IniFile, RunningCopiesKeepEachOthersKeysAndNoneWritesWithoutTheLock) {
     late.SetLockPatience(std::chrono::milliseconds(20));
     late.WriteString("late", "a", "1");
     EXPECT_EQ(IniFile(t.Path("s.ini")).KeyNames("late").size(), 0u);
-    EXPECT_EQ(told, "The settings file ' " + t.Path("s.ini") + " ' could not be saved (another program "
-                    "keeps it locked). Changed settings are kept while the program runs and saved "
-                    "with the next change that can be.");
+    EXPECT_EQ(told,
+              "The settings file ' " + t.Path("s.ini") +
+                  " ' could not be saved (another program "
+                  "keeps it locked). Changed settings are kept while the program runs and saved "
+                  "with the next change that can be.");
     close(folder);
     late.WriteString("late", "b", "2");
     EXPECT_EQ(IniFile(t.Path("s.ini")).KeyNames("late").size(), 2u);
@@ -248,8 +260,10 @@ TEST(IniFile, RunningCopiesKeepEachOthersKeysAndNoneWritesWithoutTheLock) {
 TEST(IniFile, TemporariesThatAKilledWriteLeftAreRemovedAtTheNextStart) {
     TestTree t;
     WriteBytes(t.Path("tallymoor.ini"), "[o]\r\n");
+    // clang-format off
     const char* names[] = {".tallymoor.ini.tallymoor-tmp.Ab12Cd", ".tallymoor.ini.tallymoor-tmp.x",
                            ".tallymoor.ini.backup", ".other.ini.tallymoor-tmp.Ab12Cd"};
+    // clang-format on
     for (const char* name : names) {
         t.File(name);
     }

@@ -1,30 +1,30 @@
 #include "WindowFixture.h"
-#include "app/ResultListModel.h"
-#include "fileops/FileCommands.h"
 #include "analysis/dlgDosLen.h"
 #include "analysis/dlgRegFiles.h"
 #include "analysis/dlgViewMasks.h"
+#include "app/ResultListModel.h"
 #include "app/dlgAbout.h"
+#include "fileops/FileCommands.h"
 #include "fileops/FolderPickerDialog.h"
 #include "fileops/dlgCopyErr.h"
 #include "fileops/dlgOpenWith.h"
 #include "fileops/dlgProgress.h"
-#include "settings/dlgPreferences.h"
 #include "search/SearchStatus.h"
+#include "settings/dlgPreferences.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
 #include <QCoreApplication>
-#include <QListWidget>
-#include <QRadioButton>
 #include <QHeaderView>
+#include <QListWidget>
 #include <QMenuBar>
+#include <QRadioButton>
 #include <QTabBar>
 #include <QTabWidget>
-#include <map>
-#include <QToolButton>
 #include <QTest>
+#include <QToolButton>
 #include <QWindow>
+#include <map>
 #include <sys/stat.h>
 
 namespace {
@@ -51,6 +51,7 @@ TEST_F(MainWindowTest, ASearchShowsItsResultsCountsCaptionAndTag) {
         QString caption, label;
         std::function<bool(const std::string&)> rows;
     };
+    // clang-format off
     const Case cases[] = {
         {"matching", "*.txt", false, false, "All Results (*.txt) (2)", "*.txt files ",
          [](const std::string& p) { return EndsWith(p, ".txt"); }},
@@ -59,6 +60,7 @@ TEST_F(MainWindowTest, ASearchShowsItsResultsCountsCaptionAndTag) {
         {"folders only", "*.txt", false, true, "All Results (folders only) (1)", "Folders (1)",
          [&](const std::string& p) { return p == tree.Path("sub/"); }},
     };
+    // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         Find<QRadioButton>(c.except ? "optListTypes_1" : "optListTypes_0")->click();
@@ -76,9 +78,16 @@ TEST_F(MainWindowTest, ASearchShowsItsResultsCountsCaptionAndTag) {
         }
         EXPECT_EQ(Rows("List1"), expected);
         const QAbstractItemModel* model = Find<QTreeView>("List1")->model();
-        EXPECT_EQ(model->index(0, 3).data().toString().isEmpty(), c.folders) << "a folder has no time";
-        EXPECT_EQ(model->index(static_cast<int>(expected.indexOf(QString::fromStdString(tree.Path("sub/c.TXT")))), 2)
-                      .data().toString(), c.rows(tree.Path("sub/c.TXT")) ? ".txt" : "") << "the census's type";
+        EXPECT_EQ(model->index(0, 3).data().toString().isEmpty(), c.folders)
+            << "a folder has no time";
+        EXPECT_EQ(model
+                      ->index(static_cast<int>(
+                                  expected.indexOf(QString::fromStdString(tree.Path("sub/c.TXT")))),
+                              2)
+                      .data()
+                      .toString(),
+                  c.rows(tree.Path("sub/c.TXT")) ? ".txt" : "")
+            << "the census's type";
         EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "&Begin Search");
         EXPECT_FALSE(window->IsBusy());
     }
@@ -90,16 +99,19 @@ TEST_F(MainWindowTest, ASearchShowsItsResultsCountsCaptionAndTag) {
               QStringList({" Ready!", " Objects: 4", " Matched: 2", " Done"}));
     EXPECT_TRUE(Status(StatusPart::Elapsed).startsWith(" Elapsed: 0."));
     EXPECT_EQ(profile->ProfileGetString("options", "LastFileMask", ""), "*.txt");
-    // At the default size (11970 x 9270 twips), beside a search's counts, every message reads whole.
+    // At the default size (11970 x 9270 twips), beside a search's counts, every message reads
+    // whole.
     window->resize(798, 618);
     window->Status().Set(StatusPart::Objects, ObjectsText(300000));
     window->Status().Set(StatusPart::Matched, MatchedText(300000));
     const auto* part = Find<QLabel>("StatusPart0");
-    for (const QString& text : {RescanAdviceText(Rescan::AdviseChanged), RescanAdviceText(Rescan::AdviseTooLarge),
-                                ChangedListText(), QString(" Loading 299,999 items to the list...")}) {
+    for (const QString& text :
+         {RescanAdviceText(Rescan::AdviseChanged), RescanAdviceText(Rescan::AdviseTooLarge),
+          ChangedListText(), QString(" Loading 299,999 items to the list...")}) {
         window->Status().Set(StatusPart::Message, text);
         QCoreApplication::processEvents();
-        EXPECT_GE(part->contentsRect().width(), part->fontMetrics().horizontalAdvance(" " + text)) << text.toStdString();
+        EXPECT_GE(part->contentsRect().width(), part->fontMetrics().horizontalAdvance(" " + text))
+            << text.toStdString();
     }
 }
 
@@ -262,7 +274,8 @@ TEST_F(MainWindowTest, MasksMenuFavouritesAndStarDotStar) {
         return 1;
     });
     Action("Edit Favorite Masks List...")->trigger();
-    EXPECT_TRUE(window->findChild<QAction*>("mnuMaskFavs_5") && window->findChild<QAction*>("mnuMaskFavs_5")->text() == "*.md");
+    EXPECT_TRUE(window->findChild<QAction*>("mnuMaskFavs_5") &&
+                window->findChild<QAction*>("mnuMaskFavs_5")->text() == "*.md");
     window->close();
     EXPECT_EQ(profile->ProfileGetString("masks", "mask6", ""), "*.md") << "kept, saved on exit";
     EXPECT_EQ(profile->ProfileGetString("masks", "mask1", ""), "*.mdb;");
@@ -310,6 +323,7 @@ TEST_F(MainWindowTest, TheReportSortsByEachColumnAndCommandsFollow) {
         }
         return rows;
     };
+    // clang-format off
     const std::pair<int, QStringList> clicks[] = {
         {0, order({"z/a.txt", "m/b.txt", "a/c.log"})},  // Name
         {0, order({"a/c.log", "m/b.txt", "z/a.txt"})},  // Name again: descending
@@ -317,10 +331,12 @@ TEST_F(MainWindowTest, TheReportSortsByEachColumnAndCommandsFollow) {
         {1, order({"a/c.log", "m/b.txt", "z/a.txt"})},  // Folder
         {2, order({"a/c.log"})},                        // Type: .log first (the rest as found)
         {3, order({"z/a.txt", "m/b.txt", "a/c.log"})}}; // Modified
+    // clang-format on
     SelectRows({1});
     const QString selected = Rows("List1")[1];
     for (const auto& [column, rows] : clicks) {
-        QTest::mouseClick(list->header()->viewport(), Qt::LeftButton, {}, {list->header()->sectionViewportPosition(column) + 4, 5});
+        QTest::mouseClick(list->header()->viewport(), Qt::LeftButton, {},
+                          {list->header()->sectionViewportPosition(column) + 4, 5});
         EXPECT_EQ(Rows("List1").mid(0, rows.size()), rows) << column;
         const QModelIndexList rowsSelected = list->selectionModel()->selectedRows();
         ASSERT_EQ(rowsSelected.size(), 1) << "a sort keeps the selection";
@@ -332,7 +348,10 @@ TEST_F(MainWindowTest, TheReportSortsByEachColumnAndCommandsFollow) {
     EXPECT_EQ(desktop.calls, std::vector<std::string>{"properties " + tree.Path("z/a.txt")});
     window->Results().RemoveFromViews(tree.Path("m/b.txt"), window->Request().Mask());
     EXPECT_EQ(Rows("List1"), order({"z/a.txt", "a/c.log"}));
-    prompts.modals.push_back([](QDialog* d) { d->findChild<QRadioButton*>("optView_0")->click(); return 0; });
+    prompts.modals.push_back([](QDialog* d) {
+        d->findChild<QRadioButton*>("optView_0")->click();
+        return 0;
+    });
     window->ShowPreferences(PreferencesTab::View);
     EXPECT_GE(list->header()->sectionSize(0), list->viewport()->width()) << "a list's one column";
 }
@@ -382,7 +401,9 @@ QStringList SharedAccessKeys(QWidget* window) {
             }
         }
     }
-    for (const QAction* menu : window->findChild<QMenuBar*>() ? window->findChild<QMenuBar*>()->actions() : QList<QAction*>()) {
+    for (const QAction* menu : window->findChild<QMenuBar*>()
+                                   ? window->findChild<QMenuBar*>()->actions()
+                                   : QList<QAction*>()) {
         scopes[0] << menu->text();
     }
     QStringList shared;
@@ -392,7 +413,9 @@ QStringList SharedAccessKeys(QWidget* window) {
             keys[QKeySequence::mnemonic(text).toString()] << text;
         }
         for (const auto& [key, owners] : keys) {
-            shared << (!key.isEmpty() && owners.size() > 1 ? QStringList{key + ": " + owners.join(" / ")} : QStringList());
+            shared << (!key.isEmpty() && owners.size() > 1
+                           ? QStringList{key + ": " + owners.join(" / ")}
+                           : QStringList());
         }
     }
     return shared;
@@ -401,13 +424,18 @@ QStringList SharedAccessKeys(QWidget* window) {
 TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
     tree.File("a.txt");
     Search(tree.Root(), "*.*");
-    std::vector<std::pair<QString, QStringList>> found = {{"main window", SharedAccessKeys(window.get())}};
+    std::vector<std::pair<QString, QStringList>> found = {
+        {"main window", SharedAccessKeys(window.get())}};
     dlgPreferences preferences(*profile, prompts, {});
     for (int tab = 0; tab < 5; ++tab) {
         preferences.findChild<QTabWidget*>("tsPrefs")->setCurrentIndex(tab);
-        found.push_back({"preferences tab " + QString::number(tab), SharedAccessKeys(&preferences)});
+        found.push_back(
+            {"preferences tab " + QString::number(tab), SharedAccessKeys(&preferences)});
     }
-    prompts.modals.push_back([&](QDialog* census) { found.push_back({"census", SharedAccessKeys(census)}); return 2; });
+    prompts.modals.push_back([&](QDialog* census) {
+        found.push_back({"census", SharedAccessKeys(census)});
+        return 2;
+    });
     window->Types().ShowFileTypes();
     dlgRegFiles registered(*profile, prompts);
     dlgViewMasks viewMasks;
@@ -416,7 +444,8 @@ TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
     FolderPickerDialog picker({"Select Folder", "Pick one", "/", tree.Root(), {}});
     dlgOpenWith openWith({tree.Path("a.txt"), "text/plain", {}, {}});
     dlgAbout about(desktop);
-    for (QWidget* dialog : std::initializer_list<QWidget*>{&registered, &viewMasks, &dosLen, &notProcessed, &picker, &openWith, &about}) {
+    for (QWidget* dialog : std::initializer_list<QWidget*>{
+             &registered, &viewMasks, &dosLen, &notProcessed, &picker, &openWith, &about}) {
         found.push_back({dialog->objectName(), SharedAccessKeys(dialog)});
     }
     for (const auto& [name, shared] : found) {
@@ -426,7 +455,8 @@ TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
     for (const std::string& path : {tree.Dir(), tree.Path("a.txt")}) {
         typed->clear();
         QTest::keyClicks(typed, QString::fromStdString(path));
-        EXPECT_EQ(picker.SelectedFolder(), path == tree.Dir() ? path : "") << "a folder, or nothing";
+        EXPECT_EQ(picker.SelectedFolder(), path == tree.Dir() ? path : "")
+            << "a folder, or nothing";
     }
 }
 

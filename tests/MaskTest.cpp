@@ -12,6 +12,7 @@ struct MatchCase {
 };
 
 TEST(MaskMatcher, MatchesByTheRulesOfTheFileMaskField) {
+    // clang-format off
     const MatchCase cases[] = {
         // one extension, any case, several dots, no dot, leading and trailing dot
         {"*.txt", "a.txt", true}, {"*.txt", "A.TXT", true},
@@ -61,6 +62,7 @@ TEST(MaskMatcher, MatchesByTheRulesOfTheFileMaskField) {
         {"i*", "\xc4\xb0stanbul", false}, {"*I?", "\xc4\xb1i", false}, {"?I", "\xc4\xb1i", true},
         {"\xc3\x89T\xc3\x89.*", "\xc3\x89t\xc3\xa9.TXT", true}, {"??.txt", "\xff.txt", false},
         {"\xc3\xbf.txt", "\xff.txt", false}, {"\xc3*", "\xc3.txt", true}};
+    // clang-format on
     for (const MatchCase& c : cases) {
         EXPECT_EQ(MaskMatcher(c.mask).Matches(c.name), c.expected)
             << "mask '" << c.mask << "' name '" << c.name << "'";
@@ -76,6 +78,7 @@ struct VerdictCase {
 };
 
 TEST(MaskRules, AMaskIsRefusedWhenEmptyOrWhenStarDotStarIsNotAlone) {
+    // clang-format off
     const VerdictCase cases[] = {
         {"", MaskVerdict::Empty}, {"*.*", MaskVerdict::Accepted}, {" *.* ", MaskVerdict::Accepted},
         {"*.txt;*.log", MaskVerdict::Accepted}, {"   ", MaskVerdict::Accepted},
@@ -88,6 +91,7 @@ TEST(MaskRules, AMaskIsRefusedWhenEmptyOrWhenStarDotStarIsNotAlone) {
         {"*.*;*.?", MaskVerdict::StarDotStarTwice}, {"*.**", MaskVerdict::Accepted},
         // an element holding "*.*" that does not match it counts for nothing
         {"a*.*;*.txt", MaskVerdict::Accepted}};
+    // clang-format on
     for (const VerdictCase& c : cases) {
         EXPECT_EQ(ValidateMask(c.mask), c.verdict) << "'" << c.mask << "'";
     }

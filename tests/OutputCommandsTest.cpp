@@ -31,8 +31,11 @@ TEST_F(OutputCommandsTest, SaveAllAndSave) {
     Search(tree.Root(), "*.txt");
     TestTree out;
     SelectRows({3, 0, 2});
-    prompts.saves = {{out.Path("all.txt"), true}, {}, {out.Path("whole.txt"), true},
-                     {out.Path("some.txt"), false}, {"/dev/full", true}};
+    prompts.saves = {{out.Path("all.txt"), true},
+                     {},
+                     {out.Path("whole.txt"), true},
+                     {out.Path("some.txt"), false},
+                     {"/dev/full", true}};
     window->findChild<QAction*>("mnuFile_8")->trigger();
     profile->Settings().LastOutputSaveDirectory = "/kept/";
     window->Selection().SaveAllResults();
@@ -43,7 +46,8 @@ TEST_F(OutputCommandsTest, SaveAllAndSave) {
     window->Selection().SaveResultList();
 
     const SaveRequest& all = prompts.saveRequests.at(0);
-    EXPECT_EQ(std::tie(all.title, all.name), std::make_tuple(QString("Save Report As"), std::string()));
+    EXPECT_EQ(std::tie(all.title, all.name),
+              std::make_tuple(QString("Save Report As"), std::string()));
     EXPECT_FALSE(all.entireListEnabled);
     EXPECT_TRUE(all.entireListChecked);
     EXPECT_TRUE(prompts.saveRequests.at(2).entireListEnabled);

@@ -43,6 +43,7 @@ TEST(ListSaving, SaveAllWritesEverySlotButTheLast) {
         std::string file; // "-": no file at all
         std::vector<QString> messages;
     };
+    // clang-format off
     const Case cases[] = {
         {{"a", "b", "c", "d", "e", "f"}, false, "/r/a\r\n/r/b\r\n/r/c\r\n/r/d\r\n/r/e\r\n",
          {"Writing 5 files..."}},
@@ -51,6 +52,7 @@ TEST(ListSaving, SaveAllWritesEverySlotButTheLast) {
         {{"a.txt", "B.TXT", "left-out"}, true, "/r/B.TXT\r\n/r/a.txt\r\n",
          {"Sorting 2 files...", "Writing 2 files..."}},
     };
+    // clang-format on
     for (const Case& c : cases) {
         TestTree t;
         FileDataArray store;
@@ -96,10 +98,10 @@ struct TextFileCase {
     const char* what;
     std::function<std::string(const TestTree&)> setUp; // returns the path to write
     TextFile::Mode mode;
-    bool tooLarge;            // the write runs into the file-size limit
-    std::string error;        // "" on success; "PATH" stands for the path written
-    std::string afterwards;   // bytes of "t/target" (or of the path) afterwards; "-" for none
-    bool taken = false;       // "t/target" appears while the file is written
+    bool tooLarge;          // the write runs into the file-size limit
+    std::string error;      // "" on success; "PATH" stands for the path written
+    std::string afterwards; // bytes of "t/target" (or of the path) afterwards; "-" for none
+    bool taken = false;     // "t/target" appears while the file is written
 };
 
 TEST(TextFile, WritesOnlyWhatItMayAndLeavesNothingHalfWritten) {
@@ -112,8 +114,15 @@ TEST(TextFile, WritesOnlyWhatItMayAndLeavesNothingHalfWritten) {
         return all;
     }();
     const auto target = [](const TestTree& t) { return t.Path("target"); };
-    const auto old = [](const TestTree& t) { WriteBytes(t.Path("target"), "old"); return t.Path("target"); };
-    const auto link = [](const TestTree& t) { t.Link("link", "target"); return t.Path("link"); };
+    const auto old = [](const TestTree& t) {
+        WriteBytes(t.Path("target"), "old");
+        return t.Path("target");
+    };
+    const auto link = [](const TestTree& t) {
+        t.Link("link", "target");
+        return t.Path("link");
+    };
+    // clang-format off
     const TextFileCase cases[] = {
         {"new file", target, Mode::CreateNew, false, "", lines},
         {"existing file, new wanted", old, Mode::CreateNew, false, "Cannot create PATH: File exists", "old"},
@@ -135,6 +144,7 @@ TEST(TextFile, WritesOnlyWhatItMayAndLeavesNothingHalfWritten) {
         {"a name taken meanwhile is left to its owner", target, Mode::CreateNew, false,
          "Cannot write PATH: File exists", "theirs", true},
     };
+    // clang-format on
     for (const TextFileCase& c : cases) {
         SCOPED_TRACE(c.what);
         TestTree t;

@@ -32,8 +32,8 @@ TEST(Profile, FirstStartWritesTheNewFileAndAnExistingOneIsLeftAsItIs) {
 // Whatever a file lacks reads as the missing-key values, which differ from a new file's.
 TEST(Profile, MissingKeysAndStoredValuesAreReadByTheirRules) {
     for (const std::string& file : {std::string(), std::string("; only a comment\r\n"),
-                                   std::string("[paths]\r\n[windows]\r\nLeft=5\r\n"),
-                                   std::string("\xff\xfe\0garbage", 10)}) {
+                                    std::string("[paths]\r\n[windows]\r\nLeft=5\r\n"),
+                                    std::string("\xff\xfe\0garbage", 10)}) {
         TestTree t;
         WriteBytes(t.Path("tallymoor.ini"), file);
         modPProfile profile(t.Path("tallymoor.ini"), kHome);
@@ -55,8 +55,9 @@ TEST(Profile, MissingKeysAndStoredValuesAreReadByTheirRules) {
     modPProfile profile(t.Path("tallymoor.ini"), kHome);
     profile.Start();
     const AppSettings& s = profile.Settings();
-    EXPECT_EQ(std::tie(s.LVCustomSortColor, s.AutoRescanMaximum, s.DblClickAction, s.LastCfmBrowseID),
-              std::make_tuple(15987699, -1, 2, 7))
+    EXPECT_EQ(
+        std::tie(s.LVCustomSortColor, s.AutoRescanMaximum, s.DblClickAction, s.LastCfmBrowseID),
+        std::make_tuple(15987699, -1, 2, 7))
         << "a colour of 0 reads as the built-in one";
     EXPECT_FALSE(s.ConfirmOnCopy || s.ConfirmOnMove);
     EXPECT_TRUE(s.LVUseGridLines);
@@ -65,21 +66,25 @@ TEST(Profile, MissingKeysAndStoredValuesAreReadByTheirRules) {
 }
 
 TEST(Profile, NumberReadingRule) {
+    // clang-format off
     const std::pair<const char*, int32_t> cases[] = {
         {"12", 12}, {" 12abc", 12}, {"abc", 0},  {"", 0},     {"2.5", 2},  {"3.5", 4},
         {"-2.5", -2}, {"-1", -1},   {"+7", 7},   {"1e3", 1000}, {"1e", 1}, {".5", 0},
         {"0.51", 1}, {"0x10", 0},   {"--3", 0},  {"99999999999", INT_MAX},
         {"-99999999999", INT_MIN},  {"1e999", INT_MAX}};
+    // clang-format on
     for (const auto& [text, value] : cases) {
         EXPECT_EQ(ReadNumber(text), value) << "'" << text << "'";
     }
 }
 
 TEST(Profile, BooleanReadingRule) {
+    // clang-format off
     const std::pair<const char*, bool> cases[] = {
         {"1", true},     {"0", false},   {"-1", true},     {"2", true},    {" 1 ", true},
         {"True", true},  {"TRUE", true}, {"false", false}, {"", false},    {"yes", false},
         {"1abc", false}, {"0.0", false}, {"0.4", true},    {"1e999", true}};
+    // clang-format on
     for (const auto& [text, value] : cases) {
         EXPECT_EQ(ReadBoolean(text), value) << "'" << text << "'";
     }
@@ -116,9 +121,11 @@ std::optional<Placement> PlacementFrom(const std::string& windows) {
 }
 
 TEST(WindowPlacement, WinstateKeepsOnlyNormalAndMaximised) {
+    // clang-format off
     const std::pair<const char*, char> cases[] = {
         {"", '0'},    {"0", '0'},   {"1", '0'},   {"2", '2'}, {"-2", '2'},
         {"2.4", '2'}, {"1.6", '2'}, {"abc", '0'}, {"3", '0'}, {"-0", '0'}};
+    // clang-format on
     for (const auto& [text, state] : cases) {
         const auto p = PlacementFrom(std::string("winstate=") + text + "\r\n");
         ASSERT_TRUE(p);
@@ -133,6 +140,7 @@ TEST(WindowPlacement, StoredValuesOrTheirFallbacks) {
         Placement expected;
     };
     const Placement centred{(28800 - 11970) / 2, (16200 - 9270) / 2, 11970, 9270, '0'};
+    // clang-format off
     const Case cases[] = {
         {"Left=100\r\nTop=200\r\nWidth=9000\r\nHeight=7000\r\n", {100, 200, 9000, 7000, '0'}},
         {"Left=100\r\nTop=0\r\nWidth=9000\r\nHeight=7000\r\n", {100, 9270, 9000, 7000, '0'}},
@@ -142,6 +150,7 @@ TEST(WindowPlacement, StoredValuesOrTheirFallbacks) {
         {"Left=-5\r\nTop=200\r\nWidth=9000\r\nHeight=7000\r\n", centred},
         {"Left=100.6\r\nTop=199.5\r\nWidth=9000\r\nHeight=7000\r\n", {101, 200, 9000, 7000, '0'}},
         {"", centred}};
+    // clang-format on
     for (const auto& c : cases) {
         const auto p = PlacementFrom(c.stored);
         ASSERT_TRUE(p);
@@ -156,8 +165,11 @@ TEST(WindowPlacement, StoredValuesOrTheirFallbacks) {
     WriteStartupPlacement(profile, '2', kScreen, 9000, 7000); // the default, centred
     EXPECT_EQ(profile.File().KeyNames("windows"),
               (std::vector<std::string>{"Winstate", "Left", "Top", "Width", "Height"}));
-    for (const auto& [key, value] : {std::pair{"Winstate", "2"}, {"Left", "9900"}, {"Top", "4600"},
-                                     {"Width", "11970"}, {"Height", "9270"}}) {
+    for (const auto& [key, value] : {std::pair{"Winstate", "2"},
+                                     {"Left", "9900"},
+                                     {"Top", "4600"},
+                                     {"Width", "11970"},
+                                     {"Height", "9270"}}) {
         EXPECT_EQ(profile.ProfileGetString("windows", key, ""), value) << key;
     }
 }
@@ -165,10 +177,12 @@ TEST(WindowPlacement, StoredValuesOrTheirFallbacks) {
 TEST(WindowPlacement, ExitRecordsNormalMaximisedAndMinimisedWindows) {
     const Placement window{300, 400, 10000, 8000, '0'};
     const Placement startup{150, 250, 11970, 9270, '0'};
+    // clang-format off
     const std::pair<WindowState, Placement> cases[] = {
         {WindowState::Normal, {300, 400, 10000, 8000, '0'}},
         {WindowState::Maximised, {(28800 - 11970) / 2, (16200 - 11970) / 2, 11970, 9270, '2'}},
         {WindowState::Minimised, {150, 250, 11970, 9270, '1'}}};
+    // clang-format on
     for (const auto& [state, expected] : cases) {
         const Placement p = ExitPlacement(state, window, startup, kScreen);
         EXPECT_EQ(std::tie(p.Left, p.Top, p.Width, p.Height, p.Winstate),
@@ -179,8 +193,11 @@ TEST(WindowPlacement, ExitRecordsNormalMaximisedAndMinimisedWindows) {
     modPProfile profile(t.Path("tallymoor.ini"), kHome);
     profile.Start();
     SaveWindowPlacement(profile, cases[2].second);
-    for (const auto& [key, value] : {std::pair{"Left", "150"}, {"Top", "250"}, {"Width", "11970"}, {"Height", "9270"}}) {
-        EXPECT_EQ(modPProfile(t.Path("tallymoor.ini"), kHome).ProfileGetString("windows", key, ""), value) << key;
+    for (const auto& [key, value] :
+         {std::pair{"Left", "150"}, {"Top", "250"}, {"Width", "11970"}, {"Height", "9270"}}) {
+        EXPECT_EQ(modPProfile(t.Path("tallymoor.ini"), kHome).ProfileGetString("windows", key, ""),
+                  value)
+            << key;
     }
     EXPECT_EQ(ReadWindowPlacement(profile, kScreen)->Winstate, '0') << "never restored minimised";
 }
@@ -200,7 +217,8 @@ TEST(MaskFavorites, LoadAddChooseAndSave) {
     favorites.Save(profile);
     EXPECT_EQ(profile.File().KeyNames("masks").size(), 6u) << "the placeholder saves nothing";
     // After a search: "*.*" and what is there already, trimmed and lower-cased, add nothing.
-    for (const char* mask : {"*.*", " *.*; ", "  *.txt; ", " *.TXT; ", "*.log", "*.c;*.h", "*.C;*.H "}) {
+    for (const char* mask :
+         {"*.*", " *.*; ", "  *.txt; ", " *.TXT; ", "*.log", "*.c;*.h", "*.C;*.H "}) {
         favorites.Add(mask);
     }
     EXPECT_EQ(favorites.Captions(), (std::vector<std::string>{"*.log", "*.txt;", "*.c;*.h"}))
@@ -208,7 +226,8 @@ TEST(MaskFavorites, LoadAddChooseAndSave) {
     EXPECT_EQ(favorites.Choose(0, "*.doc;", true), "*.doc;*.log") << "appended";
     EXPECT_EQ(favorites.Choose(0, "*.doc;", false), "*.log");
     favorites.Save(profile);
-    EXPECT_EQ(profile.File().KeyNames("masks"), (std::vector<std::string>{"mask1", "mask2", "mask3"}));
+    EXPECT_EQ(profile.File().KeyNames("masks"),
+              (std::vector<std::string>{"mask1", "mask2", "mask3"}));
     // Loading takes every key in file order, whatever its name; an empty section changes nothing.
     WriteBytes(t.Path("tallymoor.ini"), "[masks]\r\nzeta=*.c;\r\nmask1=*.h;\r\nx=\r\n");
     favorites.Load(profile);

@@ -7,11 +7,15 @@ namespace {
 bool IsButtonOf(MessageAnswer answer, MessageButtons buttons) {
     using A = MessageAnswer;
     switch (buttons) {
-    case MessageButtons::Ok: return answer == A::Ok;
-    case MessageButtons::OkCancel: return answer == A::Ok || answer == A::Cancel;
+    case MessageButtons::Ok:
+        return answer == A::Ok;
+    case MessageButtons::OkCancel:
+        return answer == A::Ok || answer == A::Cancel;
     case MessageButtons::YesNo:
-    case MessageButtons::YesNoDefaultNo: return answer == A::Yes || answer == A::No;
-    case MessageButtons::YesNoCancel: return answer != A::Ok;
+    case MessageButtons::YesNoDefaultNo:
+        return answer == A::Yes || answer == A::No;
+    case MessageButtons::YesNoCancel:
+        return answer != A::Ok;
     }
     return false;
 }
@@ -41,8 +45,8 @@ ScriptedPrompts::~ScriptedPrompts() {
 MessageAnswer ScriptedPrompts::Message(const QString& text, MessageIcon icon,
                                        MessageButtons buttons, const QString& title) {
     asked.push_back({text, icon, buttons, title});
-    const MessageAnswer answer = Next(answers, "message box: " + text.toStdString(),
-                                      MessageAnswer::Cancel);
+    const MessageAnswer answer =
+        Next(answers, "message box: " + text.toStdString(), MessageAnswer::Cancel);
     EXPECT_TRUE(IsButtonOf(answer, buttons))
         << "the scripted answer is not a button of: " << text.toStdString();
     return answer;
@@ -76,7 +80,8 @@ std::optional<int32_t> ScriptedPrompts::ChooseColor(int32_t, std::array<int32_t,
 }
 
 int ScriptedPrompts::ShowModal(QDialog* dialog) {
-    const auto answer = Next(modals, "dialog", std::function<int(QDialog*)>([](QDialog*) { return 0; }));
+    const auto answer =
+        Next(modals, "dialog", std::function<int(QDialog*)>([](QDialog*) { return 0; }));
     return answer(dialog);
 }
 

@@ -39,8 +39,8 @@ public:
     QStringList Texts() const;
 
     std::deque<MessageAnswer> answers;
-    std::deque<std::string> folders;  // "" cancels
-    std::deque<SaveAnswer> saves;     // an empty path cancels
+    std::deque<std::string> folders;         // "" cancels
+    std::deque<SaveAnswer> saves;            // an empty path cancels
     std::deque<OpenWithAnswer> applications; // an empty answer cancels
     std::deque<ConflictAnswer> conflicts;
     std::deque<std::optional<int32_t>> colors; // nothing cancels

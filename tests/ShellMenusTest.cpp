@@ -6,7 +6,6 @@
 #include <QListWidget>
 #include <QMimeData>
 #include <QRadioButton>
-
 #include <QTabBar>
 
 namespace {
@@ -52,10 +51,12 @@ TEST_F(ShellMenusTest, DoubleClickFollowsTheSettings) {
         std::vector<std::string> launched;
         const char* selected;
     };
+    // clang-format off
     const Case cases[] = {{0, false, {"open " + first}, "Selected: 1"},
                           {1, true, {"properties " + first}, "Selected: 1"},
                           {7, false, {}, "Selected: 1"}, // other values do nothing
                           {2, false, {}, "Selected: 2"}};
+    // clang-format on
     for (const Case& c : cases) {
         (c.shift ? s.DblClickShiftAction : s.DblClickAction) = c.action;
         desktop.calls.clear();
@@ -89,7 +90,8 @@ TEST_F(ShellMenusTest, TheFolderPopupExploresAndSetsTheStartPath) {
     const QAbstractItemModel* model = Find<QTreeView>("List1")->model();
     std::unique_ptr<QMimeData> drag(model->mimeData({model->index(0, 0), model->index(0, 1)}));
     EXPECT_EQ(drag->data("text/uri-list").toStdString(),
-              "file://" + QByteArray::fromStdString(tree.Root()).toPercentEncoding("/").toStdString() +
+              "file://" +
+                  QByteArray::fromStdString(tree.Root()).toPercentEncoding("/").toStdString() +
                   "photos%20%FF\r\n");
     // The field shows text, but the search gets the folder's bytes.
     Find<QPushButton>("cmdSearch")->click();
@@ -103,21 +105,27 @@ TEST_F(ShellMenusTest, FiltersMakeViewsOrAMask) {
     Search(tree.Root(), "*.*");
     auto* list = Find<QTreeView>("List1");
     // The type of the row as the census offers it; "." for a name without one.
-    for (const auto& [file, caption] : {std::pair{"a.htm", "*.htm (1)"}, {".bashrc", "*.bashrc (1)"}, {"README", "*. (1)"}}) {
+    for (const auto& [file, caption] :
+         {std::pair{"a.htm", "*.htm (1)"}, {".bashrc", "*.bashrc (1)"}, {"README", "*. (1)"}}) {
         Find<QTabBar>("tsResults")->setCurrentIndex(0);
         list->setCurrentIndex(list->model()->index(
             static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path(file)))), 0));
         window->findChild<QAction*>("mnuListPop_5")->trigger();
-        EXPECT_EQ(window->Results().Views()[window->Results().Views().Count() - 1].caption, caption) << "no .html in .htm";
+        EXPECT_EQ(window->Results().Views()[window->Results().Views().Count() - 1].caption, caption)
+            << "no .html in .htm";
     }
     prompts.modals.push_back([](QDialog* d) { // a compound mask's view: the mask alone
         for (const char* type : {".htm", ".txt"}) {
-            d->findChild<QListWidget*>("lstExtensions")->findItems(type, Qt::MatchExactly).at(0)->setSelected(true);
+            d->findChild<QListWidget*>("lstExtensions")
+                ->findItems(type, Qt::MatchExactly)
+                .at(0)
+                ->setSelected(true);
         }
         return static_cast<int>(QDialog::Accepted);
     });
     window->findChild<QAction*>("mnuMasks_3")->trigger();
-    EXPECT_EQ(window->Results().Views()[window->Results().Views().Count() - 1].caption, "*.htm  *.txt  ");
+    EXPECT_EQ(window->Results().Views()[window->Results().Views().Count() - 1].caption,
+              "*.htm  *.txt  ");
     prompts.modals.push_back([](QDialog* d) {
         auto* types = d->findChild<QListWidget*>("lstExtensions");
         types->findItems(".txt", Qt::MatchExactly).at(0)->setSelected(true);

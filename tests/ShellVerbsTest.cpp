@@ -10,7 +10,9 @@ using namespace modShell;
 
 const std::vector<std::string> kNone;
 const std::vector<std::string> kOne = {"/home/ann/my file.txt"};
-const std::vector<std::string> kThree = {"/a/-one", "/a/two \"2\"", "/a/thr\xff" "ee"};
+const std::vector<std::string> kThree = {"/a/-one", "/a/two \"2\"",
+                                         "/a/thr\xff"
+                                         "ee"};
 
 const QString kOpenMany = "More than one file is selected. Are you sure you want to open all "
                           "selected files in the current window?";
@@ -43,6 +45,7 @@ TEST(ShellVerbs, QuestionsAndLaunches) {
         return Question{text, MessageIcon::Question, MessageButtons::YesNo};
     };
     const Question many{kOpenMany, MessageIcon::Warning, MessageButtons::YesNo};
+    // clang-format off
     const VerbCase cases[] = {
         {"nothing selected: silence",
          [](AppSettings& s, Prompts& p, Desktop& d) {
@@ -107,6 +110,7 @@ TEST(ShellVerbs, QuestionsAndLaunches) {
              ShellOpenDocument("/usr/share/doc/README", d);
          }, {}, {}, {"url https://tallymoor.example/", "open /usr/share/doc/README"}},
     };
+    // clang-format on
     for (const VerbCase& c : cases) {
         SCOPED_TRACE(c.what);
         AppSettings settings;

@@ -9,19 +9,20 @@ namespace {
 TEST(StatusLine, PartsAndTheirModes) {
     StatusLine status;
     std::vector<QString> shown(StatusLine::kParts);
-    status.SetDisplay([&](StatusPart part, const QString& text) {
-        shown[static_cast<size_t>(part)] = text;
-    });
+    status.SetDisplay(
+        [&](StatusPart part, const QString& text) { shown[static_cast<size_t>(part)] = text; });
     for (int part = 0; part < StatusLine::kParts; ++part) {
         status.Set(static_cast<StatusPart>(part), QString::number(part));
     }
     EXPECT_EQ(shown, (std::vector<QString>{" 0", " 1", " 2", " 3", " 4"})) << "a blank before";
+    // clang-format off
     const std::pair<const char*, std::vector<QString>> modes[] = {
         {"save", {" 0", " 1", " 2", " 3", " 4"}},
         {"clear", {" Ready!", "", "", "", ""}},
         {"restore", {" Ready!", " 1", " 2", " 3", " 4"}}, // the saved message stays away
         {"save&clear", {" Ready!", "", "", "", ""}},
         {"something else", {" Ready!", "", "", "", ""}}};
+    // clang-format on
     for (const auto& [mode, after] : modes) {
         status.State(mode);
         EXPECT_EQ(shown, after) << mode;

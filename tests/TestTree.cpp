@@ -161,7 +161,8 @@ bool Exists(const std::string& path) {
 }
 
 bool EndsWith(const std::string& s, const std::string& end) {
-    return s.size() >= end.size() && strcasecmp(s.c_str() + s.size() - end.size(), end.c_str()) == 0;
+    return s.size() >= end.size() &&
+           strcasecmp(s.c_str() + s.size() - end.size(), end.c_str()) == 0;
 }
 
 void TestTree::Folder(std::initializer_list<std::string> relatives) const {

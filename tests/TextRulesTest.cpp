@@ -13,23 +13,29 @@
 namespace {
 
 TEST(PathText, NamesAndPaths) {
+    // clang-format off
     const std::pair<const char*, const char*> extensions[] = {
         {"a.txt", ".txt"}, {"a", ""}, {".bashrc", ".bashrc"}, {"a.b.c", ".c"},
         {"a.", "."},       {"", ""},  {"x.TAR.GZ", ".GZ"},    {"caf\xe9.d\xe9", ".d\xe9"}};
+    // clang-format on
     for (const auto& [name, extension] : extensions) {
         EXPECT_EQ(ExtensionOf(name), extension) << name;
     }
+    // clang-format off
     const std::pair<const char*, const char*> lowered[] = {
         {".TXT", ".txt"},
         {"\xc3\x84\xc3\x96.\xc3\x9c", "\xc3\xa4\xc3\xb6.\xc3\xbc"}, // ÄÖ.Ü
         {"\xff\xfe" "A", "\xff\xfe" "a"},                          // bytes that are not UTF-8 stay
         {"\xc3" "A", "\xc3" "a"}};                                 // a lead byte alone
+    // clang-format on
     for (const auto& [name, lower] : lowered) {
         EXPECT_EQ(LowerCaseName(name), lower);
     }
+    // clang-format off
     const std::pair<const char*, const char*> parents[] = {
         {"/home/ann/docs/", "/home/ann/"}, {"/home/ann/docs", "/home/ann/"}, {"/home", "/"},
         {"/", "/"}, {"docs/x", "docs/"}, {"docs", ""}};
+    // clang-format on
     for (const auto& [path, parent] : parents) {
         EXPECT_EQ(ParentFolder(path), parent) << path;
     }
@@ -37,10 +43,12 @@ TEST(PathText, NamesAndPaths) {
     EXPECT_EQ(WithTrailingSlash("/tmp/"), "/tmp/");
     EXPECT_EQ(WithTrailingSlash(""), "");
     // Values go in once, as bytes: a "%2" inside a path stays, an unknown or lone "%" too.
+    // clang-format off
     const std::pair<const char*, const char*> filled[] = {
         {"Cannot write %1: %2", "Cannot write /a%2\xff: full"},
         {"%2 before %1", "full before /a%2\xff"},
         {"100% %3 %", "100% %3 %"}};
+    // clang-format on
     for (const auto& [pattern, text] : filled) {
         EXPECT_EQ(FillIn(pattern, {"/a%2\xff", "full"}), text) << pattern;
     }
@@ -49,9 +57,11 @@ TEST(PathText, NamesAndPaths) {
 }
 
 TEST(PathText, EveryInvalidByteIsOneCharacter) {
+    // clang-format off
     const std::pair<const char*, size_t> cases[] = {
         {"abc", 3}, {"\xc3\xa4", 1}, {"\xf0\x9f\x98\x80", 1}, {"\xc0\xaf", 2} /* overlong */,
         {"\xed\xa0\x80", 3} /* surrogate */, {"\xe2\x82", 2} /* cut short */, {"\xff\xfe", 2}};
+    // clang-format on
     for (const auto& [text, characters] : cases) {
         const std::string_view view(text);
         size_t pos = 0, count = 0;
@@ -86,6 +96,7 @@ TEST(SortStrings, SortsByBytesAscending) {
 TEST(SearchStatus, TheTextsOfASearch) {
     // Objects, Matched, Done and the nothing-found message are seen through the window and the
     // command line.
+    // clang-format off
     const std::pair<QString, QString> texts[] = {
         {ElapsedText(0.0f), "Elapsed: 0.00  seconds"},
         {ElapsedText(59.98f), "Elapsed: 59.98  seconds"},
@@ -95,6 +106,7 @@ TEST(SearchStatus, TheTextsOfASearch) {
         {FolderMessageTexts("photos", 12345, 7).part0, "Searching photos "},
         {FolderMessageTexts("photos", 12345, 7).part1, " Objects: 12,345"},
         {FolderMessageTexts("photos", 12345, 7).part2, " Matched: 7"}};
+    // clang-format on
     for (const auto& [actual, expected] : texts) {
         EXPECT_EQ(actual, expected);
     }

@@ -78,7 +78,8 @@ TEST_F(WindowCommandsTest, InTheFoldersViewDeleteTakesTheFolderThenRescans) {
     profile->Settings().AutoRescanAfterAction = true;
     Find<QCheckBox>("chkOpts_1")->click();
     Search(tree.Root(), "*");
-    const int old = static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path("old"))));
+    const int old =
+        static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path("old"))));
     ASSERT_GE(old, 0);
     SelectRows({old});
     Key(Find<QTreeView>("List1"), Qt::Key_Delete);
@@ -101,7 +102,8 @@ TEST_F(WindowCommandsTest, CopyAsksThenPicksTheDestinationAndListsTheDuplicates)
     prompts.modals.push_back([&](QDialog* dialog) {
         const auto* list = dialog->findChild<QTableWidget*>("ListView1");
         EXPECT_EQ(list->columnCount(), 5);
-        EXPECT_TRUE(Cells(list)[0].startsWith("a.txt | ") && Cells(list)[0].endsWith(" | duplicate file"));
+        EXPECT_TRUE(Cells(list)[0].startsWith("a.txt | ") &&
+                    Cells(list)[0].endsWith(" | duplicate file"));
         return 0;
     });
     Action("Copy...")->trigger();
@@ -140,16 +142,16 @@ TEST_F(WindowCommandsTest, TheNotProcessedListOfACopyAndItsRememberedView) {
     const std::vector<SkippedItem> items = {
         {0, tree.Path("src/dup.txt"), 0, "duplicate file", tree.Path("dst/dup.txt"), ""},
         {1, tree.Path("src/gone.txt"), 0, "source file not found", tree.Path("dst/gone.txt"), ""}};
-    const QString shown = QLocale::system().toString(
-        QDateTime::fromSecsSinceEpoch(1700000000), QLocale::ShortFormat);
+    const QString shown =
+        QLocale::system().toString(QDateTime::fromSecsSinceEpoch(1700000000), QLocale::ShortFormat);
     {
         dlgCopyErr dialog(*profile, prompts, desktop);
         dialog.Create(PendingAction::CopyFiles);
         dialog.AddItems(items);
         dialog.CreateFinalize();
-        EXPECT_EQ(Headers(dialog.List()), QStringList({"Source File", "Source Path",
-                                                       "Source Date/Time", "Target Date/Time",
-                                                       "Status"}));
+        EXPECT_EQ(Headers(dialog.List()),
+                  QStringList({"Source File", "Source Path", "Source Date/Time", "Target Date/Time",
+                               "Status"}));
         const QStringList rows = Cells(dialog.List());
         EXPECT_TRUE(rows[0].startsWith("dup.txt | ")) << rows[0].toStdString();
         EXPECT_TRUE(rows[0].endsWith(" | " + shown + " | duplicate file")) << rows[0].toStdString();

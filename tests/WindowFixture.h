@@ -11,10 +11,10 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QTreeView>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QTreeView>
 #include <gtest/gtest.h>
 #include <memory>
 

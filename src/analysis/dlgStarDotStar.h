@@ -26,8 +26,8 @@ public:
     enum Command { Export = 0, View = 1, Close = 2, Report = 3 };
     static constexpr int kMaxViews = 30;
 
-    dlgStarDotStar(FileDataArray& store, modPProfile& profile, Prompts& prompts,
-                   Progress& progress, EventYield& yield, QWidget* parent = nullptr);
+    dlgStarDotStar(FileDataArray& store, modPProfile& profile, Prompts& prompts, Progress& progress,
+                   EventYield& yield, QWidget* parent = nullptr);
 
     // Counts the store (once per dialog) and fills the list for a filter index.
     void CreateMaskArrayCountSR(int filterIndex);

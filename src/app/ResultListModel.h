@@ -1,8 +1,9 @@
 #pragma once
 
+#include "search/FileDataArray.h"
+
 #include <QAbstractTableModel>
 #include <QStringList>
-#include "search/FileDataArray.h"
 #include <cstdint>
 #include <vector>
 
@@ -52,7 +53,9 @@ public:
 
 private:
     // The place in the result view of a row of the list.
-    size_t ViewRow(int row) const { return order_.empty() ? static_cast<size_t>(row) : order_[static_cast<size_t>(row)]; }
+    size_t ViewRow(int row) const {
+        return order_.empty() ? static_cast<size_t>(row) : order_[static_cast<size_t>(row)];
+    }
     void Order();
 
     const FileDataArray& store_;

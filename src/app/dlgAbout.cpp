@@ -99,8 +99,7 @@ QString dlgAbout::MemoryText(const QString& meminfoPath) {
         return tr("Physical memory: unknown");
     }
     const auto gib = [](qint64 kib) { return QString::number(kib / 1048576.0, 'f', 1); };
-    return availableKiB < 0
-               ? tr("Physical memory: %1 GiB").arg(gib(totalKiB))
-               : tr("Physical memory: %1 GiB, of which %2 GiB available")
-                     .arg(gib(totalKiB), gib(availableKiB));
+    return availableKiB < 0 ? tr("Physical memory: %1 GiB").arg(gib(totalKiB))
+                            : tr("Physical memory: %1 GiB, of which %2 GiB available")
+                                  .arg(gib(totalKiB), gib(availableKiB));
 }

@@ -284,10 +284,10 @@ bool DeleteFolder(const std::string& folder, CommandContext& context) {
     return reason.empty();
 }
 
-std::optional<std::string> PrepareCopy(PendingAction command,
-                                       const std::vector<std::string>& selected,
-                                       CommandContext& context,
-                                       const std::function<std::string(modBrowse::PickPurpose)>& pick) {
+std::optional<std::string>
+PrepareCopy(PendingAction command, const std::vector<std::string>& selected,
+            CommandContext& context,
+            const std::function<std::string(modBrowse::PickPurpose)>& pick) {
     if (selected.empty() || !ConfirmAction(command, selected, context.settings, context.prompts)) {
         return std::nullopt;
     }
@@ -334,7 +334,8 @@ void CopyItem(size_t slot, const SelectedItem& item, const CopyTarget& into,
     const auto skip = [&](const std::string& remark, const std::string& target,
                           const std::string& reason) {
         ++outcome.skipped;
-        outcome.notProcessed.push_back({slot, item.path, item.lastWriteTime, remark, target, reason});
+        outcome.notProcessed.push_back(
+            {slot, item.path, item.lastWriteTime, remark, target, reason});
     };
     const ItemAt source = OpenItem(item.path);
     struct stat st {};

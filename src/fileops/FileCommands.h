@@ -82,10 +82,10 @@ bool PrepareDelete(PendingAction command, const std::vector<std::string>& select
 // `PrepareAction` for copies and moves: the question, then the destination picked for the
 // command's purpose (`pick`: "" when cancelled), which must be an existing folder; then the window
 // prepared. The destination without a trailing "/", or nothing when the command ends.
-std::optional<std::string> PrepareCopy(PendingAction command,
-                                       const std::vector<std::string>& selected,
-                                       CommandContext& context,
-                                       const std::function<std::string(modBrowse::PickPurpose)>& pick);
+std::optional<std::string>
+PrepareCopy(PendingAction command, const std::vector<std::string>& selected,
+            CommandContext& context,
+            const std::function<std::string(modBrowse::PickPurpose)>& pick);
 
 struct DeleteOutcome {
     bool changed = false;

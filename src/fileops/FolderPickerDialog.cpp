@@ -83,7 +83,6 @@ void FolderPickerDialog::SetUpTree(const FolderRequest& request) {
     if (!request.start.empty()) {
         Show(QFile::decodeName(QByteArray::fromStdString(request.start)));
     }
-
 }
 
 // The places beside the tree: a click shows that folder in the tree and selects it.

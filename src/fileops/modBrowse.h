@@ -55,7 +55,8 @@ std::string PickFolder(PickPurpose purpose, bool remember, const std::string& ro
                        modPProfile& profile, Prompts& prompts);
 
 // `RememberPickedFolder`: stores a non-empty path under its purpose's key (purposes 2 and 3
-// share one: the copies of a folder and of its contents), and the purpose under LastCfmBrowseID, whatever its number.
+// share one: the copies of a folder and of its contents), and the purpose under LastCfmBrowseID,
+// whatever its number.
 void RememberPickedFolder(PickPurpose purpose, const std::string& path, modPProfile& profile);
 
 } // namespace modBrowse

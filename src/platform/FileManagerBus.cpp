@@ -16,9 +16,9 @@ bool AskFileManager(const char* method, const std::string& uri) {
     if (!registered.value() && !(activatable.isValid() && activatable.value().contains(service))) {
         return false;
     }
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        service, QStringLiteral("/org/freedesktop/FileManager1"), service,
-        QString::fromLatin1(method));
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(service, QStringLiteral("/org/freedesktop/FileManager1"),
+                                       service, QString::fromLatin1(method));
     call << QStringList{QString::fromLatin1(uri.c_str())} << QString();
     const QDBusMessage reply = bus.call(call, QDBus::Block, 5000);
     return reply.type() == QDBusMessage::ReplyMessage;

@@ -149,7 +149,8 @@ FileDataEntry FileDataArray::operator[](int32_t index) const {
     e.store = this;
     e.folder = r.folder;
     if (r.folder != kNoFolder) {
-        e.LastWriteTime = static_cast<int64_t>((static_cast<uint64_t>(r.timeHigh) << 32) | r.timeLow);
+        e.LastWriteTime =
+            static_cast<int64_t>((static_cast<uint64_t>(r.timeHigh) << 32) | r.timeLow);
         e.name = Text((static_cast<uint64_t>(r.extension >> 24) << 32) | r.nameLow);
         e.extension = extensions_[r.extension & kExtensionMask];
     }

@@ -73,7 +73,9 @@ public:
     void SetExtension(int32_t index, std::string_view extension);
     // The number the store gives an extension, -1 when no record has it; records compare fast.
     int64_t ExtensionNumber(std::string_view extension) const;
-    uint32_t ExtensionNumberOf(int32_t index) const { return Slot(index).extension & kExtensionMask; }
+    uint32_t ExtensionNumberOf(int32_t index) const {
+        return Slot(index).extension & kExtensionMask;
+    }
 
     std::string_view Remark(int32_t index) const;
     std::string_view RemarkDate(int32_t index) const;

@@ -310,7 +310,8 @@ QWidget* dlgPreferences::MasksTab() {
                       0, 0, 1, 2);
     lstMasks = new QListWidget(tab);
     lstMasks->setObjectName("lstMasks");
-    connect(lstMasks, &QListWidget::itemDoubleClicked, this, [this] { MaskCommand(MaskButton::Select); });
+    connect(lstMasks, &QListWidget::itemDoubleClicked, this,
+            [this] { MaskCommand(MaskButton::Select); });
     txtMask = new QLineEdit(tab);
     txtMask->setObjectName("txtMask");
     txtMask->installEventFilter(this);
@@ -320,12 +321,14 @@ QWidget* dlgPreferences::MasksTab() {
     for (int i = 0; i < 5; ++i) {
         cmdMasks[i] = new QPushButton(tr(captions[i]), tab);
         cmdMasks[i]->setObjectName(QStringLiteral("cmdMasks_%1").arg(i));
-        connect(cmdMasks[i], &QPushButton::clicked, this, [this, i] { MaskCommand(static_cast<MaskButton>(i)); });
+        connect(cmdMasks[i], &QPushButton::clicked, this,
+                [this, i] { MaskCommand(static_cast<MaskButton>(i)); });
         buttons->addWidget(cmdMasks[i]);
     }
     buttons->addStretch(1);
-    connect(txtMask, &QLineEdit::textChanged, this,
-            [this](const QString& text) { cmdMasks[static_cast<size_t>(MaskButton::Add)]->setEnabled(!text.isEmpty()); });
+    connect(txtMask, &QLineEdit::textChanged, this, [this](const QString& text) {
+        cmdMasks[static_cast<size_t>(MaskButton::Add)]->setEnabled(!text.isEmpty());
+    });
     cmdMasks[static_cast<size_t>(MaskButton::Add)]->setEnabled(false);
     chkMaskAppend = new QCheckBox(tr("Append new entries to existing mask"), tab);
     chkMaskAppend->setObjectName("chkMaskAppend");

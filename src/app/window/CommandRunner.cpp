@@ -116,8 +116,7 @@ void CommandRunner::Ended() {
     window_.SetBusy(false);
 }
 
-void CommandRunner::ShowNotProcessed(PendingAction command,
-                                     const std::vector<SkippedItem>& items) {
+void CommandRunner::ShowNotProcessed(PendingAction command, const std::vector<SkippedItem>& items) {
     dlgCopyErr dialog(shared_.profile, shared_.prompts, shared_.desktop, &window_);
     dialog.Create(command);
     dialog.AddItems(items);
@@ -148,8 +147,8 @@ std::optional<std::string>
 CommandRunner::PrepareCopyCommand(PendingAction command, const std::vector<std::string>& selected,
                                   CommandContext& context) {
     return PrepareCopy(command, selected, context, [this](modBrowse::PickPurpose purpose) {
-        return modBrowse::PickFolder(purpose, true, window_.Request().StartPath(),
-                                     shared_.profile, shared_.prompts);
+        return modBrowse::PickFolder(purpose, true, window_.Request().StartPath(), shared_.profile,
+                                     shared_.prompts);
     });
 }
 

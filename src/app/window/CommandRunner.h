@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QCoreApplication>
 #include "fileops/FileCommands.h"
 
+#include <QCoreApplication>
 #include <optional>
 #include <string>
 #include <vector>

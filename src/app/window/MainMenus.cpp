@@ -169,12 +169,12 @@ void MainMenus::BuildListPopup() {
                      {"mnuListPop_3", nullptr}});
     QMenu* sendTo = listPopup_->addMenu(tr("Send To"));
     sendTo->menuAction()->setObjectName("mnuListPop_4");
-    Add(sendTo, {{"mnuListSendTo_0", QT_TR_NOOP("New Tab"), {}, Needs::Nothing, {}, true},
-                 {"mnuListSendTo_1", nullptr, {}, Needs::Nothing, {}, true},
-                 {"mnuListSendTo_2", QT_TR_NOOP("File..."),
-                  [&selection] { selection.SaveResultList(); }},
-                 {"mnuListSendTo_3", QT_TR_NOOP("Clipboard as Name"),
-                  [&selection] { selection.CopySelectionToClipboard(); }}});
+    Add(sendTo,
+        {{"mnuListSendTo_0", QT_TR_NOOP("New Tab"), {}, Needs::Nothing, {}, true},
+         {"mnuListSendTo_1", nullptr, {}, Needs::Nothing, {}, true},
+         {"mnuListSendTo_2", QT_TR_NOOP("File..."), [&selection] { selection.SaveResultList(); }},
+         {"mnuListSendTo_3", QT_TR_NOOP("Clipboard as Name"),
+          [&selection] { selection.CopySelectionToClipboard(); }}});
     Add(listPopup_,
         {{"mnuListPop_5", QT_TR_NOOP("Filter"), [&types] { types.FilterOnCurrentType(); }},
          {"mnuListPop_6", QT_TR_NOOP("Filter on Multiple Types..."),
@@ -219,10 +219,10 @@ void MainMenus::BuildFolderPopup() {
          {"mnuFolderPopup_6", nullptr}});
     QMenu* sendTo = folderPopup_->addMenu(tr("Send To"));
     sendTo->menuAction()->setObjectName("mnuFolderPopup_7");
-    Add(sendTo, {{"mnuFolderSendTo_0", QT_TR_NOOP("File..."),
-                  [&selection] { selection.SaveResultList(); }},
-                 {"mnuFolderSendTo_1", QT_TR_NOOP("Clipboard as Name"),
-                  [&selection] { selection.CopySelectionToClipboard(); }}});
+    Add(sendTo,
+        {{"mnuFolderSendTo_0", QT_TR_NOOP("File..."), [&selection] { selection.SaveResultList(); }},
+         {"mnuFolderSendTo_1", QT_TR_NOOP("Clipboard as Name"),
+          [&selection] { selection.CopySelectionToClipboard(); }}});
     Add(folderPopup_,
         {{"mnuFolderPopup_8", QT_TR_NOOP("Explore"), [&selection] { selection.OpenSelected(); }},
          {"mnuFolderPopup_9", nullptr},

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QCoreApplication>
 #include "app/ResultViews.h"
 #include "fileops/FileCommands.h"
 
+#include <QCoreApplication>
 #include <QString>
 #include <string>
 #include <string_view>

@@ -134,9 +134,10 @@ void SearchController::ShowMatches() {
     const bool foldersOnly = shared_.session.Options().FoldersOnly;
     // The caption and tag while the list loads; ShowSearchResults adds the count.
     results.SetTabText(0, tr("All Results (%1)").arg(mask));
-    results.SetResultType(foldersOnly ? tr("Results (folders only)")
-                                      : tr("%1 files ").arg(QString(mask).replace(
-                                            QLatin1Char(';'), QLatin1Char(' '))));
+    results.SetResultType(
+        foldersOnly
+            ? tr("Results (folders only)")
+            : tr("%1 files ").arg(QString(mask).replace(QLatin1Char(';'), QLatin1Char(' '))));
     results.ShowPlaceholder(tr("formatting..."));
     shared_.session.CloseStore();
     const int32_t matched = shared_.session.Counters().MatchedCount;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QCoreApplication>
 #include "search/SearchSession.h"
 
+#include <QCoreApplication>
 #include <QString>
 #include <array>
 #include <string>

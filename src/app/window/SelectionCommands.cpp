@@ -33,9 +33,8 @@ void SelectionCommands::OpenSelectedWithNotepad() {
 
 void SelectionCommands::OpenSelectedWithDialog() {
     if (!shared_.busy) {
-        modShell::ShellOpenWithDialog(window_.Results().SelectedPaths(),
-                                      shared_.profile.Settings(), shared_.prompts,
-                                      shared_.desktop);
+        modShell::ShellOpenWithDialog(window_.Results().SelectedPaths(), shared_.profile.Settings(),
+                                      shared_.prompts, shared_.desktop);
     }
 }
 
@@ -76,8 +75,8 @@ void SelectionCommands::SaveResultList() {
     }
     window_.SetBusy(true);
     bool entireList = true;
-    const std::string path = modFileDialog::AskForOutputFile(shared_.prompts, shared_.profile,
-                                                             true, entireList, "", true);
+    const std::string path = modFileDialog::AskForOutputFile(shared_.prompts, shared_.profile, true,
+                                                             entireList, "", true);
     if (!path.empty()) {
         const std::string error = WriteLines(path, window_.Results().RowPaths(!entireList),
                                              shared_.profile.Settings().QSSortResultsOnSave);
@@ -127,7 +126,7 @@ void SelectionCommands::CopySelectionToClipboard() {
     if (selected > kClipboardLimit) {
         shared_.prompts.Message(
             tr("Over 1000 items have been selected, which can seriously degrade system "
-                        "performance. Please select less than 1000 items or save to file."),
+               "performance. Please select less than 1000 items or save to file."),
             MessageIcon::Critical, MessageButtons::Ok);
         return;
     }

@@ -30,23 +30,21 @@ bool TypeCommands::CountTypes() {
     if (shared_.session.Store().UBound() < 0) {
         shared_.prompts.Message(
             tr("Critical Error - the file data array is empty; this function is "
-                        "unavailable. Please restart the application to avoid corrupted "
-                        "reports."),
+               "unavailable. Please restart the application to avoid corrupted "
+               "reports."),
             MessageIcon::Critical, MessageButtons::Ok);
         return false;
     }
     QApplication::setOverrideCursor(Qt::WaitCursor);
     // Two passes over the store, each stepped about twenty times.
     shared_.progress->Create(1, 42, false);
-    census_ = std::make_unique<dlgStarDotStar>(shared_.session.Store(), shared_.profile,
-                                               shared_.prompts, *shared_.progress, shared_.yield,
-                                               &window_);
+    census_ =
+        std::make_unique<dlgStarDotStar>(shared_.session.Store(), shared_.profile, shared_.prompts,
+                                         *shared_.progress, shared_.yield, &window_);
     census_->CreateMaskArrayCountSR(0);
-    census_->SetupControls(
-        tr("File Types in %1").arg(window_.Results().Views()[0].caption),
-        static_cast<int>(census_->CensusData().Hidden().size()));
-    census_->SetSearchData(window_.Request().StartPath(),
-                           window_.Request().Mask().toStdString());
+    census_->SetupControls(tr("File Types in %1").arg(window_.Results().Views()[0].caption),
+                           static_cast<int>(census_->CensusData().Hidden().size()));
+    census_->SetSearchData(window_.Request().StartPath(), window_.Request().Mask().toStdString());
     QApplication::restoreOverrideCursor();
     return true;
 }
@@ -80,8 +78,7 @@ void TypeCommands::CreateTypeViews(const SelectedTypeArray& types) {
     int lastNew = -1;
     ResultPane& results = window_.Results();
     for (const SelectedTypeEntry& type : types) {
-        progress.SetMessage(
-            tr("Processing... %1").arg(QString::fromStdString(type.Extension)));
+        progress.SetMessage(tr("Processing... %1").arg(QString::fromStdString(type.Extension)));
         progress.Update(1);
         const int tab = results.Views().AddTypeView(type.Extension, type.FileCount,
                                                     [this] { shared_.yield.Yield(); });

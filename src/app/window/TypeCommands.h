@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QCoreApplication>
 #include "analysis/Census.h"
 
+#include <QCoreApplication>
 #include <memory>
 
 class dlgStarDotStar;
