@@ -117,8 +117,8 @@ TEST(MaskDialogs, TheirTextsAndTheMasksTheyBuild) {
         registered.PrefillList();
         registered.SetCurrentObjectMask(mask);
         prompts.modals.push_back([](QDialog*) { return static_cast<int>(QDialog::Accepted); });
-        registered.FilterMenu(3); // DOS extensions only,
-        registered.FilterMenu(0); // and back
+        registered.FilterMenu(dlgRegFiles::FilterEntry::DosLength);     // DOS extensions only,
+        registered.FilterMenu(dlgRegFiles::FilterEntry::AllExtensions); // and back
         EXPECT_EQ(registered.CurrentObjectMask(), mask);
         QString picked;
         for (const QListWidgetItem* item :
@@ -139,7 +139,7 @@ TEST(MaskDialogs, TheirTextsAndTheMasksTheyBuild) {
         d->findChild<QCheckBox*>("chkReload")->setChecked(true);
         return static_cast<int>(QDialog::Accepted);
     });
-    registered.FilterMenu(3);
+    registered.FilterMenu(dlgRegFiles::FilterEntry::DosLength);
     EXPECT_TRUE(count().startsWith("&Registered File Extensions (dos) : "))
         << count().toStdString();
     EXPECT_EQ(profile.ProfileGetString("options", "RegFilesDosLength", ""), "3");

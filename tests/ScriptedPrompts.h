@@ -2,7 +2,7 @@
 
 #include "QtPrinters.h"
 #include "platform/Desktop.h"
-#include "platform/Prompts.h"
+#include "platform/WindowPrompts.h"
 
 #include <QStringList>
 #include <deque>
@@ -14,7 +14,7 @@
 // Answers every modal interaction from scripted queues and records what was asked, with the
 // exact text, icon and buttons. Strict: a dialog nobody scripted, an answer that is not one of
 // the box's buttons, or answers left over when it goes, fail the test.
-class ScriptedPrompts : public Prompts {
+class ScriptedPrompts : public WindowPrompts {
 public:
     struct Asked {
         QString text;

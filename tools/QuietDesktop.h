@@ -4,14 +4,21 @@
 // person (and, with NoDesktop, of a desktop): nothing waits, nothing is launched.
 
 #include "platform/Desktop.h"
-#include "platform/Prompts.h"
+#include "platform/WindowPrompts.h"
 
 #include <cstdio>
 
 // Answers every message with its first button and tells it on standard error; declines every
 // dialog.
-class SilentPrompts : public NobodyToAsk {
+class SilentPrompts : public WindowPrompts {
 public:
+    std::string PickFolder(const FolderRequest&) override { return {}; }
+    SaveAnswer SaveFile(const SaveRequest&) override { return {}; }
+    OpenWithAnswer ChooseApplication(const OpenWithRequest&) override { return {}; }
+    void ShowFileProperties(const std::string&) override {}
+    std::optional<int32_t> ChooseColor(int32_t, std::array<int32_t, 16>&) override { return {}; }
+    ConflictAnswer AskConflict(const QString&) override { return {ConflictChoice::Skip, true}; }
+    int ShowModal(QDialog*) override { return 0; }
     MessageAnswer Message(const QString& text, MessageIcon, MessageButtons buttons,
                           const QString&) override {
         std::fprintf(stderr, "message: %s\n", text.toUtf8().constData());

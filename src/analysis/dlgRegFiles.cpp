@@ -3,7 +3,7 @@
 #include "analysis/CompoundMask.h"
 #include "analysis/LetterMenu.h"
 #include "analysis/dlgDosLen.h"
-#include "platform/Prompts.h"
+#include "platform/WindowPrompts.h"
 #include "settings/modPProfile.h"
 
 #include <QActionGroup>
@@ -19,7 +19,7 @@ namespace {
 constexpr const char* kDosLengthKey = "RegFilesDosLength";
 } // namespace
 
-dlgRegFiles::dlgRegFiles(modPProfile& profile, Prompts& prompts, QWidget* parent)
+dlgRegFiles::dlgRegFiles(modPProfile& profile, WindowPrompts& prompts, QWidget* parent)
     : QDialog(parent), profile_(profile), prompts_(prompts) {
     setObjectName("dlgRegFiles");
     setWindowTitle(tr("Registered File Types"));
@@ -39,7 +39,8 @@ dlgRegFiles::dlgRegFiles(modPProfile& profile, Prompts& prompts, QWidget* parent
             filter->addSeparator();
             continue;
         }
-        mnuFilter[i] = filter->addAction(captions[i], this, [this, i] { FilterMenu(i); });
+        mnuFilter[i] = filter->addAction(captions[i], this,
+                                         [this, i] { FilterMenu(static_cast<FilterEntry>(i)); });
         mnuFilter[i]->setObjectName(QStringLiteral("mnuFilter_%1").arg(i));
         if (i < 2) {
             mnuFilter[i]->setCheckable(true);
@@ -82,8 +83,10 @@ void dlgRegFiles::PrefillList() {
     lstExtensions->clear();
     lstSelected->clear();
     for (const RegisteredType& type : RegisteredTypes(dosOnly_ ? dosLength_ : 0)) {
-        lstExtensions->addItem(QString::fromStdString(type.extension) + QStringLiteral("\t\t") +
-                               type.name);
+        const QString extension = QString::fromStdString(type.extension);
+        auto* row = new QListWidgetItem(extension + QStringLiteral("\t\t") + type.name);
+        row->setData(ExtensionRole, extension);
+        lstExtensions->addItem(row);
     }
     lbExtensionCount->setText((dosOnly_ ? tr("&Registered File Extensions (dos) : ")
                                         : tr("&Registered File Extensions (all) : ")) +
@@ -105,7 +108,7 @@ void dlgRegFiles::Select(const std::vector<QString>& extensions) {
         for (const QString& extension : extensions) {
             // The first line that begins with it, as the list is sorted.
             for (int row = 0; row < lstExtensions->count(); ++row) {
-                if (lstExtensions->item(row)->text().startsWith(extension, Qt::CaseInsensitive)) {
+                if (Extension(row).startsWith(extension, Qt::CaseInsensitive)) {
                     lstExtensions->item(row)->setSelected(true);
                     break;
                 }
@@ -119,17 +122,21 @@ void dlgRegFiles::MirrorSelection() {
     lstSelected->clear();
     for (int row = 0; row < lstExtensions->count(); ++row) {
         if (lstExtensions->item(row)->isSelected()) {
-            lstSelected->addItem(lstExtensions->item(row)->text().section(QLatin1Char('\t'), 0, 0));
+            lstSelected->addItem(Extension(row));
         }
     }
+}
+
+QString dlgRegFiles::Extension(int row) const {
+    return lstExtensions->item(row)->data(ExtensionRole).toString();
 }
 
 QString dlgRegFiles::CurrentObjectMask() const {
     return txtObjMask->text();
 }
 
-void dlgRegFiles::FilterMenu(int index) {
-    if (index == 3) {
+void dlgRegFiles::FilterMenu(FilterEntry entry) {
+    if (entry == FilterEntry::DosLength) {
         dlgDosLen dialog(this);
         dialog.InitDialog(dosLength_);
         if (prompts_.ShowModal(&dialog) != QDialog::Accepted) {
@@ -139,14 +146,14 @@ void dlgRegFiles::FilterMenu(int index) {
         if (dialog.KeepLength()) {
             profile_.ProfileSetOptionsKey(kDosLengthKey, std::to_string(dosLength_));
         }
-        index = 1;
+        entry = FilterEntry::DosOnly;
         dosOnly_ = false; // refilled below in DOS-only mode
     }
-    if (index > 1 || (index == 1) == dosOnly_) {
+    if ((entry == FilterEntry::DosOnly) == dosOnly_) {
         return;
     }
-    dosOnly_ = index == 1;
-    mnuFilter[index]->setChecked(true);
+    dosOnly_ = entry == FilterEntry::DosOnly;
+    mnuFilter[static_cast<size_t>(entry)]->setChecked(true);
     // The mask stays, and what it names is selected again where the other list holds it.
     const QString mask = txtObjMask->text();
     PrefillList();
@@ -157,11 +164,9 @@ void dlgRegFiles::CommandMask() {
     QString mask;
     lstSelected->clear();
     for (int row = 0; row < lstExtensions->count(); ++row) {
-        const QString line = lstExtensions->item(row)->text();
-        const qsizetype tab = line.indexOf(QLatin1Char('\t'));
-        if (lstExtensions->item(row)->isSelected() && tab >= 0) {
-            mask += QLatin1Char('*') + line.left(tab) + QStringLiteral("; ");
-            lstSelected->addItem(line.left(tab));
+        if (lstExtensions->item(row)->isSelected()) {
+            mask += QLatin1Char('*') + Extension(row) + QStringLiteral("; ");
+            lstSelected->addItem(Extension(row));
         }
     }
     txtObjMask->setText(mask);

@@ -4,7 +4,7 @@
 #include <vector>
 
 class LetterMenu;
-class Prompts;
+class WindowPrompts;
 class QAction;
 class QLabel;
 class QLineEdit;
@@ -17,7 +17,7 @@ class modPProfile;
 class dlgRegFiles : public QDialog {
     Q_OBJECT
 public:
-    dlgRegFiles(modPProfile& profile, Prompts& prompts, QWidget* parent = nullptr);
+    dlgRegFiles(modPProfile& profile, WindowPrompts& prompts, QWidget* parent = nullptr);
 
     // Fills the list in the current mode and sets the count label.
     void PrefillList();
@@ -25,20 +25,24 @@ public:
     void SetCurrentObjectMask(const QString& mask);
     // The mask built from the selection.
     QString CurrentObjectMask() const;
-    // The Filter menu: 0 all extensions, 1 DOS extensions only, 3 the DOS length.
-    void FilterMenu(int index);
+    // The Filter menu's entries, by their numbers (2 is the line between them).
+    enum class FilterEntry { AllExtensions = 0, DosOnly = 1, DosLength = 3 };
+    void FilterMenu(FilterEntry entry);
+    // A row's extension, as the desktop names it (".txt").
+    static constexpr int ExtensionRole = Qt::UserRole + 1;
     bool DosOnly() const { return dosOnly_; }
     int DosLength() const { return dosLength_; }
 
 private:
     void CommandMask();
+    QString Extension(int row) const;
     // Selects the first line beginning with each text, without building the mask from them.
     void Select(const std::vector<QString>& extensions);
     // Shows the picked extensions in the second list.
     void MirrorSelection();
 
     modPProfile& profile_;
-    Prompts& prompts_;
+    WindowPrompts& prompts_;
     bool dosOnly_ = false;
     int dosLength_;
     QListWidget* lstExtensions;

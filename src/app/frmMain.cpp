@@ -3,7 +3,7 @@
 #include "app/AppIcon.h"
 #include "fileops/dlgProgress.h"
 #include "platform/CancelFlag.h"
-#include "platform/Prompts.h"
+#include "platform/WindowPrompts.h"
 #include "settings/dlgPreferences.h"
 #include "settings/modPProfile.h"
 
@@ -55,7 +55,7 @@ private:
 
 } // namespace
 
-frmMain::frmMain(modPProfile& profile, Prompts& prompts, Desktop& desktop, CancelFlag& cancel,
+frmMain::frmMain(modPProfile& profile, WindowPrompts& prompts, Desktop& desktop, CancelFlag& cancel,
                  QWidget* parent)
     : QMainWindow(parent), shared_(profile, prompts, desktop, cancel), request_(*this, shared_),
       search_(*this, shared_), results_(*this, shared_), types_(*this, shared_),

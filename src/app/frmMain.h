@@ -23,7 +23,7 @@ enum class PreferencesTab;
 class frmMain : public QMainWindow {
     Q_OBJECT
 public:
-    frmMain(modPProfile& profile, Prompts& prompts, Desktop& desktop, CancelFlag& cancel,
+    frmMain(modPProfile& profile, WindowPrompts& prompts, Desktop& desktop, CancelFlag& cancel,
             QWidget* parent = nullptr);
     ~frmMain() override;
 

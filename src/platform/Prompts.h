@@ -8,8 +8,6 @@
 #include <string>
 #include <vector>
 
-class QDialog;
-
 enum class MessageIcon { None, Information, Warning, Critical, Question };
 // The buttons of a message box; the first is the default but where the name says otherwise.
 enum class MessageButtons { Ok, OkCancel, YesNo, YesNoCancel, YesNoDefaultNo };
@@ -98,8 +96,6 @@ public:
     virtual std::optional<int32_t> ChooseColor(int32_t bgr, std::array<int32_t, 16>& custom) = 0;
     // Skip, Replace or Cancel for a name already at a copy's target, with "for all remaining".
     virtual ConflictAnswer AskConflict(const QString& text) = 0;
-    // Shows a dialog modally and returns its result code.
-    virtual int ShowModal(QDialog* dialog) = 0;
 };
 
 // Prompts where nobody answers (the command line, the development tools): every dialog is
@@ -112,7 +108,6 @@ public:
     void ShowFileProperties(const std::string&) override {}
     std::optional<int32_t> ChooseColor(int32_t, std::array<int32_t, 16>&) override { return {}; }
     ConflictAnswer AskConflict(const QString&) override { return {ConflictChoice::Skip, true}; }
-    int ShowModal(QDialog*) override { return 0; }
 };
 
 // The application title, also the main window's caption: " Tallymoor", leading blank included.

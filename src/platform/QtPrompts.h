@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Prompts.h"
+#include "platform/WindowPrompts.h"
 
 #include <QCoreApplication>
 #include <QFontMetrics>
@@ -14,7 +14,7 @@ QString KeepPathsWhole(const QString& text, const QFontMetrics& metrics, int roo
 
 // The real dialogs. Each box belongs to the modal dialog the user is working in, else to the
 // window given by SetOwner, so that it stays above it and is placed over it.
-class QtPrompts : public Prompts {
+class QtPrompts : public WindowPrompts {
     Q_DECLARE_TR_FUNCTIONS(QtPrompts)
 
 public:

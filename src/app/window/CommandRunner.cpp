@@ -9,7 +9,7 @@
 #include "fileops/dlgCopyErr.h"
 #include "fileops/dlgProgress.h"
 #include "platform/CancelFlag.h"
-#include "platform/Prompts.h"
+#include "platform/WindowPrompts.h"
 #include "search/PathText.h"
 #include "search/SearchStatus.h"
 #include "settings/dlgPreferences.h"

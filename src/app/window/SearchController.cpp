@@ -7,7 +7,7 @@
 #include "app/window/TypeCommands.h"
 #include "app/window/WindowContext.h"
 #include "platform/CancelFlag.h"
-#include "platform/Prompts.h"
+#include "platform/WindowPrompts.h"
 #include "search/PathText.h"
 #include "search/SearchStatus.h"
 #include "settings/modPProfile.h"

@@ -3,7 +3,7 @@
 #include "app/frmMain.h"
 #include "app/window/WindowContext.h"
 #include "fileops/modBrowse.h"
-#include "platform/Prompts.h"
+#include "platform/WindowPrompts.h"
 #include "search/MaskRules.h"
 #include "search/PathText.h"
 #include "settings/SettingsLocation.h"

@@ -9,7 +9,7 @@
 #include "output/ClipboardExport.h"
 #include "output/ListSaving.h"
 #include "output/modFileDialog.h"
-#include "platform/Prompts.h"
+#include "platform/WindowPrompts.h"
 #include "settings/modPProfile.h"
 
 #include <QClipboard>

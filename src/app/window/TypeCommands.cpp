@@ -9,7 +9,7 @@
 #include "app/window/SearchRequest.h"
 #include "app/window/WindowContext.h"
 #include "fileops/dlgProgress.h"
-#include "platform/Prompts.h"
+#include "platform/WindowPrompts.h"
 #include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
 

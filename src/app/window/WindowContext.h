@@ -7,18 +7,19 @@
 
 class CancelFlag;
 class Desktop;
-class Prompts;
+class WindowPrompts;
 class dlgProgress;
 class modPProfile;
 
 // What the main window's parts share: the settings, the person and the desktop they reach, the
 // search with its store, the status line, and whether a search or a command holds the store.
 struct WindowContext {
-    WindowContext(modPProfile& profile, Prompts& prompts, Desktop& desktop, CancelFlag& cancel)
+    WindowContext(modPProfile& profile, WindowPrompts& prompts, Desktop& desktop,
+                  CancelFlag& cancel)
         : profile(profile), prompts(prompts), desktop(desktop), cancel(cancel) {}
 
     modPProfile& profile;
-    Prompts& prompts;
+    WindowPrompts& prompts;
     Desktop& desktop;
     CancelFlag& cancel;
     EventYield yield;
