@@ -1,6 +1,7 @@
 #include "app/Cli.h"
 #include "app/MainStartup.h"
 #include "platform/GioDesktop.h"
+#include "platform/UniqueFd.h"
 
 #include <QCoreApplication>
 #include <cerrno>
@@ -15,10 +16,11 @@ namespace {
 void OccupyClosedStandardStreams() {
     for (int fd = 0; fd <= 2; ++fd) {
         if (fcntl(fd, F_GETFD) == -1 && errno == EBADF) {
-            const int null = open("/dev/null", O_RDONLY);
-            if (null >= 0 && null != fd) {
-                dup2(null, fd);
-                close(null);
+            UniqueFd null(open("/dev/null", O_RDONLY));
+            if (null && null.Get() != fd) {
+                dup2(null.Get(), fd);
+            } else {
+                null.Release(); // it took the free slot itself: it stays open there
             }
         }
     }

@@ -237,14 +237,12 @@ int RemoveLeftoverTemporaries(const std::string& target) {
     if (!folder) {
         return 0;
     }
-    UniqueFd listing(fcntl(folder.Get(), F_DUPFD_CLOEXEC, 0));
-    DIR* dir = listing ? fdopendir(listing.Get()) : nullptr;
-    if (dir == nullptr) {
+    const DirStream dir = OpenDirStream(UniqueFd(fcntl(folder.Get(), F_DUPFD_CLOEXEC, 0)));
+    if (!dir) {
         return 0;
     }
-    listing.Release(); // the stream owns it now
     int removed = 0;
-    while (const dirent* entry = readdir(dir)) {
+    while (const dirent* entry = readdir(dir.get())) {
         const std::string name = entry->d_name;
         struct stat st {};
         if (name.size() == prefix.size() + kRandomPart &&
@@ -254,6 +252,5 @@ int RemoveLeftoverTemporaries(const std::string& target) {
             ++removed;
         }
     }
-    closedir(dir);
     return removed;
 }

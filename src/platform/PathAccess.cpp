@@ -78,19 +78,17 @@ bool StatItem(const std::string& path, struct stat& st) {
 
 std::vector<std::string> FolderNames(int folder) {
     std::vector<std::string> names;
-    UniqueFd fd(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    DIR* dir = fd ? fdopendir(fd.Get()) : nullptr;
-    if (dir == nullptr) {
+    const DirStream dir =
+        OpenDirStream(UniqueFd(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
+    if (!dir) {
         return names;
     }
-    fd.Release(); // the stream owns it now
-    while (const dirent* e = readdir(dir)) {
+    while (const dirent* e = readdir(dir.get())) {
         const std::string_view name = e->d_name;
         if (name != "." && name != "..") {
             names.emplace_back(name);
         }
     }
-    closedir(dir);
     return names;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <dirent.h>
+#include <memory>
 #include <unistd.h>
 #include <utility>
 
@@ -40,3 +42,18 @@ public:
 private:
     int fd_ = -1;
 };
+
+// A directory stream that closes itself, with the descriptor it was opened on.
+struct DirCloser {
+    void operator()(DIR* dir) const { closedir(dir); }
+};
+using DirStream = std::unique_ptr<DIR, DirCloser>;
+
+// A stream over the folder open as `fd`, which it then owns; empty (and `fd` closed) on failure.
+inline DirStream OpenDirStream(UniqueFd fd) {
+    DIR* dir = fd ? fdopendir(fd.Get()) : nullptr;
+    if (dir != nullptr) {
+        fd.Release();
+    }
+    return DirStream(dir);
+}

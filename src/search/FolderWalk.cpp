@@ -20,17 +20,16 @@ constexpr int kOpenDirFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 constexpr int kMostKeptLevels = 128;
 
 int CountOpenDescriptors() {
-    DIR* dir = opendir("/proc/self/fd");
-    if (dir == nullptr) {
+    const DirStream dir(opendir("/proc/self/fd"));
+    if (!dir) {
         return 3;
     }
     int count = -1; // the one reading the list
-    while (const dirent* entry = readdir(dir)) {
+    while (const dirent* entry = readdir(dir.get())) {
         if (entry->d_name[0] != '.') {
             ++count;
         }
     }
-    closedir(dir);
     return count;
 }
 
