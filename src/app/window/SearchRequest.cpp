@@ -23,14 +23,6 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-namespace {
-
-QString tr(const char* text) {
-    return tr(text);
-}
-
-} // namespace
-
 QLayout* SearchRequest::Build(QWidget* parent) {
     auto* rows = new QVBoxLayout;
     rows->setContentsMargins(0, 0, 0, 0);
