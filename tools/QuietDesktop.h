@@ -10,14 +10,8 @@
 
 // Answers every message with its first button and tells it on standard error; declines every
 // dialog.
-class SilentPrompts : public WindowPrompts {
+class SilentPrompts : public NobodyToAsk<WindowPrompts> {
 public:
-    std::string PickFolder(const FolderRequest&) override { return {}; }
-    SaveAnswer SaveFile(const SaveRequest&) override { return {}; }
-    OpenWithAnswer ChooseApplication(const OpenWithRequest&) override { return {}; }
-    void ShowFileProperties(const std::string&) override {}
-    std::optional<int32_t> ChooseColor(int32_t, std::array<int32_t, 16>&) override { return {}; }
-    ConflictAnswer AskConflict(const QString&) override { return {ConflictChoice::Skip, true}; }
     int ShowModal(QDialog*) override { return 0; }
     MessageAnswer Message(const QString& text, MessageIcon, MessageButtons buttons,
                           const QString&) override {

@@ -684,7 +684,7 @@ int PrintCensus(const Request& request, SearchSession& session, const CancelFlag
 }
 
 // Nobody to ask: a message goes to standard error, every question is declined.
-class Unattended : public NobodyToAsk {
+class Unattended : public NobodyToAsk<> {
 public:
     explicit Unattended(std::FILE* err) : err_(err) {}
     MessageAnswer Message(const QString& text, MessageIcon, MessageButtons buttons,

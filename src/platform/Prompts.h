@@ -100,7 +100,8 @@ public:
 
 // Prompts where nobody answers (the command line, the development tools): every dialog is
 // declined and every question skipped; only messages are left to say how they are told.
-class NobodyToAsk : public Prompts {
+// `Base` is Prompts or an interface that extends it.
+template <class Base = Prompts> class NobodyToAsk : public Base {
 public:
     std::string PickFolder(const FolderRequest&) override { return {}; }
     SaveAnswer SaveFile(const SaveRequest&) override { return {}; }
