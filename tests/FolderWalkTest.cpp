@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
@@ -16,6 +17,7 @@
 #include <random>
 #include <strings.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <tuple>
 #include <unistd.h>
@@ -55,6 +57,7 @@ struct Outcome {
     std::vector<std::string> paths;
     std::vector<std::string> extensions;
     std::vector<int64_t> times;
+    std::vector<int64_t> sizes;
     SearchCounters counters;
     int32_t upperBound = 0;
     bool rootWasFolder = false;
@@ -80,6 +83,7 @@ Outcome Search(const std::string& root, const SearchOptions& options,
         outcome.paths.emplace_back(session.Store()[i].FullPath());
         outcome.extensions.emplace_back(session.Store()[i].Extension());
         outcome.times.push_back(session.Store()[i].LastWriteTime);
+        outcome.sizes.push_back(session.Store()[i].Size);
         EXPECT_EQ(session.Store()[i].ItemIndex, i);
     }
     return outcome;
@@ -233,6 +237,40 @@ TEST(FolderWalk, SelectsByTheOptionsInDepthFirstEnumerationOrder) {
 
 // The store grows by 500 when the next record would not fit (the test runs for every object
 // examined): 502 matches among 1500 that do not grow it once.
+// Sizes come from the stat that gives the time, by the walk or by a reader: a file's length,
+// also of a sparse one past 4 GiB; a link's own; none for folders or when nothing is kept.
+TEST(FolderWalk, KeptFilesHaveTheSizeTheFileSystemGives) {
+    TestTree t;
+    for (const std::string folder : {"", "sub/"}) {
+        t.File(folder + "empty.txt");
+        WriteBytes(t.Path(folder + "some.txt"), std::string(1234, 'x'));
+        for (const auto& [name, length] :
+             {std::pair{"sparse.bin", off_t{10} << 20}, std::pair{"huge.bin", off_t{5} << 30}}) {
+            const UniqueFd fd(open(t.Path(folder + name).c_str(), O_CREAT | O_WRONLY, 0600));
+            ASSERT_EQ(ftruncate(fd.Get(), length), 0) << strerror(errno);
+        }
+        t.Link(folder + "link.txt", "some.txt");
+    }
+    for (const int threads : {1, 2}) {
+        for (const bool keep : {true, false}) {
+            SearchOptions options = Options("*.*");
+            options.Threads = threads;
+            options.KeepStatus = keep;
+            const Outcome outcome = Search(t.Root(), options);
+            ASSERT_EQ(outcome.paths.size(), 10u);
+            for (size_t i = 0; i < outcome.paths.size(); ++i) {
+                struct stat st {};
+                ASSERT_EQ(lstat(outcome.paths[i].c_str(), &st), 0);
+                EXPECT_EQ(outcome.sizes[i], keep ? st.st_size : -1)
+                    << outcome.paths[i] << ", " << threads << " threads";
+            }
+        }
+    }
+    SearchOptions folders = Options("*.*");
+    folders.FoldersOnly = true;
+    EXPECT_EQ(Search(t.Root(), folders).sizes, std::vector<int64_t>{-1});
+}
+
 TEST(FolderWalk, TheStoreGrowsBy500WhenTheNextRecordWouldNotFit) {
     TestTree t;
     for (int i = 0; i < 502; ++i) {
@@ -431,7 +469,8 @@ TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
                 const auto& [first, firstEvents] = runs.front();
                 EXPECT_TRUE(outcome.paths == first.paths &&
                             outcome.extensions == first.extensions &&
-                            outcome.times == first.times && events == firstEvents &&
+                            outcome.times == first.times && outcome.sizes == first.sizes &&
+                            events == firstEvents &&
                             outcome.counters.ObjectCount == first.counters.ObjectCount)
                     << "tree " << tree << ", " << mask << " on " << threads << " threads";
             }

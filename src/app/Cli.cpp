@@ -480,7 +480,7 @@ int TakeOperands(const std::vector<std::string>& positional, Request& request, s
     }
     request.root = positional[0];
     request.options.MaskText = positional[1];
-    request.options.KeepTimes = request.times; // nothing else here prints a time
+    request.options.KeepStatus = request.times; // nothing else here prints a time
     if (copy) {
         request.destination = AbsolutePath(positional[2]);
         struct stat st {};

@@ -36,6 +36,7 @@ void FileDataArray::Erase() {
     extensionNumbers_.clear();
     lastExtension_ = 0;
     remarks_.clear();
+    largeSizes_.clear();
 }
 
 void FileDataArray::Prepare() {
@@ -59,6 +60,9 @@ void FileDataArray::Redim(int32_t upper) {
     }
     for (auto it = remarks_.begin(); it != remarks_.end();) {
         it = it->first > upper ? remarks_.erase(it) : std::next(it);
+    }
+    for (auto it = largeSizes_.begin(); it != largeSizes_.end();) {
+        it = it->first > upper ? largeSizes_.erase(it) : std::next(it);
     }
     upper_ = upper;
 }
@@ -153,13 +157,25 @@ FileDataEntry FileDataArray::operator[](int32_t index) const {
             static_cast<int64_t>((static_cast<uint64_t>(r.timeHigh) << 32) | r.timeLow);
         e.name = Text((static_cast<uint64_t>(r.extension >> 24) << 32) | r.nameLow);
         e.extension = extensions_[r.extension & kExtensionMask];
+        e.Size = r.size == kNoSize      ? -1
+                 : r.size == kLargeSize ? largeSizes_.at(index)
+                                        : static_cast<int64_t>(r.size);
     }
     return e;
 }
 
 void FileDataArray::Store(int32_t index, uint32_t folder, std::string_view name,
-                          std::string_view extension, int64_t lastWriteTime) {
+                          std::string_view extension, int64_t lastWriteTime, int64_t size) {
     Record& r = Slot(index);
+    if (size >= kLargeSize) {
+        r.size = kLargeSize;
+        largeSizes_[index] = size;
+    } else {
+        if (r.size == kLargeSize) {
+            largeSizes_.erase(index);
+        }
+        r.size = size < 0 ? kNoSize : static_cast<uint32_t>(size);
+    }
     const auto time = static_cast<uint64_t>(lastWriteTime);
     r.timeLow = static_cast<uint32_t>(time);
     r.timeHigh = static_cast<uint32_t>(time >> 32);

@@ -13,11 +13,12 @@
 class FileDataArray;
 
 // One found object, as read from the store: a small view made on access. The store keeps each
-// record in 20 bytes (its time, its name, its folder and its extension by number) and each
-// folder once, as its parent and its own name, so millions of records stay small.
+// record in 24 bytes (its time, its size, its name, its folder and its extension by number) and
+// each folder once, as its parent and its own name, so millions of records stay small.
 struct FileDataEntry {
     int32_t ItemIndex = 0;
     int64_t LastWriteTime = 0; // 100-ns ticks since 1601-01-01 UTC; 0 for folders
+    int64_t Size = -1;         // bytes, as the file system says; -1 for folders and unknown
 
     // Folder path plus name, exactly the bytes the file system gave.
     std::string FullPath() const;
@@ -63,9 +64,10 @@ public:
     // The folder's path, ending in "/", written over `out`.
     void FolderPath(uint32_t folder, std::string& out) const;
 
-    // Stores a record at `index` with `ItemIndex` = index and `FullPath` = folder path + name.
+    // Stores a record at `index` with `ItemIndex` = index and `FullPath` = folder path + name;
+    // `size` -1 when there is none.
     void Store(int32_t index, uint32_t folder, std::string_view name, std::string_view extension,
-               int64_t lastWriteTime);
+               int64_t lastWriteTime, int64_t size = -1);
     // The same, for a folder given by its path.
     void Store(int32_t index, std::string_view folderPath, std::string_view name,
                std::string_view extension, int64_t lastWriteTime);
@@ -91,7 +93,10 @@ private:
         uint32_t folder = kNoFolder; // kNoFolder: an empty slot
         uint32_t nameLow = 0;        // where the name is in the text chunks, low 32 bits...
         uint32_t extension = 0;      // ...the high 8 above the extension's 24-bit number
+        uint32_t size = kNoSize;     // kLargeSize: in largeSizes_
     };
+    static constexpr uint32_t kNoSize = 0xFFFFFFFFu;
+    static constexpr uint32_t kLargeSize = 0xFFFFFFFEu;
     struct FolderRecord {
         uint32_t parent;
         uint64_t segment;
@@ -132,6 +137,8 @@ private:
         std::string date;
     };
     std::unordered_map<int32_t, Remarks> remarks_;
+    // Sizes of kLargeSize bytes and more (4 GiB less two), rare enough to keep apart.
+    std::unordered_map<int32_t, int64_t> largeSizes_;
 };
 
 // Composes full paths one after another without allocating for each: the folder of the last

@@ -235,21 +235,27 @@ bool FolderReadAhead::Read(const std::string& path, const Parent& parent, Folder
         scratch = std::vector<char>(kScratchSize);
     }
     ResolveUnknownTypes(fd.Get(), folder.entries);
-    if (options_.FoldersOnly || !options_.KeepTimes) {
-        return true;
+    if (!options_.FoldersOnly && options_.KeepStatus) {
+        StatKeptFiles(fd.Get(), matcher, folder);
     }
-    // The times of the files the walk will store, in the order it stores them; -errno for a
-    // file whose time could not be read.
+    return true;
+}
+
+// The times and sizes of the files the walk will store, in the order it stores them; -errno
+// for a file whose status could not be read.
+void FolderReadAhead::StatKeptFiles(int fd, const MaskMatcher& matcher, Folder& folder) const {
     const bool expected = options_.ExpectedMatch == 1;
     ForEachEntry(folder.entries, [&](const dirent64& entry) {
         if (entry.d_type != DT_DIR && matcher.Matches(entry.d_name) == expected) {
             struct stat file {};
-            folder.times.push_back(fstatat(fd.Get(), entry.d_name, &file, AT_SYMLINK_NOFOLLOW) == 0
-                                       ? ToFileTime(file.st_mtim.tv_sec, file.st_mtim.tv_nsec)
-                                       : -errno);
+            if (fstatat(fd, entry.d_name, &file, AT_SYMLINK_NOFOLLOW) == 0) {
+                folder.kept.push_back(
+                    {ToFileTime(file.st_mtim.tv_sec, file.st_mtim.tv_nsec), file.st_size});
+            } else {
+                folder.kept.push_back({-errno, -1});
+            }
         }
     });
-    return true;
 }
 
 FolderReadAhead::Jobs::iterator FolderReadAhead::NextToRead() {

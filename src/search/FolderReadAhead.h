@@ -19,18 +19,23 @@ class CancelFlag;
 struct SearchOptions;
 
 // Reads folders ahead of a depth-first walk on reader threads, so that the walk, which stores
-// on one thread in its own order, finds each folder's entries (and the times of the files the
-// mask keeps) already read. A folder is named by its place in the walk: the numbers of the
-// subfolders taken, from the root down. Readers take the nearest folder to come first, and
-// hold at most a bounded number of folders read and not yet taken; what the walk has gone
-// past is dropped. Anything a reader could not read is simply read by the walk itself, so the
-// walk's results never depend on the readers.
+// on one thread in its own order, finds each folder's entries (and the times and sizes of the
+// files the mask keeps) already read. A folder is named by its place in the walk: the numbers of
+// the subfolders taken, from the root down. Readers take the nearest folder to come first, and hold
+// at most a bounded number of folders read and not yet taken; what the walk has gone past is
+// dropped. Anything a reader could not read is simply read by the walk itself, so the walk's
+// results never depend on the readers.
 class FolderReadAhead {
 public:
     using Place = std::vector<uint32_t>;
+    // A kept file's status: its time (-errno when it could not be read) and its size.
+    struct Kept {
+        int64_t time = 0;
+        int64_t size = -1;
+    };
     struct Folder {
-        std::vector<char> entries;  // getdents64 records; d_type filled in where it was unknown
-        std::vector<int64_t> times; // each kept file's, in order; -errno when unreadable
+        std::vector<char> entries; // getdents64 records; d_type filled in where it was unknown
+        std::vector<Kept> kept;    // each kept file's, in order
         dev_t dev = 0;
         ino_t ino = 0;
     };
@@ -80,6 +85,7 @@ private:
     void WaitForReader(std::unique_lock<std::mutex>& lock);
     bool Read(const std::string& path, const Parent& parent, Folder& folder, UniqueFd& fd,
               std::vector<char>& scratch, const MaskMatcher& matcher) const;
+    void StatKeptFiles(int fd, const MaskMatcher& matcher, Folder& folder) const;
     void AddSubfolders(const Place& place, std::string_view path, const std::vector<char>& entries,
                        const Parent& parent = {});
     Parent KeepOpen(UniqueFd fd, std::string_view path, const std::vector<char>& entries);

@@ -363,25 +363,27 @@ void FolderWalk::GrowStoreIfNeeded() {
 void FolderWalk::StoreFile(size_t level, std::string_view name) {
     // `name` points into the level's records, which end each name with a NUL.
     struct stat st {};
-    int64_t time = 0;
+    FolderReadAhead::Kept kept;
     Level& l = levels_[level];
-    if (l.readAhead) { // no times when they are not kept
-        time = l.nextTime < l.times.size() ? l.times[l.nextTime++] : 0;
-    } else if (const int fd = options_.KeepTimes ? LevelFd(level) : -1; fd >= 0) {
-        time = fstatat(fd, name.data(), &st, AT_SYMLINK_NOFOLLOW) == 0
-                   ? ToFileTime(st.st_mtim.tv_sec, st.st_mtim.tv_nsec)
-                   : -errno;
+    if (l.readAhead) { // none when they are not kept
+        kept = l.nextKept < l.kept.size() ? l.kept[l.nextKept++] : FolderReadAhead::Kept{};
+    } else if (const int fd = options_.KeepStatus ? LevelFd(level) : -1; fd >= 0) {
+        kept = fstatat(fd, name.data(), &st, AT_SYMLINK_NOFOLLOW) == 0
+                   ? FolderReadAhead::Kept{ToFileTime(st.st_mtim.tv_sec, st.st_mtim.tv_nsec),
+                                           st.st_size}
+                   : FolderReadAhead::Kept{-errno, -1};
     }
-    if (time < 0) { // a reader's or this stat's errno
-        TellNotRead(name, static_cast<int>(-time));
-        time = 0;
+    if (kept.time < 0) { // a reader's or this stat's errno
+        TellNotRead(name, static_cast<int>(-kept.time));
+        kept.time = 0;
     }
     const std::string_view extension = ExtensionOf(name);
     if (IsLowerAscii(extension)) {
-        store_.Store(counters_.MatchedCount, StoreFolder(level), name, extension, time);
+        store_.Store(counters_.MatchedCount, StoreFolder(level), name, extension, kept.time,
+                     kept.size);
     } else {
         store_.Store(counters_.MatchedCount, StoreFolder(level), name, LowerCaseName(extension),
-                     time);
+                     kept.time, kept.size);
     }
     ++counters_.MatchedCount;
 }
@@ -470,7 +472,7 @@ bool FolderWalk::TakeReadAhead(Level& child, std::string_view name, std::string&
         return false;
     }
     child.entries = std::move(folder.entries);
-    child.times = std::move(folder.times);
+    child.kept = std::move(folder.kept);
     child.readAhead = true;
     child.dev = folder.dev;
     child.ino = folder.ino;

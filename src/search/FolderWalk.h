@@ -24,7 +24,8 @@ struct SearchOptions {
     int ExpectedMatch = 1; // 1: list what matches the mask; 0: list every file that matches none
     int Threads = 0; // threads in all, the walking one included (the rest read folders ahead of
                      // it); 0: one per processor
-    bool KeepTimes = true; // false: files are stored without their time (a stat each saved)
+    // false: files are stored without their time and size (a stat each saved)
+    bool KeepStatus = true;
     std::string MaskText;
 };
 
@@ -101,8 +102,8 @@ private:
         uint32_t folder = FileDataArray::kNoFolder; // in the store, once something is stored
         uint32_t ordinal = 0;                       // which of its parent's subfolders it is
         uint32_t subfolders = 0;                    // subfolders met so far
-        std::vector<int64_t> times;                 // read ahead: the times of the files to store
-        size_t nextTime = 0;
+        std::vector<FolderReadAhead::Kept> kept;    // read ahead: the files to store, their status
+        size_t nextKept = 0;
         bool readAhead = false;
         bool Finished() const { return pos >= entries.size(); }
     };
