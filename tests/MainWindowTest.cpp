@@ -17,6 +17,7 @@
 #include <QCoreApplication>
 #include <QHeaderView>
 #include <QListWidget>
+#include <QLocale>
 #include <QMenuBar>
 #include <QRadioButton>
 #include <QTabBar>
@@ -80,6 +81,8 @@ TEST_F(MainWindowTest, ASearchShowsItsResultsCountsCaptionAndTag) {
         const QAbstractItemModel* model = Find<QTreeView>("List1")->model();
         EXPECT_EQ(model->index(0, 3).data().toString().isEmpty(), c.folders)
             << "a folder has no time";
+        EXPECT_EQ(model->index(0, 4).data().toString().isEmpty(), c.folders)
+            << "nor a size (an empty file's is 0 bytes)";
         EXPECT_EQ(model
                       ->index(static_cast<int>(
                                   expected.indexOf(QString::fromStdString(tree.Path("sub/c.TXT")))),
@@ -310,6 +313,8 @@ TEST_F(MainWindowTest, TheStartPathFromTheSelectMenuUpAndTheKeyboard) {
 // and what a command acts on is the row seen.
 TEST_F(MainWindowTest, TheReportSortsByEachColumnAndCommandsFollow) {
     tree.File({"z/a.txt", "a/c.log", "m/b.txt"});
+    WriteBytes(tree.Path("z/a.txt"), std::string(1500, 'z'));
+    WriteBytes(tree.Path("m/b.txt"), std::string(20, 'm'));
     tree.SetTime("z/a.txt", 1000, 0);
     tree.SetTime("a/c.log", 3000, 0);
     tree.SetTime("m/b.txt", 2000, 0);
@@ -330,6 +335,7 @@ TEST_F(MainWindowTest, TheReportSortsByEachColumnAndCommandsFollow) {
         {0, order({"z/a.txt", "m/b.txt", "a/c.log"})},  // and back
         {1, order({"a/c.log", "m/b.txt", "z/a.txt"})},  // Folder
         {2, order({"a/c.log"})},                        // Type: .log first (the rest as found)
+        {4, order({"a/c.log", "m/b.txt", "z/a.txt"})},  // Size
         {3, order({"z/a.txt", "m/b.txt", "a/c.log"})}}; // Modified
     // clang-format on
     SelectRows({1});
@@ -342,6 +348,11 @@ TEST_F(MainWindowTest, TheReportSortsByEachColumnAndCommandsFollow) {
         ASSERT_EQ(rowsSelected.size(), 1) << "a sort keeps the selection";
         EXPECT_EQ(Rows("List1")[rowsSelected[0].row()], selected);
     }
+    // The size as the desktop shows it, exact in the tool tip.
+    const QModelIndex size = list->model()->index(0, ResultListModel::Size); // z/a.txt
+    EXPECT_TRUE(size.data().toString().contains(QRegularExpression("^1[.,]5 kB$")))
+        << size.data().toString().toStdString();
+    EXPECT_EQ(size.data(Qt::ToolTipRole), QLocale::system().toString(1500) + " bytes");
     list->selectionModel()->clearSelection();
     SelectRows({0});
     window->Selection().ShowSelectedProperties();

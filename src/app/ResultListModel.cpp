@@ -118,12 +118,19 @@ QVariant ResultListModel::data(const QModelIndex& index, int role) const {
     }
     const FileDataEntry record = store_[(*rows_)[ViewRow(row)]];
     const std::string_view path = composer_.FullPath(record);
+    const bool sizeCell = report_ && index.column() == Size;
     switch (role) {
     case ItemIndexRole:
         return record.ItemIndex;
-    case FullPathRole:
     case Qt::ToolTipRole:
+        if (sizeCell) {
+            return record.Size >= 0 ? ExactSizeText(record.Size) : QVariant();
+        }
         return DisplayPath(path);
+    case FullPathRole:
+        return DisplayPath(path);
+    case Qt::TextAlignmentRole:
+        return sizeCell ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
     case Qt::DisplayRole:
         break;
     default:
@@ -142,6 +149,9 @@ QVariant ResultListModel::data(const QModelIndex& index, int role) const {
     case Modified:
         // A folder's record keeps no time.
         return record.LastWriteTime != 0 ? FileTimeText(record.LastWriteTime) : QString();
+    case Size:
+        // Folders have none.
+        return record.Size >= 0 ? SizeText(record.Size) : QString();
     default:
         return {};
     }
@@ -152,7 +162,8 @@ QVariant ResultListModel::headerData(int section, Qt::Orientation orientation, i
         return {};
     }
     static const char* const kHeaders[] = {QT_TR_NOOP("Name"), QT_TR_NOOP("Folder"),
-                                           QT_TR_NOOP("Type"), QT_TR_NOOP("Modified")};
+                                           QT_TR_NOOP("Type"), QT_TR_NOOP("Modified"),
+                                           QT_TR_NOOP("Size")};
     return section >= 0 && section < Columns ? tr(kHeaders[section]) : QVariant();
 }
 
@@ -215,15 +226,16 @@ void ResultListModel::Order() {
     }
     order_.resize(rows_->size());
     std::iota(order_.begin(), order_.end(), size_t{0});
-    // Each row's key once: the text of its column without regard to case, or its time.
+    // Each row's key once: the text of its column without regard to case, or its number.
     std::vector<std::string> texts;
-    std::vector<int64_t> times;
+    std::vector<int64_t> numbers;
+    const bool byNumber = sortColumn_ == Modified || sortColumn_ == Size;
     for (const int32_t record : *rows_) {
         const FileDataEntry entry = store_[record];
-        const std::string_view path = composer_.FullPath(entry);
-        if (sortColumn_ == Modified) {
-            times.push_back(entry.LastWriteTime);
+        if (byNumber) {
+            numbers.push_back(sortColumn_ == Size ? entry.Size : entry.LastWriteTime);
         } else {
+            const std::string_view path = composer_.FullPath(entry);
             texts.push_back(
                 sortColumn_ == Type
                     ? std::string(TypeOf(entry))
@@ -231,7 +243,7 @@ void ResultListModel::Order() {
         }
     }
     const auto less = [&](size_t a, size_t b) {
-        return sortColumn_ == Modified ? times[a] < times[b] : texts[a] < texts[b];
+        return byNumber ? numbers[a] < numbers[b] : texts[a] < texts[b];
     };
     if (sortOrder_ == Qt::AscendingOrder) {
         std::stable_sort(order_.begin(), order_.end(), less);

@@ -11,7 +11,7 @@ class FileDataArray;
 
 // A result list as a view over the store: it shows the rows of a result view (records by
 // index, kept by ResultViews), so a list of half a million rows costs the list nothing. As a
-// list it shows each full path; as a report, Name, Folder, Type and Modified, sortable by any
+// list it shows each full path; as a report, Name, Folder, Type, Modified and Size, sortable by any
 // column (the rows keep their records, so every command acts on what is seen, in the order
 // seen). It can show plain text rows instead (the explanation above 32 701 results): those
 // are not results, so they can be neither selected, saved, copied nor opened.
@@ -20,7 +20,7 @@ class ResultListModel : public QAbstractTableModel {
 public:
     static constexpr int ItemIndexRole = Qt::UserRole;
     static constexpr int FullPathRole = Qt::UserRole + 1; // the full path, in either view
-    enum Column { Name, Folder, Type, Modified, Columns };
+    enum Column { Name, Folder, Type, Modified, Size, Columns };
 
     explicit ResultListModel(const FileDataArray& store, QObject* parent = nullptr);
 

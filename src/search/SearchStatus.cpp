@@ -34,6 +34,14 @@ QString OutcomeText(bool cancelled) {
                      : QCoreApplication::translate("SearchStatus", "Done");
 }
 
+QString SizeText(int64_t bytes) {
+    return Locale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+}
+
+QString ExactSizeText(int64_t bytes) {
+    return QCoreApplication::translate("SearchStatus", "%1 bytes").arg(FormatCount(bytes));
+}
+
 QString DisplayPath(std::string_view bytes) {
     return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
 }

@@ -15,6 +15,11 @@ QString MatchedText(int64_t matched); // "Matched: 56"
 QString ElapsedText(float seconds);
 QString OutcomeText(bool cancelled); // "Cancelled" or "Done"
 
+// A size as the desktop shows one: in bytes, kB, MB, GB... of 1000, one decimal ("1.2 MB").
+QString SizeText(int64_t bytes);
+// The exact count: "1,234,567 bytes".
+QString ExactSizeText(int64_t bytes);
+
 // What the walk shows when it enters a folder: the message, object and match fields, as they stand.
 struct FolderMessage {
     QString part0, part1, part2;

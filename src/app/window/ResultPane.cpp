@@ -124,8 +124,8 @@ void ResultPane::ApplyListView() {
             header->setStretchLastSection(false);
             header->setSectionResizeMode(QHeaderView::Interactive);
             header->setSectionResizeMode(ResultListModel::Folder, QHeaderView::Stretch);
-            const int widths[] = {220, 0, 60, 170};
-            for (const int column : {0, 2, 3}) {
+            const int widths[] = {220, 0, 60, 150, 80};
+            for (const int column : {0, 2, 3, 4}) {
                 header->resizeSection(column, widths[column]);
             }
         } else {
