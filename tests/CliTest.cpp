@@ -62,6 +62,8 @@ TEST(Cli, SearchPrintsPathsAsBytesInOrderThenTheCounts) {
 TEST(Cli, ExitStatusesOutputAndMessages) {
     TestTree t;
     t.File({"top.txt", "top.doc", "sub/inner.doc"});
+    WriteBytes(t.Path("top.doc"), "12345");
+    WriteBytes(t.Path("sub/inner.doc"), "678");
     struct Case {
         std::vector<std::string> args;
         int status;
@@ -103,6 +105,7 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
         {{"census", "--filter", "1", t.Root(), "*.*"}, 2, "", "tallymoor: --filter takes 0 or 2 to 10, not '1'"},
         {{"census", t.Root(), "*.*", "--report", t.Path("top.txt")}, 3, "-",
          "Objects: 3\nMatched: 3\n"},
+        {{"census", "--sizes", t.Root(), "*.doc"}, 0, ".doc\t\t2 files\t8\n", "Objects: 3"},
         {{"census", t.Root(), "*.doc", "--report", t.Path("r.txt")}, 0, ".doc\t\t2 files\n", "Objects: 3"},
         {{"census", t.Root(), "*.none"}, 1, "", "No files matching ' *.none '"},
         {{"--version"}, 0, "tallymoor " TALLYMOOR_VERSION "\n", ""},

@@ -33,6 +33,7 @@ tallymoor|search|--threads|=|>
 tallymoor|search|--threads|2|o>other
 tallymoor|search|--threads|=|2|o>other
 tallymoor|census|--filter|=|1>10
+tallymoor|census|--si>--sizes
 tallymoor|census|--report|=|>file.txt|my dir|other
 tallymoor|search|other|>
 tallymoor|census|--filter|1>10

@@ -36,7 +36,7 @@ _tallymoor() {
         local common="--except --no-recurse --threads -q --quiet -h --help --"
         case $command in
             search) COMPREPLY=($(compgen -W "$common --folders-only -0 --print0 --times" -- "$cur")) ;;
-            census) COMPREPLY=($(compgen -W "$common --folders-only --filter --report" -- "$cur")) ;;
+            census) COMPREPLY=($(compgen -W "$common --folders-only --sizes --filter --report" -- "$cur")) ;;
             trash) COMPREPLY=($(compgen -W "$common --folders-only -0 --print0 --yes" -- "$cur")) ;;
             copy) COMPREPLY=($(compgen -W "$common -0 --print0" -- "$cur")) ;;
             *) COMPREPLY=($(compgen -W "--settings --help --version" -- "$cur")) ;;

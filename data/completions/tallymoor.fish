@@ -19,6 +19,7 @@ complete -c tallymoor -n "__fish_seen_subcommand_from $commands" -s q -l quiet -
 complete -c tallymoor -n "__fish_seen_subcommand_from search census trash" -l folders-only -d 'list folders instead of files'
 complete -c tallymoor -n "__fish_seen_subcommand_from search trash copy" -s 0 -l print0 -d 'end each path with a NUL'
 complete -c tallymoor -n "__fish_seen_subcommand_from search" -l times -d "print each path's modification time"
+complete -c tallymoor -n "__fish_seen_subcommand_from census" -l sizes -d "print each type's total size in bytes"
 complete -c tallymoor -n "__fish_seen_subcommand_from census" -l filter -x -a '0 2 3 4 5 6 7 8 9 10' -d 'only the types of count range N'
 complete -c tallymoor -n "__fish_seen_subcommand_from census" -l report -r -F -d 'also write the census report to a new file'
 complete -c tallymoor -n "__fish_seen_subcommand_from trash" -l yes -d 'trash without asking'

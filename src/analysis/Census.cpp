@@ -3,6 +3,7 @@
 #include "search/FileDataArray.h"
 
 #include <QCoreApplication>
+#include <algorithm>
 #include <unordered_map>
 
 namespace {
@@ -151,6 +152,7 @@ void Census::Build(FileDataArray& store, int filterIndex,
             lastIndex = it->second;
         }
         ++types[lastIndex].Count;
+        types[lastIndex].Bytes += std::max<int64_t>(store.SizeOf(i), 0);
     }
 
     message(QCoreApplication::translate("Census", "Compressing..."));

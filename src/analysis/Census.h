@@ -15,6 +15,7 @@ class FileDataArray;
 struct CensusType {
     std::string Extension; // "." stands for files without one, and for folders
     int32_t Count = 0;
+    int64_t Bytes = 0; // the sizes of its files that the walk kept
 };
 
 // One type the census hands over for a view of its own.

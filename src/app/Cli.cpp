@@ -86,6 +86,7 @@ enum class Option {
     NoRecurse,
     Print0,
     Times,
+    Sizes,
     Filter,
     Report,
     Yes,
@@ -115,6 +116,8 @@ const OptionInfo kOptions[] = {
     {Option::Times, "times", 0, nullptr, Bit(Command::Search),
      QT_TRANSLATE_NOOP("Cli", "print a TAB and the modification time after each path, in\n"
                               "seconds since 1970 with seven decimals (as find's %T@)")},
+    {Option::Sizes, "sizes", 0, nullptr, Bit(Command::Census),
+     QT_TRANSLATE_NOOP("Cli", "print a TAB and the type's total size in bytes after each line")},
     {Option::Filter, "filter", 0, "N", Bit(Command::Census),
      QT_TRANSLATE_NOOP("Cli", "show only the types of count range N, as the dialog's Filter menu:\n"
                               "2 under 5 files, 3 5-10, 4 10-20, 5 20-50, 6 50-100, 7 100-500,\n"
@@ -380,6 +383,7 @@ struct Request {
     std::string root;
     bool print0 = false;
     bool times = false;
+    bool sizes = false;
     bool quiet = false;
     bool help = false;
     int filter = 0;
@@ -417,6 +421,9 @@ bool TakeOption(const OptionInfo& o, const std::string& value, Request& request,
         break;
     case Option::Times:
         request.times = true;
+        break;
+    case Option::Sizes:
+        request.sizes = true;
         break;
     case Option::Yes:
         request.yes = true;
@@ -480,7 +487,8 @@ int TakeOperands(const std::vector<std::string>& positional, Request& request, s
     }
     request.root = positional[0];
     request.options.MaskText = positional[1];
-    request.options.KeepStatus = request.times; // nothing else here prints a time
+    // Nothing else here prints a time or a size.
+    request.options.KeepStatus = request.times || request.sizes;
     if (copy) {
         request.destination = AbsolutePath(positional[2]);
         struct stat st {};
@@ -665,6 +673,10 @@ int PrintCensus(const Request& request, SearchSession& session, const CancelFlag
     CheckedOutput out(stdOut);
     for (const CensusType& type : census.Shown()) {
         out.Write(CensusDisplayLine(type));
+        if (request.sizes) {
+            out.Put('\t');
+            out.Write(std::to_string(type.Bytes));
+        }
         out.Put('\n');
     }
     if (!out.Finish()) {

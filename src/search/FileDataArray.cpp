@@ -157,9 +157,7 @@ FileDataEntry FileDataArray::operator[](int32_t index) const {
             static_cast<int64_t>((static_cast<uint64_t>(r.timeHigh) << 32) | r.timeLow);
         e.name = Text((static_cast<uint64_t>(r.extension >> 24) << 32) | r.nameLow);
         e.extension = extensions_[r.extension & kExtensionMask];
-        e.Size = r.size == kNoSize      ? -1
-                 : r.size == kLargeSize ? largeSizes_.at(index)
-                                        : static_cast<int64_t>(r.size);
+        e.Size = SizeOf(index);
     }
     return e;
 }

@@ -78,6 +78,11 @@ public:
     uint32_t ExtensionNumberOf(int32_t index) const {
         return Slot(index).extension & kExtensionMask;
     }
+    // A record's size, without making the rest of its view; -1 when it has none.
+    int64_t SizeOf(int32_t index) const {
+        const uint32_t size = Slot(index).size;
+        return size == kNoSize ? -1 : size == kLargeSize ? largeSizes_.at(index) : size;
+    }
 
     std::string_view Remark(int32_t index) const;
     std::string_view RemarkDate(int32_t index) const;
