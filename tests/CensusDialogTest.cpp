@@ -5,11 +5,15 @@
 #include "settings/modPProfile.h"
 
 #include <QAction>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QLocale>
 #include <QMenu>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QTest>
 #include <gtest/gtest.h>
 
 namespace {
@@ -87,6 +91,39 @@ TEST_F(CensusDialogTest, ShowsTheTypesOfTheSearchWithItsTexts) {
     EXPECT_EQ(window->Results().Views()[1].caption, "*.txt (3)");
     EXPECT_EQ(window->Results().Views()[2].caption, "*.log (1)");
     EXPECT_EQ(window->Session().Store()[3].Extension(), ".") << "README marked in the store";
+}
+
+// Each type's total size beside its line, the selection's beside its count of files; a click on
+// the Size header orders the types largest first, one on Type brings the census's order back.
+TEST_F(CensusDialogTest, SizesOfTheTypesAndTheirOrderBySize) {
+    tree.File({"a.txt", "b.log", "c.log", "d.md"});
+    WriteBytes(tree.Path("a.txt"), std::string(300, 'a'));
+    WriteBytes(tree.Path("b.log"), std::string(1000, 'b'));
+    WriteBytes(tree.Path("c.log"), std::string(200, 'c'));
+    Search("*.*");
+    OpenCensus([&](dlgStarDotStar& d) {
+        auto* list = d.findChild<QListWidget*>("lstExtensions");
+        const QStringList found = Lines(d);
+        QStringList bySize = {".log\t\t2 files", ".txt\t\t1 files", ".md\t\t1 files"};
+        auto* header = d.findChild<QHeaderView*>("hdrTypes");
+        const auto click = [&](int section) {
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                              {header->sectionViewportPosition(section) + 4, 5});
+        };
+        Select(d, ".txt");
+        click(1);
+        EXPECT_EQ(Lines(d), bySize);
+        EXPECT_EQ(list->item(0)->toolTip(), QLocale::system().toString(1200) + " bytes");
+        Select(d, ".log");
+        EXPECT_EQ(Label(d, "lblTotalFiles"), "(3 files)") << "the selection stayed";
+        EXPECT_TRUE(Label(d, "lblTotalSize").contains(QRegularExpression("^1[.,]5 kB$")))
+            << Label(d, "lblTotalSize").toStdString();
+        click(0);
+        EXPECT_EQ(Lines(d), found);
+        EXPECT_EQ(list->selectedItems().size(), 2);
+        d.grab(); // paints the size column
+        return dlgStarDotStar::Close;
+    });
 }
 
 TEST_F(CensusDialogTest, SelectByRangeAppendFilterAndJumpByLetter) {

@@ -7,22 +7,28 @@
 #include "platform/Progress.h"
 #include "platform/Prompts.h"
 #include "search/FileDataArray.h"
+#include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
 
 #include <QApplication>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenuBar>
 #include <QPainter>
 #include <QPushButton>
+#include <QStandardItemModel>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <set>
 
 namespace {
 constexpr int CountRole = Qt::UserRole;
 // The extension's bytes: a type that is not UTF-8 cannot be recovered from the line shown.
 constexpr int ExtensionRole = Qt::UserRole + 1;
+constexpr int BytesRole = Qt::UserRole + 2;
 
 QListWidgetItem* TypeItem(const CensusType& type) {
     // The line the command line prints, its count in the user's language.
@@ -32,6 +38,8 @@ QListWidgetItem* TypeItem(const CensusType& type) {
                             dlgStarDotStar::tr("%n files", nullptr, count));
     item->setData(CountRole, type.Count);
     item->setData(ExtensionRole, QByteArray::fromStdString(type.Extension));
+    item->setData(BytesRole, static_cast<qlonglong>(type.Bytes));
+    item->setData(Qt::ToolTipRole, ExactSizeText(type.Bytes));
     return item;
 }
 
@@ -40,11 +48,13 @@ std::string ExtensionOf(const QListWidgetItem* item) {
 }
 
 // Shows a type's line ("ext", two TABs, "N files") as two aligned columns, however long an
-// extension is; the item's text stays the line.
+// extension is, and its total size in a column of its own at the right; the item's text stays
+// the line.
 class TypeLineDelegate : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
     void SetFirstColumnWidth(int width) { firstColumn_ = width; }
+    void SetSizeColumnWidth(int width) { sizeColumn_ = width; }
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override {
@@ -56,7 +66,9 @@ public:
         const QWidget* widget = plain.widget;
         QStyle* style = widget ? widget->style() : QApplication::style();
         style->drawControl(QStyle::CE_ItemViewItem, &plain, painter, widget);
-        const QRect area = style->subElementRect(QStyle::SE_ItemViewItemText, &plain, widget);
+        QRect area = style->subElementRect(QStyle::SE_ItemViewItemText, &plain, widget);
+        const QRect size = area.adjusted(area.width() - sizeColumn_, 0, -4, 0);
+        area.setRight(size.left() - 1);
         painter->save();
         painter->setPen(plain.palette.color(
             option.state & QStyle::State_Selected ? QPalette::HighlightedText : QPalette::Text));
@@ -69,11 +81,14 @@ public:
                                          Qt::ElideMiddle, width));
         painter->drawText(area.adjusted(width + 12, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
                           QString::fromStdString(std::string(rest)).trimmed());
+        painter->drawText(size, Qt::AlignRight | Qt::AlignVCenter,
+                          SizeText(index.data(BytesRole).toLongLong()));
         painter->restore();
     }
 
 private:
     int firstColumn_ = 80;
+    int sizeColumn_ = 90;
 };
 } // namespace
 
@@ -104,7 +119,35 @@ dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Promp
     lblSelectedCount->setObjectName("lblSelectedCount");
     lblTotalFiles = new QLabel(this);
     lblTotalFiles->setObjectName("lblTotalFiles");
+    lblTotalSize = new QLabel(this);
+    lblTotalSize->setObjectName("lblTotalSize");
+    BuildHeader();
 
+    QLayout* buttons = Buttons();
+
+    auto* counts = new QHBoxLayout;
+    counts->addWidget(lblResultsCount);
+    counts->addStretch();
+    counts->addWidget(lblSelectedCount);
+    counts->addWidget(lblTotalFiles);
+    counts->addWidget(lblTotalSize);
+
+    layout->addWidget(Label1);
+    auto* list = new QVBoxLayout;
+    list->setSpacing(0);
+    list->addWidget(hdrTypes);
+    list->addWidget(lstExtensions, 1);
+    layout->addLayout(list, 1);
+    layout->addWidget(lstHidden);
+    layout->addLayout(counts);
+    layout->addLayout(buttons);
+    connect(lstExtensions, &QListWidget::itemSelectionChanged, this,
+            &dlgStarDotStar::SelectionChanged);
+    resize(460, 520);
+}
+
+// Export and Report at the left, View and Close at the right.
+QLayout* dlgStarDotStar::Buttons() {
     const char* captions[] = {QT_TR_NOOP("&Export Type..."), QT_TR_NOOP("&View as Tabs"),
                               QT_TR_NOOP("&Close"), QT_TR_NOOP("Save &Report...")};
     auto* buttons = new QHBoxLayout;
@@ -120,21 +163,37 @@ dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Promp
     buttons->addWidget(cmd[View]);
     buttons->addWidget(cmd[Close]);
     cmd[View]->setDefault(true);
+    return buttons;
+}
 
-    auto* counts = new QHBoxLayout;
-    counts->addWidget(lblResultsCount);
-    counts->addStretch();
-    counts->addWidget(lblSelectedCount);
-    counts->addWidget(lblTotalFiles);
+// Above the list, a header of its two columns: a click on Size orders the types by their size,
+// largest first; a click on Type puts them back in the census's order.
+void dlgStarDotStar::BuildHeader() {
+    auto* columns = new QStandardItemModel(0, 2, this);
+    columns->setHorizontalHeaderLabels({tr("Type"), tr("Size")});
+    hdrTypes = new QHeaderView(Qt::Horizontal, this);
+    hdrTypes->setObjectName("hdrTypes");
+    hdrTypes->setModel(columns);
+    hdrTypes->setSectionsClickable(true);
+    hdrTypes->setSectionResizeMode(0, QHeaderView::Stretch);
+    hdrTypes->setSectionResizeMode(1, QHeaderView::Fixed);
+    hdrTypes->resizeSection(1, 90);
+    hdrTypes->setSortIndicatorShown(true);
+    hdrTypes->setSortIndicator(-1, Qt::AscendingOrder);
+    connect(hdrTypes, &QHeaderView::sectionClicked, this,
+            [this](int section) { OrderBySize(section == 1); });
+}
 
-    layout->addWidget(Label1);
-    layout->addWidget(lstExtensions, 1);
-    layout->addWidget(lstHidden);
-    layout->addLayout(counts);
-    layout->addLayout(buttons);
-    connect(lstExtensions, &QListWidget::itemSelectionChanged, this,
-            &dlgStarDotStar::SelectionChanged);
-    resize(460, 520);
+void dlgStarDotStar::OrderBySize(bool bySize) {
+    bySize_ = bySize;
+    hdrTypes->setSortIndicator(bySize ? 1 : -1, Qt::DescendingOrder);
+    // The selection stays with its types, and its totals with it.
+    std::set<std::string> selected;
+    for (const QListWidgetItem* item : lstExtensions->selectedItems()) {
+        selected.insert(ExtensionOf(item));
+    }
+    FillList(selected);
+    SelectionChanged();
 }
 
 void dlgStarDotStar::BuildMenus(QWidget* barWidget) {
@@ -198,14 +257,21 @@ void dlgStarDotStar::CreateMaskArrayCountSR(int filterIndex) {
     QApplication::restoreOverrideCursor();
 }
 
-void dlgStarDotStar::FillList() {
+void dlgStarDotStar::FillList(const std::set<std::string>& selected) {
     lstExtensions->clear();
+    std::vector<CensusType> types = census_.Shown();
+    if (bySize_) {
+        std::stable_sort(types.begin(), types.end(), [](const CensusType& a, const CensusType& b) {
+            return a.Bytes > b.Bytes;
+        });
+    }
     int widest = 0;
-    for (const CensusType& type : census_.Shown()) {
+    for (const CensusType& type : types) {
         QListWidgetItem* item = TypeItem(type);
         widest = std::max(widest, lstExtensions->fontMetrics().horizontalAdvance(
                                       QString::fromStdString(type.Extension)));
         lstExtensions->addItem(item);
+        item->setSelected(selected.count(type.Extension) > 0);
     }
     static_cast<TypeLineDelegate*>(lstExtensions->itemDelegate())
         ->SetFirstColumnWidth(std::max(widest, 40));
@@ -213,6 +279,7 @@ void dlgStarDotStar::FillList() {
     lblResultsCount->setText(census_.ResultsCountText());
     SelectionChanged();
     lblTotalFiles->clear();
+    lblTotalSize->clear();
 }
 
 void dlgStarDotStar::SetupControls(const QString& caption, int types) {
@@ -268,10 +335,13 @@ void dlgStarDotStar::SelectionChanged() {
     cmd[Export]->setEnabled(count == 1);
     lblSelectedCount->setText(tr("Selected: %1").arg(count));
     int64_t files = 0;
+    int64_t bytes = 0;
     for (const QListWidgetItem* item : selected) {
         files += item->data(CountRole).toInt();
+        bytes += item->data(BytesRole).toLongLong();
     }
     lblTotalFiles->setText(tr("(%1 files)").arg(files));
+    lblTotalSize->setText(count > 0 ? SizeText(bytes) : QString());
 }
 
 const SelectedTypeArray& dlgStarDotStar::GetSelectedItemArray() {

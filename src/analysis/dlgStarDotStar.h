@@ -4,6 +4,7 @@
 
 #include <QDialog>
 #include <array>
+#include <set>
 #include <string>
 
 class FileDataArray;
@@ -57,7 +58,12 @@ public:
 
 private:
     void BuildMenus(QWidget* bar);
-    void FillList();
+    void BuildHeader();
+    class QLayout* Buttons();
+    // The list by size, largest first, or in the census's order.
+    void OrderBySize(bool bySize);
+    // The census's shown types, in the order chosen; `selected` types stay selected.
+    void FillList(const std::set<std::string>& selected = {});
     void SelectionChanged();
     void ExportSelectedType();
     void SaveCensusReport();
@@ -82,6 +88,9 @@ private:
     QLabel* lblResultsCount;
     QLabel* lblSelectedCount;
     QLabel* lblTotalFiles;
+    QLabel* lblTotalSize;
+    class QHeaderView* hdrTypes = nullptr;
+    bool bySize_ = false;
     std::array<QPushButton*, 4> cmd;
     std::array<QAction*, kCountRanges> mnuFilter{};
     QAction* appendSelection_ = nullptr;
