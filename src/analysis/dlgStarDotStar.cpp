@@ -18,6 +18,7 @@
 #include <QMenuBar>
 #include <QPainter>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QStandardItemModel>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
@@ -133,9 +134,14 @@ dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Promp
     counts->addWidget(lblTotalSize);
 
     layout->addWidget(Label1);
+    // The header ends where the list's rows do, before its scroll bar.
+    lstExtensions->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    auto* headerRow = new QHBoxLayout;
+    headerRow->setContentsMargins(0, 0, lstExtensions->verticalScrollBar()->sizeHint().width(), 0);
+    headerRow->addWidget(hdrTypes);
     auto* list = new QVBoxLayout;
     list->setSpacing(0);
-    list->addWidget(hdrTypes);
+    list->addLayout(headerRow);
     list->addWidget(lstExtensions, 1);
     layout->addLayout(list, 1);
     layout->addWidget(lstHidden);
@@ -171,9 +177,13 @@ QLayout* dlgStarDotStar::Buttons() {
 void dlgStarDotStar::BuildHeader() {
     auto* columns = new QStandardItemModel(0, 2, this);
     columns->setHorizontalHeaderLabels({tr("Type"), tr("Size")});
+    columns->setHeaderData(1, Qt::Horizontal, QVariant(Qt::AlignRight | Qt::AlignVCenter),
+                           Qt::TextAlignmentRole);
     hdrTypes = new QHeaderView(Qt::Horizontal, this);
     hdrTypes->setObjectName("hdrTypes");
     hdrTypes->setModel(columns);
+    hdrTypes->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    hdrTypes->setFixedHeight(hdrTypes->fontMetrics().height() + 10); // one line of text
     hdrTypes->setSectionsClickable(true);
     hdrTypes->setSectionResizeMode(0, QHeaderView::Stretch);
     hdrTypes->setSectionResizeMode(1, QHeaderView::Fixed);
