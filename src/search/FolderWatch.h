@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/UniqueFd.h"
+#include "search/FolderWalk.h"
+#include "search/MaskMatcher.h"
+
+#include <QString>
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+
+// Watches the folders a search walked (inotify) and tells whether what happens in them could
+// alter the results: a name created, removed or renamed that the search would list, or a
+// folder created or removed where the search went into folders. The watches are added on a
+// thread of its own, the way the walk went (no links followed, no folder whose name begins with
+// a dot), so that neither the search nor its list waits for them. A tree with more folders than
+// the user may watch is not watched at all.
+class FolderWatch {
+public:
+    enum class State { Adding, Watching, TooManyFolders, Failed };
+
+    // `options` are the search's; `limit` the most watches this user may have (0: read it from
+    // /proc/sys/fs/inotify/max_user_watches).
+    explicit FolderWatch(const SearchOptions& options, long limit = 0);
+    ~FolderWatch();
+    FolderWatch(const FolderWatch&) = delete;
+    FolderWatch& operator=(const FolderWatch&) = delete;
+
+    // Adds the watches under `root` (ending in "/") on a thread, then calls `done` there.
+    void Start(const std::string& root, std::function<void()> done);
+    // The same, on this thread (tests).
+    void AddWatches(const std::string& root);
+
+    State CurrentState() const { return state_; }
+    // Why nothing is watched, for the user; empty while watching.
+    QString Problem() const;
+    // Readable when something happened.
+    int Fd() const { return fd_.Get(); }
+    // Reads what happened since the last call; true when it could alter the results.
+    bool ReadEvents();
+
+private:
+    void AddTree(const std::string& root);
+    bool Watch(const std::string& folder);
+    bool Alters(uint32_t mask, const char* name) const;
+
+    SearchOptions options_;
+    MaskMatcher matcher_;
+    long limit_;
+    UniqueFd fd_;
+    std::atomic<State> state_{State::Adding};
+    std::atomic<long> watched_{0};
+    int error_ = 0;
+    std::thread adder_;
+    std::atomic<bool> stop_{false};
+};
