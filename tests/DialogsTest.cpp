@@ -191,6 +191,8 @@ TEST(dlgPreferences, CaptionsRulesAndWhatEachControlWrites) {
          "AlwaysShowCountWhenSDS"},
         {"chkGeneral_6", "Sort file or folder results in ascending order before writing the "
                          "results to disk", "QSSortResultsOnSave"},
+        {"chkGeneral_7", "Watch the searched folders and say when their contents change",
+         "WatchForChanges"},
         {"chkGeneral_1", "Only when list contains less than", "AutoRescanUseMaximum"},
         {"chkWarnings_0", "Confirm file open (associated or notepad)", "ConfirmOnOpen"},
         {"chkWarnings_1", "Confirm 'Open With' command", "AskToOpenWith"},

@@ -20,6 +20,7 @@
 #include <QLocale>
 #include <QMenuBar>
 #include <QRadioButton>
+#include <QStatusBar>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
@@ -307,6 +308,34 @@ TEST_F(MainWindowTest, TheStartPathFromTheSelectMenuUpAndTheKeyboard) {
     tree.File("picked/y.txt");
     Key(Find<QCheckBox>("chkOpts_0"), Qt::Key_Return); // on an option box too
     EXPECT_EQ(Rows("List1").size(), 2);
+}
+
+// The disk changing under the list is told, or searched again where commands rescan; a change
+// elsewhere is not; a tree beyond the watch limit is not watched, and the status line's tool
+// tip says why.
+TEST_F(MainWindowTest, TheListKnowsWhenTheDiskChangedUnderIt) {
+    tree.File({"a.txt", "sub/b.txt"});
+    TestTree outside;
+    Search(tree.Root(), "*.txt");
+    window->Monitor().WaitForWatchesForTesting();
+    EXPECT_TRUE(window->Monitor().Watching());
+    outside.File("c.txt");
+    window->Monitor().ReadChanges();
+    EXPECT_EQ(Status(StatusPart::Message), " Ready!");
+    tree.File("sub/new.txt");
+    window->Monitor().ReadChanges();
+    EXPECT_EQ(Status(StatusPart::Message),
+              " Ready! (Drive contents changed - rescan recommended.)");
+    EXPECT_EQ(Rows("List1").size(), 2);
+    profile->Settings().AutoRescanAfterAction = true;
+    tree.File("newer.txt");
+    window->Monitor().ReadChanges();
+    EXPECT_EQ(Rows("List1").size(), 4) << "searched again";
+    window->Monitor().SetWatchLimitForTesting(1);
+    Search(tree.Root(), "*.txt");
+    window->Monitor().WaitForWatchesForTesting();
+    EXPECT_FALSE(window->Monitor().Watching());
+    EXPECT_TRUE(window->statusBar()->toolTip().startsWith("Changes on the disk are not watched"));
 }
 
 // The report view (a new settings file's default): columns sorted by a click on their header,

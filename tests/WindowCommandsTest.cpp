@@ -46,6 +46,7 @@ protected:
 TEST_F(WindowCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
     tree.File({"a.txt", "b.txt", "c.txt"});
     Search(tree.Root(), "*.txt");
+    window->Monitor().WaitForWatchesForTesting();
     const std::vector<std::string> found = ReaddirOrder(tree.Root());
     const QString first = QString::fromStdString(found[0]);
     const QString second = QString::fromStdString(found[1]);
@@ -69,7 +70,9 @@ TEST_F(WindowCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
                                             "Are you sure you want to delete ' " + first + " '?"}));
     EXPECT_FALSE(Exists(found[1]));
     EXPECT_EQ(Rows("List1"), QStringList({first, QString::fromStdString(found[2])}));
-    EXPECT_EQ(Status(StatusPart::Message), " Ready! (The list has changed - rescan recommended.)");
+    window->Monitor().ReadChanges();
+    EXPECT_EQ(Status(StatusPart::Message), " Ready! (The list has changed - rescan recommended.)")
+        << "the program's own change is told as commands tell it, and nothing more";
     EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "&Begin Search");
 }
 

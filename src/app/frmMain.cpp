@@ -59,7 +59,8 @@ frmMain::frmMain(modPProfile& profile, WindowPrompts& prompts, Desktop& desktop,
                  QWidget* parent)
     : QMainWindow(parent), shared_(profile, prompts, desktop, cancel), request_(*this, shared_),
       search_(*this, shared_), results_(*this, shared_), types_(*this, shared_),
-      selection_(*this, shared_), commands_(*this, shared_), menus_(*this, shared_) {
+      selection_(*this, shared_), commands_(*this, shared_), menus_(*this, shared_),
+      monitor_(*this, shared_) {
     setObjectName("frmMain");
     setWindowTitle(kApplicationTitle);
     setWindowIcon(AppIcon());
@@ -127,6 +128,7 @@ void frmMain::NewResults() {
     results_.Views().Clear();
     shared_.status.State(QStringLiteral("clear"));
     types_.UnloadCensus();
+    monitor_.Stop();
     shared_.session.Erase();
     results_.SetFolderResults(false);
     results_.SyncViews();
@@ -152,6 +154,9 @@ void frmMain::ShowPreferences(PreferencesTab tab) {
     shared_.prompts.ShowModal(&dialog);
     profile.ProfileLoadSettings();
     results_.ApplyListView();
+    if (!profile.Settings().WatchForChanges) {
+        monitor_.Stop();
+    }
 }
 
 Placement frmMain::CurrentPlacementTwips() const {
@@ -188,6 +193,7 @@ void frmMain::closeEvent(QCloseEvent* event) {
     }
     shared_.cancel.Raise();
     shared_.yield.Now();
+    monitor_.Stop();
     results_.ClearLists();
     results_.Views().Clear();
     shared_.session.Erase();

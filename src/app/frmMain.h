@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/window/ChangeMonitor.h"
 #include "app/window/CommandRunner.h"
 #include "app/window/MainMenus.h"
 #include "app/window/ResultPane.h"
@@ -35,6 +36,7 @@ public:
     SelectionCommands& Selection() { return selection_; }
     CommandRunner& Commands() { return commands_; }
     MainMenus& Menus() { return menus_; }
+    ChangeMonitor& Monitor() { return monitor_; }
 
     StatusLine& Status() { return shared_.status; }
     SearchSession& Session() { return shared_.session; }
@@ -75,4 +77,5 @@ private:
     SelectionCommands selection_;
     CommandRunner commands_;
     MainMenus menus_;
+    ChangeMonitor monitor_;
 };

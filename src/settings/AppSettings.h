@@ -43,6 +43,7 @@ struct AppSettings {
     bool LVUseGridLines = false;
     bool LVUseCustomSortColor = false;
     bool QSSortResultsOnSave = false;
+    bool WatchForChanges = true; // the searched folders watched for changes
     int32_t AutoRescanMaximum = 0;
     int32_t DblClickAction = 0;
     int32_t DblClickShiftAction = 1;

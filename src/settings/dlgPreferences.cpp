@@ -66,6 +66,9 @@ const Option kGeneral[] = {
          "dlgPreferences",
          "Sort file or folder results in ascending order before writing the results to disk"),
      "QSSortResultsOnSave", &AppSettings::QSSortResultsOnSave},
+    {QT_TRANSLATE_NOOP("dlgPreferences",
+                       "Watch the searched folders and say when their contents change"),
+     "WatchForChanges", &AppSettings::WatchForChanges},
 };
 
 const Option kWarnings[] = {
@@ -176,7 +179,7 @@ QWidget* dlgPreferences::GeneralTab() {
                                      "application.\nChanges made to General options are applied "
                                      "immediately."),
                                   tab));
-    for (int i = 0; i < 7; ++i) {
+    for (int i = 0; i < static_cast<int>(std::size(kGeneral)); ++i) {
         chkGeneral[i] = new QCheckBox(tr(kGeneral[i].caption), tab);
         chkGeneral[i]->setObjectName(QStringLiteral("chkGeneral_%1").arg(i));
         connect(chkGeneral[i], &QCheckBox::clicked, this, [this, i] { GeneralClicked(i); });
@@ -429,8 +432,10 @@ void dlgPreferences::AddViewSamples(QWidget* tab, QGridLayout* layout) {
 void dlgPreferences::Load() {
     loading_ = true;
     const AppSettings& s = profile_.Settings();
-    for (int i = 0; i < 7; ++i) {
+    for (size_t i = 0; i < std::size(kGeneral); ++i) {
         chkGeneral[i]->setChecked(s.*(kGeneral[i].field));
+    }
+    for (size_t i = 0; i < std::size(kWarnings); ++i) {
         chkWarnings[i]->setChecked(s.*(kWarnings[i].field));
     }
     const int maximum = cboMaxItems->findText(QString::number(s.AutoRescanMaximum));

@@ -80,7 +80,7 @@ private:
     int editedMask_ = -1; // the row "&Select" took into the entry box
 
     QTabWidget* tsPrefs;
-    std::array<QCheckBox*, 7> chkGeneral{};
+    std::array<QCheckBox*, 8> chkGeneral{};
     QComboBox* cboMaxItems;
     QLabel* lblItems;
     QComboBox* cboDC;

@@ -251,6 +251,7 @@ void modPProfile::ProfileLoadSettings() {
     s.DblClickAction = ReadInt(kOptions, "DblClickAction", "0");
     s.DblClickShiftAction = ReadInt(kOptions, "DblClickShiftAction", "1");
     s.OpenFoldersWithExplore = ReadBool("OpenFoldersWithExplore", false);
+    s.WatchForChanges = ReadBool("WatchForChanges", true);
     // Read a second time with another default: this reading is the one that counts.
     s.LastFileMask = ProfileGetString(kOptions, "LastFileMask", "*.*");
     s.LVUseGridLines = ReadBool("LVUseGridLines", false);

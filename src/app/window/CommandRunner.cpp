@@ -1,6 +1,7 @@
 #include "app/window/CommandRunner.h"
 
 #include "app/frmMain.h"
+#include "app/window/ChangeMonitor.h"
 #include "app/window/ResultPane.h"
 #include "app/window/SearchController.h"
 #include "app/window/SearchRequest.h"
@@ -110,6 +111,7 @@ CommandContext CommandRunner::Context() {
 }
 
 void CommandRunner::Ended() {
+    window_.Monitor().Forget(); // what the command changed is told as commands tell it
     window_.Request().ShowRunning(false);
     shared_.status.State(QStringLiteral("restore"));
     running_ = false;

@@ -1,6 +1,7 @@
 #include "app/window/SearchController.h"
 
 #include "app/frmMain.h"
+#include "app/window/ChangeMonitor.h"
 #include "app/window/CommandRunner.h"
 #include "app/window/ResultPane.h"
 #include "app/window/SearchRequest.h"
@@ -108,6 +109,7 @@ bool SearchController::Prepare() {
     // The lists and the census refer to records of the store, which the search is about to
     // erase.
     window_.Types().UnloadCensus();
+    window_.Monitor().Stop();
     results.ClearLists();
     shared_.session.Prepare(request.StartPath(), request.Options());
     results.SetFolderResults(false);
@@ -152,6 +154,8 @@ void SearchController::ShowMatches() {
     results.SyncViews();
     results.ShowFirstList();
     ShowSearchResults(shared_.session.ElapsedSeconds());
+    // The list is there: its folders are watched from now on.
+    window_.Monitor().Watch(shared_.session.RootPath(), shared_.session.Options());
     if (!listed) {
         results.ShowTooManyToList();
         // Views of a part of the results are made from the census.

@@ -1,0 +1,119 @@
+#include "app/window/ChangeMonitor.h"
+
+#include "app/frmMain.h"
+#include "app/window/CommandRunner.h"
+#include "app/window/ResultPane.h"
+#include "app/window/SearchController.h"
+#include "app/window/WindowContext.h"
+#include "fileops/FileCommands.h"
+#include "search/FolderWatch.h"
+#include "settings/modPProfile.h"
+
+#include <QApplication>
+#include <QSocketNotifier>
+#include <QStatusBar>
+#include <QTimer>
+
+ChangeMonitor::ChangeMonitor(frmMain& window, WindowContext& shared)
+    : window_(window), shared_(shared), retry_(new QTimer(&window)) {
+    retry_->setSingleShot(true);
+    QObject::connect(retry_, &QTimer::timeout, &window, [this] { Act(); });
+}
+
+ChangeMonitor::~ChangeMonitor() {
+    Stop();
+}
+
+void ChangeMonitor::Watch(const std::string& root, const SearchOptions& options) {
+    Stop();
+    window_.statusBar()->setToolTip({});
+    if (!shared_.profile.Settings().WatchForChanges) {
+        return;
+    }
+    watch_ = std::make_unique<FolderWatch>(options, limit_);
+    if (watch_->CurrentState() == FolderWatch::State::Failed) {
+        window_.statusBar()->setToolTip(watch_->Problem());
+        watch_.reset();
+        return;
+    }
+    notifier_ = new QSocketNotifier(watch_->Fd(), QSocketNotifier::Read, &window_);
+    QObject::connect(notifier_, &QSocketNotifier::activated, &window_, [this] { ReadChanges(); });
+    auto added = std::make_shared<std::promise<void>>();
+    added_ = added->get_future().share();
+    // The thread tells the window; a watch begun since makes the word stale.
+    watch_->Start(root, [this, added, generation = generation_] {
+        QMetaObject::invokeMethod(
+            &window_, [this, generation] { Added(generation); }, Qt::QueuedConnection);
+        added->set_value();
+    });
+}
+
+void ChangeMonitor::Stop() {
+    ++generation_;
+    if (notifier_ != nullptr) {
+        // Perhaps in its own signal (a change that made the search run again).
+        notifier_->setEnabled(false);
+        notifier_->deleteLater();
+        notifier_ = nullptr;
+    }
+    watch_.reset(); // waits for the thread adding watches
+    changed_ = false;
+    retry_->stop();
+}
+
+void ChangeMonitor::Added(unsigned generation) {
+    if (generation != generation_ || !watch_) {
+        return;
+    }
+    if (watch_->CurrentState() != FolderWatch::State::Watching) {
+        // The status line's tool tip says why nothing is watched.
+        window_.statusBar()->setToolTip(watch_->Problem());
+        Stop();
+    }
+}
+
+void ChangeMonitor::Forget() {
+    if (watch_) {
+        watch_->ReadEvents();
+    }
+    changed_ = false;
+    retry_->stop();
+}
+
+void ChangeMonitor::ReadChanges() {
+    if (watch_ && watch_->ReadEvents()) {
+        changed_ = true;
+        Act();
+    }
+}
+
+void ChangeMonitor::Act() {
+    if (!changed_) {
+        return;
+    }
+    if (shared_.busy || window_.Commands().Running() || QApplication::activeModalWidget()) {
+        retry_->start(1000);
+        return;
+    }
+    const Rescan advice =
+        RescanOrAdvise(shared_.profile.Settings(), window_.Results().VisibleRowCount());
+    if (advice != Rescan::Now) {
+        changed_ = false;
+        shared_.status.Set(StatusPart::Message, RescanAdviceText(Rescan::AdviseChanged));
+        return;
+    }
+    if (lastRescan_.isValid() && lastRescan_.elapsed() < 1000) {
+        retry_->start(static_cast<int>(1000 - lastRescan_.elapsed()));
+        return;
+    }
+    changed_ = false;
+    lastRescan_.start();
+    window_.Search().ButtonClicked();
+}
+
+void ChangeMonitor::WaitForWatchesForTesting() {
+    if (added_.valid()) {
+        added_.wait();
+    }
+    QCoreApplication::sendPostedEvents();
+}
