@@ -7,7 +7,9 @@
 #include <fcntl.h>
 #include <fstream>
 #include <sys/inotify.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -42,6 +44,7 @@ FolderWatch::~FolderWatch() {
 
 void FolderWatch::Start(const std::string& root, std::function<void()> done) {
     adder_ = std::thread([this, root, done = std::move(done)] {
+        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 10); // the window goes first
         AddWatches(root);
         done();
     });

@@ -22,6 +22,9 @@ ChangeMonitor::ChangeMonitor(frmMain& window, WindowContext& shared)
 
 ChangeMonitor::~ChangeMonitor() {
     Stop();
+    if (closer_.joinable()) {
+        closer_.join();
+    }
 }
 
 void ChangeMonitor::Watch(const std::string& root, const SearchOptions& options) {
@@ -40,12 +43,22 @@ void ChangeMonitor::Watch(const std::string& root, const SearchOptions& options)
     QObject::connect(notifier_, &QSocketNotifier::activated, &window_, [this] { ReadChanges(); });
     auto added = std::make_shared<std::promise<void>>();
     added_ = added->get_future().share();
-    // The thread tells the window; a watch begun since makes the word stale.
-    watch_->Start(root, [this, added, generation = generation_] {
-        QMetaObject::invokeMethod(
-            &window_, [this, generation] { Added(generation); }, Qt::QueuedConnection);
-        added->set_value();
-    });
+    // Once the list is painted (its events are posted before this); the thread tells the
+    // window when it is done, and a watch begun since makes the word stale.
+    QMetaObject::invokeMethod(
+        &window_,
+        [this, root, added, generation = generation_] {
+            if (generation != generation_) {
+                added->set_value();
+                return;
+            }
+            watch_->Start(root, [this, added, generation] {
+                QMetaObject::invokeMethod(
+                    &window_, [this, generation] { Added(generation); }, Qt::QueuedConnection);
+                added->set_value();
+            });
+        },
+        Qt::QueuedConnection);
 }
 
 void ChangeMonitor::Stop() {
@@ -56,7 +69,13 @@ void ChangeMonitor::Stop() {
         notifier_->deleteLater();
         notifier_ = nullptr;
     }
-    watch_.reset(); // waits for the thread adding watches
+    // Closing thousands of watches takes a while: not on this thread, which is about to search.
+    if (closer_.joinable()) {
+        closer_.join();
+    }
+    if (watch_) {
+        closer_ = std::thread([watch = std::move(watch_)]() mutable { watch.reset(); });
+    }
     changed_ = false;
     retry_->stop();
 }
@@ -112,8 +131,9 @@ void ChangeMonitor::Act() {
 }
 
 void ChangeMonitor::WaitForWatchesForTesting() {
+    QCoreApplication::sendPostedEvents(); // the start
     if (added_.valid()) {
         added_.wait();
     }
-    QCoreApplication::sendPostedEvents();
+    QCoreApplication::sendPostedEvents(); // the word that it is done
 }

@@ -5,6 +5,7 @@
 #include <future>
 #include <memory>
 #include <string>
+#include <thread>
 
 class FolderWatch;
 class QSocketNotifier;
@@ -52,4 +53,5 @@ private:
     bool changed_ = false;
     long limit_ = 0;
     std::shared_future<void> added_;
+    std::thread closer_;
 };
