@@ -153,19 +153,26 @@ void MainMenus::AddMasksAndHelpMenus(QMenuBar* bar) {
          {nullptr, QT_TR_NOOP("&About Tallymoor..."), [this] { emit window_.AboutRequested(); }}});
 }
 
+QMenu* MainMenus::NewPopup(const char* name) {
+    auto* popup = new QMenu(&window_);
+    popup->setObjectName(name);
+    return popup;
+}
+
+// A file command, started once the menu has closed.
+std::function<void()> MainMenus::Request(PendingAction action) {
+    return [this, action] { window_.Commands().Request(action); };
+}
+
 // Captions and object names as in the program's menus.
 void MainMenus::BuildListPopup() {
-    listPopup_ = new QMenu(&window_);
-    listPopup_->setObjectName("zmnuListPopup");
-    const auto request = [this](PendingAction action) {
-        return [this, action] { window_.Commands().Request(action); };
-    };
+    listPopup_ = NewPopup("zmnuListPopup");
     SelectionCommands& selection = window_.Selection();
     ResultPane& results = window_.Results();
     TypeCommands& types = window_.Types();
-    Add(listPopup_, {{"mnuListPop_0", QT_TR_NOOP("Copy..."), request(PendingAction::CopyFiles)},
+    Add(listPopup_, {{"mnuListPop_0", QT_TR_NOOP("Copy..."), Request(PendingAction::CopyFiles)},
                      {"mnuListPop_1", QT_TR_NOOP("Move..."), {}, Needs::Never, {}, true},
-                     {"mnuListPop_2", QT_TR_NOOP("Delete"), request(PendingAction::DeleteFiles)},
+                     {"mnuListPop_2", QT_TR_NOOP("Delete"), Request(PendingAction::DeleteFiles)},
                      {"mnuListPop_3", nullptr}});
     QMenu* sendTo = listPopup_->addMenu(tr("Send To"));
     sendTo->menuAction()->setObjectName("mnuListPop_4");
@@ -199,23 +206,19 @@ void MainMenus::BuildListPopup() {
 }
 
 void MainMenus::BuildFolderPopup() {
-    folderPopup_ = new QMenu(&window_);
-    folderPopup_->setObjectName("zmnuFolderPopup");
-    const auto request = [this](PendingAction action) {
-        return [this, action] { window_.Commands().Request(action); };
-    };
+    folderPopup_ = NewPopup("zmnuFolderPopup");
     SelectionCommands& selection = window_.Selection();
     ResultPane& results = window_.Results();
     Add(folderPopup_,
         {{"mnuFolderPopup_0", QT_TR_NOOP("Set as New Start Path"),
           [&selection] { selection.SetAsNewStartPath(); }},
          {"mnuFolderPopup_1", nullptr},
-         {"mnuFolderPopup_2", QT_TR_NOOP("Copy Folder..."), request(PendingAction::CopyFolder)},
+         {"mnuFolderPopup_2", QT_TR_NOOP("Copy Folder..."), Request(PendingAction::CopyFolder)},
          {"mnuFolderPopup_3", QT_TR_NOOP("Copy Folder Contents..."),
-          request(PendingAction::CopyFolderContents)},
-         {"mnuFolderPopup_4", QT_TR_NOOP("Move Folder..."), request(PendingAction::MoveFolder),
+          Request(PendingAction::CopyFolderContents)},
+         {"mnuFolderPopup_4", QT_TR_NOOP("Move Folder..."), Request(PendingAction::MoveFolder),
           Needs::Folders},
-         {"mnuFolderPopup_5", QT_TR_NOOP("Delete Folder"), request(PendingAction::DeleteFolder)},
+         {"mnuFolderPopup_5", QT_TR_NOOP("Delete Folder"), Request(PendingAction::DeleteFolder)},
          {"mnuFolderPopup_6", nullptr}});
     QMenu* sendTo = folderPopup_->addMenu(tr("Send To"));
     sendTo->menuAction()->setObjectName("mnuFolderPopup_7");

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+enum class PendingAction;
 class QAction;
 class QMenu;
 class QMenuBar;
@@ -61,6 +62,8 @@ private:
     void AddFileMenu(QMenuBar* bar);
     void AddEditAndSelectMenus(QMenuBar* bar);
     void AddMasksAndHelpMenus(QMenuBar* bar);
+    QMenu* NewPopup(const char* name);
+    std::function<void()> Request(PendingAction action);
     void BuildListPopup();
     void BuildFolderPopup();
     bool Allows(Needs needs) const;
