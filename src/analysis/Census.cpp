@@ -31,7 +31,7 @@ constexpr std::array<Range, kCountRanges> kRanges = {{
 }};
 
 bool ValidRange(int index) {
-    return index >= 0 && index < kCountRanges && index != 1;
+    return index >= kAllResults && index < kCountRanges && index != kRangeSeparator;
 }
 
 } // namespace
@@ -43,7 +43,7 @@ QString CountRangeCaption(int index) {
 }
 
 bool PassesCountFilter(int filterIndex, int64_t count) {
-    if (filterIndex == 0) {
+    if (filterIndex == kAllResults) {
         return true;
     }
     return ValidRange(filterIndex) && count >= kRanges[filterIndex].filterLow &&
@@ -69,25 +69,25 @@ std::pair<std::string_view, std::string_view> FirstToken(std::string_view text, 
 
 std::string CensusReportFileName(int filterIndex) {
     switch (filterIndex) {
-    case 0:
+    case kAllResults:
         return "resultcount.txt";
-    case 2:
+    case kUnder5:
         return "resultcount (1 to 4 files).txt";
-    case 3:
+    case k5To10:
         return "resultcount (5 to 10 files).txt";
-    case 4:
+    case k10To20:
         return "resultcount (10 to 20 files).txt";
-    case 5:
+    case k20To50:
         return "resultcount (20 to 50 files).txt";
-    case 6:
+    case k50To100:
         return "resultcount (50 to 100 files).txt";
-    case 7:
+    case k100To500:
         return "resultcount (100 to 500 files).txt";
-    case 8:
+    case k500To1000:
         return "resultcount (500 to 1000 files).txt";
-    case 9:
+    case k1000To5000:
         return "resultcount (1000 to 5000 files).txt";
-    case 10:
+    case kOver5000:
         return "resultcount (over 5000 files).txt";
     default:
         return {};

@@ -25,9 +25,23 @@ struct SelectedTypeEntry {
 };
 using SelectedTypeArray = std::vector<SelectedTypeEntry>;
 
-// The count-range table of the Filter and Select menus, indices 0 to 10 (1 is a separator).
-// The ranges overlap at their shared bounds on purpose: 10 files is both "5 - 10" and "10 - 20".
-constexpr int kCountRanges = 11;
+// The count ranges by their place in the Filter and Select menus (1 is the line between All
+// results and the others), which is also the number the command line's --filter takes. The
+// ranges overlap at their shared bounds on purpose: 10 files is both "5 - 10" and "10 - 20".
+enum CountRange : int {
+    kAllResults = 0,
+    kRangeSeparator = 1,
+    kUnder5 = 2,
+    k5To10 = 3,
+    k10To20 = 4,
+    k20To50 = 5,
+    k50To100 = 6,
+    k100To500 = 7,
+    k500To1000 = 8,
+    k1000To5000 = 9,
+    kOver5000 = 10,
+    kCountRanges = 11,
+};
 QString CountRangeCaption(int index);
 bool PassesCountFilter(int filterIndex, int64_t count);
 bool InSelectRange(int index, int64_t count);

@@ -213,7 +213,7 @@ void dlgStarDotStar::BuildMenus(QWidget* barWidget) {
     QMenu* select = bar->addMenu(tr("&Select"));
     select->setObjectName("zmnuSelect");
     for (int i = 0; i < kCountRanges; ++i) {
-        if (i == 1) {
+        if (i == kRangeSeparator) {
             filter->addSeparator();
             select->addSeparator();
             continue;
@@ -258,7 +258,7 @@ void dlgStarDotStar::CreateMaskArrayCountSR(int filterIndex) {
     FillList();
     for (int i = 0; i < kCountRanges; ++i) {
         if (mnuFilter[i] != nullptr) {
-            mnuFilter[i]->setChecked(i == 0);
+            mnuFilter[i]->setChecked(i == kAllResults);
         }
     }
     lstExtensions->show();

@@ -386,7 +386,7 @@ struct Request {
     bool sizes = false;
     bool quiet = false;
     bool help = false;
-    int filter = 0;
+    int filter = kAllResults;
     std::string report;
     bool yes = false;
     std::string destination; // copy's DEST, absolute
@@ -438,8 +438,8 @@ bool TakeOption(const OptionInfo& o, const std::string& value, Request& request,
         request.report = value;
         break;
     case Option::Filter: {
-        const auto filter = NumberIn(value, 0, kCountRanges - 1);
-        if (!filter || *filter == 1) {
+        const auto filter = NumberIn(value, kAllResults, kCountRanges - 1);
+        if (!filter || *filter == kRangeSeparator) {
             UsageError(err, Text::tr("tallymoor: --filter takes 0 or 2 to 10, not '%1'"), {value},
                        request.command->word);
             return false;
@@ -667,7 +667,7 @@ int PrintCensus(const Request& request, SearchSession& session, const CancelFlag
     Census census;
     census.Build(
         session.Store(), 0, [](const QString&) {}, [] {});
-    if (request.filter != 0) {
+    if (request.filter != kAllResults) {
         census.ApplyFilter(request.filter);
     }
     CheckedOutput out(stdOut);

@@ -41,7 +41,7 @@ bool TypeCommands::CountTypes() {
     census_ =
         std::make_unique<dlgStarDotStar>(shared_.session.Store(), shared_.profile, shared_.prompts,
                                          *shared_.progress, shared_.yield, &window_);
-    census_->CreateMaskArrayCountSR(0);
+    census_->CreateMaskArrayCountSR(kAllResults);
     census_->SetupControls(tr("File Types in %1").arg(window_.Results().Views()[0].caption),
                            static_cast<int>(census_->CensusData().Hidden().size()));
     census_->SetSearchData(window_.Request().StartPath(), window_.Request().Mask().toStdString());
