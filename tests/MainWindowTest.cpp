@@ -336,6 +336,8 @@ TEST_F(MainWindowTest, TheListKnowsWhenTheDiskChangedUnderIt) {
     window->Monitor().WaitForWatchesForTesting();
     EXPECT_FALSE(window->Monitor().Watching());
     EXPECT_TRUE(window->statusBar()->toolTip().startsWith("Changes on the disk are not watched"));
+    window->NewResults();
+    EXPECT_EQ(window->statusBar()->toolTip(), "") << "no list, nothing to explain";
 }
 
 // The report view (a new settings file's default): columns sorted by a click on their header,

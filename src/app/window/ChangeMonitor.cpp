@@ -29,7 +29,6 @@ ChangeMonitor::~ChangeMonitor() {
 
 void ChangeMonitor::Watch(const std::string& root, const SearchOptions& options) {
     Stop();
-    window_.statusBar()->setToolTip({});
     if (!shared_.profile.Settings().WatchForChanges) {
         return;
     }
@@ -63,6 +62,7 @@ void ChangeMonitor::Watch(const std::string& root, const SearchOptions& options)
 
 void ChangeMonitor::Stop() {
     ++generation_;
+    window_.statusBar()->setToolTip({}); // nothing watched, nothing to explain
     if (notifier_ != nullptr) {
         // Perhaps in its own signal (a change that made the search run again).
         notifier_->setEnabled(false);
@@ -85,9 +85,10 @@ void ChangeMonitor::Added(unsigned generation) {
         return;
     }
     if (watch_->CurrentState() != FolderWatch::State::Watching) {
-        // The status line's tool tip says why nothing is watched.
-        window_.statusBar()->setToolTip(watch_->Problem());
+        const QString problem = watch_->Problem();
         Stop();
+        // The status line's tool tip says why nothing is watched.
+        window_.statusBar()->setToolTip(problem);
     }
 }
 
