@@ -40,7 +40,6 @@ public:
 
     StatusLine& Status() { return shared_.status; }
     SearchSession& Session() { return shared_.session; }
-    MaskFavorites& Favorites() { return shared_.favorites; }
     EventYield& Yield() { return shared_.yield; }
     bool IsBusy() const { return shared_.busy; }
     // Every part's controls and entries as the busy flag now says.

@@ -284,6 +284,16 @@ bool DeleteFolder(const std::string& folder, CommandContext& context) {
     return reason.empty();
 }
 
+// A copy or move picks its folder for the purpose of the same number.
+static_assert(static_cast<int>(modBrowse::PickPurpose::CopyFiles) ==
+                  static_cast<int>(PendingAction::CopyFiles) &&
+              static_cast<int>(modBrowse::PickPurpose::CopyFolder) ==
+                  static_cast<int>(PendingAction::CopyFolder) &&
+              static_cast<int>(modBrowse::PickPurpose::CopyFolderContents) ==
+                  static_cast<int>(PendingAction::CopyFolderContents) &&
+              static_cast<int>(modBrowse::PickPurpose::MoveFolder) ==
+                  static_cast<int>(PendingAction::MoveFolder));
+
 std::optional<std::string>
 PrepareCopy(PendingAction command, const std::vector<std::string>& selected,
             CommandContext& context,

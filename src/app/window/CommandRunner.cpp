@@ -106,8 +106,7 @@ CommandContext CommandRunner::Context() {
             window_.Request().ShowRunning(true);
         },
         {},
-        shared_.progress,
-        copyFaults_};
+        shared_.progress};
 }
 
 void CommandRunner::Ended() {

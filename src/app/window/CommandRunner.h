@@ -25,8 +25,6 @@ public:
     // The timer's event: runs the waiting command, then rescans or advises a rescan.
     void TimerFired();
     bool Running() const { return running_; }
-    // Faults put into the copies (tests only).
-    void SetCopyFaultsForTesting(const CopyFaults* faults) { copyFaults_ = faults; }
 
 private:
     bool Run(PendingAction action);
@@ -48,5 +46,4 @@ private:
     QTimer* Timer1;
     PendingAction pending_ = PendingAction::None;
     bool running_ = false;
-    const CopyFaults* copyFaults_ = nullptr;
 };

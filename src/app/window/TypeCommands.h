@@ -21,7 +21,6 @@ public:
     // Opens the census of the last search.
     void ShowFileTypes();
     bool CensusReady() const { return census_ != nullptr; }
-    dlgStarDotStar* CensusDialog() const { return census_.get(); }
     // The census counted a store or a disk that is no longer so.
     void UnloadCensus();
     // One view per type the census hands over (a type with a view already is skipped).
