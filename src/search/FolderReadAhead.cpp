@@ -43,13 +43,15 @@ bool AnySubfolder(const std::vector<char>& entries) {
 
 } // namespace
 
+bool IsFolderAt(int dirFd, const char* name) {
+    struct stat st {};
+    return fstatat(dirFd, name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
+}
+
 void ResolveUnknownTypes(int dirFd, std::vector<char>& entries) {
     ForEachEntry(entries, [dirFd](dirent64& entry) {
         if (entry.d_type == DT_UNKNOWN) {
-            struct stat st {};
-            const bool folder =
-                fstatat(dirFd, entry.d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
-            entry.d_type = folder ? DT_DIR : DT_REG;
+            entry.d_type = IsFolderAt(dirFd, entry.d_name) ? DT_DIR : DT_REG;
         }
     });
 }

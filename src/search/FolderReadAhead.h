@@ -109,6 +109,9 @@ private:
     std::vector<std::thread> threads_;
 };
 
+// Whether `name` in the folder open as `dirFd` is a folder itself (a link to one is not).
+bool IsFolderAt(int dirFd, const char* name);
+
 // Looks up the type of every entry whose d_type is unknown, so the records say which are
 // folders (a failed lookup marks it a file, as the walk would take it).
 void ResolveUnknownTypes(int dirFd, std::vector<char>& entries);

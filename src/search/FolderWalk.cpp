@@ -78,11 +78,6 @@ UniqueFd OpenRoot(const std::string& path) {
     return fd;
 }
 
-bool IsFolderAt(int dirFd, const char* name) {
-    struct stat st {};
-    return fstatat(dirFd, name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
-}
-
 bool IsLowerAscii(std::string_view s) {
     return std::none_of(s.begin(), s.end(), [](char c) {
         return (c >= 'A' && c <= 'Z') || static_cast<unsigned char>(c) >= 0x80;

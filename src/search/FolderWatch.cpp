@@ -8,7 +8,6 @@
 #include <fstream>
 #include <sys/inotify.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -75,12 +74,9 @@ void FolderWatch::AddTree(const std::string& root) {
         const DirStream dir = OpenDirStream(
             UniqueFd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
         while (const dirent* entry = dir ? readdir(dir.get()) : nullptr) {
-            struct stat st {};
             const bool isFolder =
                 entry->d_type == DT_DIR ||
-                (entry->d_type == DT_UNKNOWN &&
-                 fstatat(dirfd(dir.get()), entry->d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 &&
-                 S_ISDIR(st.st_mode));
+                (entry->d_type == DT_UNKNOWN && IsFolderAt(dirfd(dir.get()), entry->d_name));
             if (isFolder && entry->d_name[0] != '.') {
                 folders.push_back(folder + entry->d_name + "/");
             }

@@ -50,7 +50,7 @@ private:
     long limit_;
     UniqueFd fd_;
     std::atomic<State> state_{State::Adding};
-    std::atomic<long> watched_{0};
+    long watched_ = 0; // by the thread adding them
     int error_ = 0;
     std::thread adder_;
     std::atomic<bool> stop_{false};
