@@ -16,6 +16,7 @@
 #include <QCoreApplication>
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -267,20 +268,26 @@ void PrintLine(std::FILE* stream, const QString& text) {
 }
 
 // Standard output with every write checked: the first failure is kept with its reason, and
-// nothing more is attempted after it.
+// nothing more is attempted after it. Into a pipe or a file, lines are gathered and go out in
+// large writes; a terminal gets each piece as it comes, to show the search as it goes.
 class CheckedOutput {
 public:
-    explicit CheckedOutput(std::FILE* stream) : stream_(stream) {}
+    explicit CheckedOutput(std::FILE* stream)
+        : stream_(stream), chunk_(isatty(fileno(stream)) != 0 ? 0 : kChunk) {
+        buffer_.reserve(chunk_);
+    }
 
     void Write(std::string_view bytes) {
-        errno = 0;
-        if (error_ == 0 && std::fwrite(bytes.data(), 1, bytes.size(), stream_) != bytes.size()) {
-            error_ = errno != 0 ? errno : EIO;
-        }
+        buffer_.append(bytes);
+        SendWhenFull();
     }
-    void Put(char c) { Write(std::string_view(&c, 1)); }
+    void Put(char c) {
+        buffer_.push_back(c);
+        SendWhenFull();
+    }
     // Flushes; true when everything went out.
     bool Finish() {
+        Send();
         errno = 0;
         if (error_ == 0 && (std::fflush(stream_) != 0 || std::ferror(stream_))) {
             error_ = errno != 0 ? errno : EIO;
@@ -290,7 +297,25 @@ public:
     int Error() const { return error_; }
 
 private:
+    static constexpr size_t kChunk = 64 * 1024;
+
+    void SendWhenFull() {
+        if (buffer_.size() >= chunk_) {
+            Send();
+        }
+    }
+    void Send() {
+        errno = 0;
+        if (error_ == 0 &&
+            std::fwrite(buffer_.data(), 1, buffer_.size(), stream_) != buffer_.size()) {
+            error_ = errno != 0 ? errno : EIO;
+        }
+        buffer_.clear();
+    }
+
     std::FILE* stream_;
+    size_t chunk_;
+    std::string buffer_;
     int error_ = 0;
 };
 
@@ -609,10 +634,13 @@ void WriteTime(CheckedOutput& out, int64_t fileTime) {
         --seconds;
         fraction += kUnitsPerSecond;
     }
-    char text[48];
-    const int n = std::snprintf(text, sizeof text, "%lld.%07lld", static_cast<long long>(seconds),
-                                static_cast<long long>(fraction));
-    out.Write(std::string_view(text, static_cast<size_t>(n)));
+    char text[32];
+    char* end = std::to_chars(text, text + sizeof text, seconds).ptr;
+    *end++ = '.';
+    for (int64_t unit = kUnitsPerSecond / 10; unit > 0; unit /= 10) {
+        *end++ = static_cast<char>('0' + fraction / unit % 10);
+    }
+    out.Write(std::string_view(text, static_cast<size_t>(end - text)));
 }
 
 // Prints the paths (and times) of the records stored so far. It runs while the walk goes on,
