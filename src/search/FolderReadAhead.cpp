@@ -81,6 +81,7 @@ FolderReadAhead::~FolderReadAhead() {
     {
         const std::lock_guard lock(mutex_);
         stop_ = true;
+        changes_.fetch_add(1, std::memory_order_release);
     }
     work_.notify_all();
     for (std::thread& thread : threads_) {
@@ -90,6 +91,7 @@ FolderReadAhead::~FolderReadAhead() {
 
 void FolderReadAhead::AddSubfolders(const Place& place, std::string_view path,
                                     const std::vector<char>& entries, const Parent& parent) {
+    changes_.fetch_add(1, std::memory_order_release);
     Place child = place;
     child.push_back(0);
     if (child < scanFrom_) {
@@ -115,8 +117,9 @@ void FolderReadAhead::AddSubfolders(const Place& place, std::string_view path,
     }
 }
 
-void FolderReadAhead::WakeReader(std::unique_lock<std::mutex>& lock) {
-    const bool idle = idleReaders_ > 0;
+void FolderReadAhead::WakeReader(Lock& lock) {
+    // Only for work a reader can take: a reader woken for nothing costs a wake-up on each side.
+    const bool idle = idleReaders_ > 0 && NextToRead() != jobs_.end();
     lock.unlock();
     if (idle) {
         work_.notify_one();
@@ -170,6 +173,7 @@ bool FolderReadAhead::Take(const Place& place, std::string_view path, Folder& in
             }
         }
     }
+    changes_.fetch_add(1, std::memory_order_release);
     WakeReader(lock);
     return taken;
 }
@@ -177,7 +181,7 @@ bool FolderReadAhead::Take(const Place& place, std::string_view path, Folder& in
 // Until a reader finishes a folder. A reader is usually only microseconds from done, and
 // waking from a sleep costs more than that, so the walk spins a little first: it is one of
 // no more threads than processors, so nobody waits for its core.
-void FolderReadAhead::WaitForReader(std::unique_lock<std::mutex>& lock) {
+void FolderReadAhead::WaitForReader(Lock& lock) {
     const uint64_t seen = finished_.load(std::memory_order_acquire);
     lock.unlock();
     for (int spin = 0; spin < 20000 && finished_.load(std::memory_order_acquire) == seen; ++spin) {
@@ -295,8 +299,7 @@ FolderReadAhead::Parent FolderReadAhead::KeepOpen(UniqueFd fd, std::string_view 
     });
 }
 
-void FolderReadAhead::ReadJob(std::unique_lock<std::mutex>& lock, Jobs::iterator job,
-                              Reader& reader) {
+void FolderReadAhead::ReadJob(Lock& lock, Jobs::iterator job, Reader& reader) {
     const Place place = job->first;
     const std::string path = job->second.path;
     const Parent parent = std::move(job->second.parent);
@@ -331,14 +334,28 @@ void FolderReadAhead::ReadJob(std::unique_lock<std::mutex>& lock, Jobs::iterator
     }
 }
 
+// Until there may be new work. The walk is usually about to offer some, and a reader that
+// sleeps costs a wake-up on each side, so it spins a little first.
+void FolderReadAhead::AwaitWork(Lock& lock) {
+    const uint64_t seen = changes_.load(std::memory_order_acquire);
+    lock.unlock();
+    for (int spin = 0; spin < 4000 && changes_.load(std::memory_order_acquire) == seen; ++spin) {
+        CpuRelax();
+    }
+    lock.lock();
+}
+
 void FolderReadAhead::Run() {
     Reader reader(options_.MaskText);
     std::unique_lock lock(mutex_);
     for (;;) {
         auto next = jobs_.end();
-        ++idleReaders_;
-        work_.wait(lock, [&] { return stop_ || (next = NextToRead()) != jobs_.end(); });
-        --idleReaders_;
+        if (!stop_ && (next = NextToRead()) == jobs_.end()) {
+            AwaitWork(lock);
+            ++idleReaders_;
+            work_.wait(lock, [&] { return stop_ || (next = NextToRead()) != jobs_.end(); });
+            --idleReaders_;
+        }
         if (stop_) {
             return;
         }

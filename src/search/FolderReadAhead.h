@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/SpinThenSleepMutex.h"
 #include "platform/UniqueFd.h"
 #include "search/MaskMatcher.h"
 
@@ -16,6 +17,7 @@
 #include <vector>
 
 class CancelFlag;
+
 struct SearchOptions;
 
 // Reads folders ahead of a depth-first walk on reader threads, so that the walk, which stores
@@ -77,12 +79,14 @@ private:
         std::vector<char> scratch;
     };
     using Jobs = std::map<Place, Job>;
+    using Lock = std::unique_lock<SpinThenSleepMutex>;
 
     void Run();
     Jobs::iterator NextToRead();
-    void ReadJob(std::unique_lock<std::mutex>& lock, Jobs::iterator job, Reader& reader);
-    void WakeReader(std::unique_lock<std::mutex>& lock);
-    void WaitForReader(std::unique_lock<std::mutex>& lock);
+    void ReadJob(Lock& lock, Jobs::iterator job, Reader& reader);
+    void WakeReader(Lock& lock);
+    void AwaitWork(Lock& lock);
+    void WaitForReader(Lock& lock);
     bool Read(const std::string& path, const Parent& parent, Folder& folder, UniqueFd& fd,
               std::vector<char>& scratch, const MaskMatcher& matcher) const;
     void StatKeptFiles(int fd, const MaskMatcher& matcher, Folder& folder) const;
@@ -99,12 +103,13 @@ private:
     bool stop_ = false;
     int idleReaders_ = 0; // waiting for work: woken only then, wake-ups cost
     bool walkWaiting_ = false;
+    std::atomic<uint64_t> changes_{0};              // work offered, folders taken, or the end
     std::atomic<uint64_t> finished_{0};             // folders readers are done with, read or not
     std::shared_ptr<std::atomic<int>> parentsOpen_; // descriptors kept for subfolders
     int mostParents_ = 0;
-    std::mutex mutex_;
-    std::condition_variable work_;
-    std::condition_variable done_;
+    SpinThenSleepMutex mutex_;
+    std::condition_variable_any work_;
+    std::condition_variable_any done_;
     Reader walkReader_;
     std::vector<std::thread> threads_;
 };
