@@ -432,13 +432,14 @@ TEST(FolderWalk, StatusCadenceIsEvery4000FilesAndEvery100Folders) {
 }
 
 // Reading ahead on several threads must not change a thing the walk stores or reports; half
-// the trees hang 20 levels down, where readers open folders by their parent.
+// the trees hang 20 levels down, where readers open folders by their parent, and one 70,
+// below where readers go.
 TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
     std::mt19937 random(20261122);
     for (int tree = 0; tree < 6; ++tree) {
         TestTree t;
         std::string deep;
-        for (int level = 0; tree % 2 == 1 && level < 20; ++level) {
+        for (int level = 0; tree % 2 == 1 && level < (tree == 5 ? 70 : 20); ++level) {
             deep += "l" + std::to_string(level) + "/";
         }
         std::vector<std::string> made{deep};

@@ -92,6 +92,9 @@ FolderReadAhead::~FolderReadAhead() {
 void FolderReadAhead::AddSubfolders(const Place& place, std::string_view path,
                                     const std::vector<char>& entries, const Parent& parent) {
     changes_.fetch_add(1, std::memory_order_release);
+    if (place.size() >= kDeepest) {
+        return;
+    }
     Place child = place;
     child.push_back(0);
     if (child < scanFrom_) {
@@ -182,13 +185,13 @@ bool FolderReadAhead::Take(const Place& place, std::string_view path, Folder& in
 // waking from a sleep costs more than that, so the walk spins a little first: it is one of
 // no more threads than processors, so nobody waits for its core.
 void FolderReadAhead::WaitForReader(Lock& lock) {
-    const uint64_t seen = finished_.load(std::memory_order_acquire);
+    const uint64_t seen = progress_.load(std::memory_order_acquire);
     lock.unlock();
-    for (int spin = 0; spin < 20000 && finished_.load(std::memory_order_acquire) == seen; ++spin) {
+    for (int spin = 0; spin < 20000 && progress_.load(std::memory_order_acquire) == seen; ++spin) {
         std::this_thread::yield();
     }
     lock.lock();
-    if (finished_.load(std::memory_order_acquire) == seen) {
+    if (progress_.load(std::memory_order_acquire) == seen) {
         walkWaiting_ = true;
         done_.wait_for(lock, std::chrono::milliseconds(10));
         walkWaiting_ = false;
@@ -199,8 +202,7 @@ FolderReadAhead::Reader::Reader(const std::string& mask) : matcher(mask), scratc
 }
 
 bool FolderReadAhead::Read(const std::string& path, const Parent& parent, Folder& folder,
-                           UniqueFd& fd, std::vector<char>& scratch,
-                           const MaskMatcher& matcher) const {
+                           UniqueFd& fd, std::vector<char>& scratch) const {
     constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     if (parent) {
         // One name (never "." or "..": those begin with a dot), no link followed: still
@@ -241,9 +243,6 @@ bool FolderReadAhead::Read(const std::string& path, const Parent& parent, Folder
         scratch = std::vector<char>(kScratchSize);
     }
     ResolveUnknownTypes(fd.Get(), folder.entries);
-    if (!options_.FoldersOnly && options_.KeepStatus) {
-        StatKeptFiles(fd.Get(), matcher, folder);
-    }
     return true;
 }
 
@@ -279,8 +278,9 @@ FolderReadAhead::Jobs::iterator FolderReadAhead::NextToRead() {
 
 // The descriptor of a folder just read, shared by its subfolders' jobs when it is deep (opening
 // by the whole path costs a lookup per level; near the root that is cheaper than keeping
-// descriptors), has subfolders and the budget allows; the last of them closes it.
-FolderReadAhead::Parent FolderReadAhead::KeepOpen(UniqueFd fd, std::string_view path,
+// descriptors), has subfolders and the budget allows; the last of them closes it. Kept, it is
+// taken from `fd`.
+FolderReadAhead::Parent FolderReadAhead::KeepOpen(UniqueFd& fd, std::string_view path,
                                                   const std::vector<char>& entries) {
     constexpr long kDeep = 16; // levels below the root
     if (std::count(path.begin(), path.end(), '/') < kDeep) {
@@ -309,8 +309,25 @@ void FolderReadAhead::ReadJob(Lock& lock, Jobs::iterator job, Reader& reader) {
 
     Folder folder;
     UniqueFd fd;
-    const bool read = Read(path, parent, folder, fd, reader.scratch, reader.matcher);
-    const Parent kept = read ? KeepOpen(std::move(fd), path, folder.entries) : Parent();
+    const bool read = Read(path, parent, folder, fd, reader.scratch);
+    const Parent kept = read ? KeepOpen(fd, path, folder.entries) : Parent();
+    const bool status = read && !options_.FoldersOnly && options_.KeepStatus;
+    // The files' status takes longest, so the subfolders are offered first: another thread
+    // reads them meanwhile (down a chain nothing else could be read).
+    bool offered = false;
+    if (status && AnySubfolder(folder.entries)) {
+        lock.lock();
+        if (const auto it = jobs_.find(place);
+            it != jobs_.end() && it->second.state == State::Reading) {
+            AddSubfolders(place, path, folder.entries, kept);
+            offered = true;
+            Progressed();
+        }
+        lock.unlock();
+    }
+    if (status) {
+        StatKeptFiles(kept ? kept->Get() : fd.Get(), reader.matcher, folder);
+    }
 
     lock.lock();
     const auto it = jobs_.find(place);
@@ -320,15 +337,22 @@ void FolderReadAhead::ReadJob(Lock& lock, Jobs::iterator job, Reader& reader) {
             it->second.state = State::Failed;
         }
     } else {
-        AddSubfolders(place, path, folder.entries, kept);
+        if (!offered) {
+            AddSubfolders(place, path, folder.entries, kept);
+        }
         it->second.folder = std::move(folder);
         it->second.state = State::Read;
-        // Its subfolders are more work: another reader may start on them.
-        if (idleReaders_ > 0) {
-            work_.notify_one();
-        }
     }
-    finished_.fetch_add(1, std::memory_order_release);
+    Progressed();
+}
+
+// Tells whoever waits that there is more to take or to read: an idle reader (its subfolders
+// are more work), and the walk.
+void FolderReadAhead::Progressed() {
+    if (idleReaders_ > 0) {
+        work_.notify_one();
+    }
+    progress_.fetch_add(1, std::memory_order_release);
     if (walkWaiting_) {
         done_.notify_one();
     }

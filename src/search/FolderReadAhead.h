@@ -58,6 +58,11 @@ public:
     // every place before it.
     bool Take(const Place& place, std::string_view path, Folder& into);
 
+    // Levels below the root read ahead. A folder is named by its place, so the work for each
+    // grows with its depth: far down a chain, where one folder leads to one folder and nothing
+    // can be read side by side, the walk does better alone.
+    static constexpr size_t kDeepest = 64;
+
     // Threads for reading by default: the processors online, at most 8.
     static int DefaultThreads();
 
@@ -84,15 +89,16 @@ private:
     void Run();
     Jobs::iterator NextToRead();
     void ReadJob(Lock& lock, Jobs::iterator job, Reader& reader);
+    void Progressed();
     void WakeReader(Lock& lock);
     void AwaitWork(Lock& lock);
     void WaitForReader(Lock& lock);
     bool Read(const std::string& path, const Parent& parent, Folder& folder, UniqueFd& fd,
-              std::vector<char>& scratch, const MaskMatcher& matcher) const;
+              std::vector<char>& scratch) const;
     void StatKeptFiles(int fd, const MaskMatcher& matcher, Folder& folder) const;
     void AddSubfolders(const Place& place, std::string_view path, const std::vector<char>& entries,
                        const Parent& parent = {});
-    Parent KeepOpen(UniqueFd fd, std::string_view path, const std::vector<char>& entries);
+    Parent KeepOpen(UniqueFd& fd, std::string_view path, const std::vector<char>& entries);
 
     UniqueFd root_;
     const SearchOptions& options_;
@@ -103,8 +109,9 @@ private:
     bool stop_ = false;
     int idleReaders_ = 0; // waiting for work: woken only then, wake-ups cost
     bool walkWaiting_ = false;
-    std::atomic<uint64_t> changes_{0};              // work offered, folders taken, or the end
-    std::atomic<uint64_t> finished_{0};             // folders readers are done with, read or not
+    std::atomic<uint64_t> changes_{0}; // work offered, folders taken, or the end
+    std::atomic<uint64_t> progress_{
+        0}; // folders done with, read or not, or their subfolders offered
     std::shared_ptr<std::atomic<int>> parentsOpen_; // descriptors kept for subfolders
     int mostParents_ = 0;
     SpinThenSleepMutex mutex_;

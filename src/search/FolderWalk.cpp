@@ -402,8 +402,9 @@ bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     Level child;
     std::string relative;
     child.ordinal = ordinal;
-    // Below a path too long for one call nothing is read ahead: the walk goes on by itself.
-    const bool readAhead = readAhead_ && path_.size() - rootPath_.size() + name.size() < PATH_MAX;
+    // Below a path too long for one call, or deeper than readers go, the walk goes on by itself.
+    const bool readAhead = readAhead_ && place_.size() < FolderReadAhead::kDeepest &&
+                           path_.size() - rootPath_.size() + name.size() < PATH_MAX;
     if (readAhead) {
         if (TakeReadAhead(child, name, relative)) {
             return true;
