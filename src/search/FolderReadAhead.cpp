@@ -250,6 +250,10 @@ bool FolderReadAhead::Read(const std::string& path, const Parent& parent, Folder
 // for a file whose status could not be read.
 void FolderReadAhead::StatKeptFiles(int fd, const MaskMatcher& matcher, Folder& folder) const {
     const bool expected = options_.ExpectedMatch == 1;
+    // Room for a usual folder's files at once, rather than growing a step at a time.
+    size_t entries = 0;
+    ForEachEntry(folder.entries, [&entries](const dirent64&) { ++entries; });
+    folder.kept.reserve(std::min<size_t>(entries, 1024));
     ForEachEntry(folder.entries, [&](const dirent64& entry) {
         if (entry.d_type != DT_DIR && matcher.Matches(entry.d_name) == expected) {
             struct stat file {};
