@@ -6,6 +6,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <pthread.h>
+#include <sched.h>
 #include <sys/inotify.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -43,7 +45,7 @@ FolderWatch::~FolderWatch() {
 
 void FolderWatch::Start(const std::string& root, std::function<void()> done) {
     adder_ = std::thread([this, root, done = std::move(done)] {
-        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 10); // the window goes first
+        RunOnlyWhenIdle(); // the window goes first
         AddWatches(root);
         done();
     });
@@ -150,4 +152,11 @@ bool FolderWatch::Alters(uint32_t mask, const char* name) const {
         return name[0] != '.' && (options_.FoldersOnly || options_.Recurse);
     }
     return !options_.FoldersOnly && matcher_.Matches(name) == (options_.ExpectedMatch == 1);
+}
+
+void RunOnlyWhenIdle() {
+    const sched_param none{};
+    if (pthread_setschedparam(pthread_self(), SCHED_IDLE, &none) != 0) {
+        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 19);
+    }
 }

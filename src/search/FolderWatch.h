@@ -55,3 +55,7 @@ private:
     std::thread adder_;
     std::atomic<bool> stop_{false};
 };
+
+// Makes the calling thread run only when a processor has nothing else to do: for work behind a
+// search (watching its folders, closing old watches) that must not take a core from the next.
+void RunOnlyWhenIdle();

@@ -74,7 +74,10 @@ void ChangeMonitor::Stop() {
         closer_.join();
     }
     if (watch_) {
-        closer_ = std::thread([watch = std::move(watch_)]() mutable { watch.reset(); });
+        closer_ = std::thread([watch = std::move(watch_)]() mutable {
+            RunOnlyWhenIdle();
+            watch.reset();
+        });
     }
     changed_ = false;
     retry_->stop();
