@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr size_t kMostHeld = 256;
+constexpr int kMostHeld = 256;
 constexpr size_t kScratchSize = 32 * 1024;
 
 template <class Entries, class Visit> void ForEachEntry(Entries& entries, Visit visit) {
@@ -81,117 +81,137 @@ FolderReadAhead::~FolderReadAhead() {
     {
         const std::lock_guard lock(mutex_);
         stop_ = true;
-        changes_.fetch_add(1, std::memory_order_release);
+        changes_.fetch_add(1);
     }
-    work_.notify_all();
+    workReady_.notify_all();
     for (std::thread& thread : threads_) {
         thread.join();
     }
 }
 
-void FolderReadAhead::AddSubfolders(const Place& place, std::string_view path,
-                                    const std::vector<char>& entries, const Parent& parent) {
-    changes_.fetch_add(1, std::memory_order_release);
-    if (place.size() >= kDeepest) {
-        return;
+// One job for each subfolder the walk will enter, in its order; none for a path too long for
+// one call (the walk opens it by its parent) or below the deepest level read ahead.
+FolderReadAhead::Jobs FolderReadAhead::MakeJobs(std::string_view path, size_t depth,
+                                                const std::vector<char>& entries,
+                                                const Parent& parent) const {
+    Jobs jobs;
+    if (depth >= kDeepest) {
+        return jobs;
     }
-    Place child = place;
-    child.push_back(0);
-    if (child < scanFrom_) {
-        scanFrom_ = child; // its subfolders wait before anything waiting so far
-    }
-    for (size_t pos = 0; pos < entries.size();) {
-        const auto* entry = reinterpret_cast<const dirent64*>(entries.data() + pos);
-        pos += entry->d_reclen;
-        if (!IsSubfolder(*entry)) {
-            continue;
+    ForEachEntry(entries, [&](const dirent64& entry) {
+        if (!IsSubfolder(entry)) {
+            return;
         }
-        // A path too long for one call is left to the walk, which opens it by its parent.
-        if (path.size() + std::strlen(entry->d_name) + 1 < PATH_MAX) {
-            auto [it, added] = jobs_.try_emplace(child);
-            if (!added) {
-                held_ -= it->second.state == State::Read ? 1 : 0;
-                it->second = Job{};
-            }
-            it->second.path.append(path).append(entry->d_name).push_back('/');
-            it->second.parent = parent;
+        std::shared_ptr<Job>& job = jobs.emplace_back();
+        const size_t length = std::strlen(entry.d_name);
+        if (path.size() + length + 1 < PATH_MAX) {
+            job = std::make_shared<Job>();
+            job->path.reserve(path.size() + length + 1);
+            job->path.append(path).append(entry.d_name, length).push_back('/');
+            job->depth = depth + 1;
+            job->parent = parent;
         }
-        ++child.back();
+    });
+    return jobs;
+}
+
+// Under the lock. The first of them ends up on top: it is the walk's next.
+void FolderReadAhead::Push(const Jobs& jobs) {
+    bool any = false;
+    for (auto job = jobs.rbegin(); job != jobs.rend(); ++job) {
+        if (*job) {
+            work_.emplace_back(*job);
+            any = true;
+        }
+    }
+    if (any) {
+        changes_.fetch_add(1);
+        if (idleReaders_.load() > 0) {
+            workReady_.notify_one();
+        }
     }
 }
 
-void FolderReadAhead::WakeReader(Lock& lock) {
-    // Only for work a reader can take: a reader woken for nothing costs a wake-up on each side.
-    const bool idle = idleReaders_ > 0 && NextToRead() != jobs_.end();
-    lock.unlock();
-    if (idle) {
-        work_.notify_one();
-    }
+FolderReadAhead::Jobs FolderReadAhead::Offer(std::string_view path, size_t depth,
+                                             const std::vector<char>& entries) {
+    Jobs jobs = MakeJobs(path, depth, entries, {});
+    const std::lock_guard lock(mutex_);
+    Push(jobs);
+    return jobs;
 }
 
-void FolderReadAhead::Offer(const Place& place, std::string_view path,
-                            const std::vector<char>& entries) {
-    std::unique_lock lock(mutex_);
-    AddSubfolders(place, path, entries);
-    WakeReader(lock);
+// Under the lock: the job offered last that nobody has begun, or nothing when readers hold
+// enough or the search is cancelled. Jobs the walk let go or began itself are passed over.
+std::shared_ptr<FolderReadAhead::Job> FolderReadAhead::PopWork() {
+    if (held_.load() >= kMostHeld || cancel_.IsRaised()) {
+        return {};
+    }
+    while (!work_.empty()) {
+        std::shared_ptr<Job> job = work_.back().lock();
+        work_.pop_back();
+        State waiting = State::Waiting;
+        // The walk may begin a job without the lock.
+        if (job && job->state.compare_exchange_strong(waiting, State::Reading)) {
+            return job;
+        }
+    }
+    return {};
 }
 
-bool FolderReadAhead::Take(const Place& place, std::string_view path, Folder& into) {
-    std::unique_lock lock(mutex_);
-    // The walk goes on from here: nothing before this place is of use any more.
-    const auto Drop = [this](std::map<Place, Job>::iterator it) {
-        held_ -= it->second.state == State::Read ? 1 : 0;
-        return jobs_.erase(it);
-    };
-    for (auto it = jobs_.begin(); it != jobs_.end() && it->first < place;) {
-        it = Drop(it);
+bool FolderReadAhead::Take(const JobRef& job, Folder& into) {
+    State waiting = State::Waiting;
+    if (job->state.compare_exchange_strong(waiting, State::Reading)) {
+        // No reader came to it: the walk reads it as a reader would.
+        ReadJob(*job, walkReader_);
     }
-    auto it = jobs_.find(place);
-    if (it != jobs_.end() && it->second.state == State::Waiting && it->second.path == path) {
-        // No reader came to it: the walk reads it as a reader would, by its path from the
-        // root, rather than climb back to a folder it still holds a descriptor for.
-        ReadJob(lock, it, walkReader_);
-        it = jobs_.find(place);
-    }
-    while (it != jobs_.end() && it->second.state == State::Reading && !cancel_.IsRaised()) {
+    while (job->state.load(std::memory_order_acquire) == State::Reading && !cancel_.IsRaised()) {
         // Rather than sleep until a reader is done, the walk reads the next folder to come.
-        if (const auto next = NextToRead(); next != jobs_.end()) {
-            ReadJob(lock, next, walkReader_);
-        } else {
-            WaitForReader(lock);
+        std::shared_ptr<Job> next;
+        {
+            const std::lock_guard lock(mutex_);
+            next = PopWork();
         }
-        it = jobs_.find(place);
-    }
-    bool taken = false;
-    if (it != jobs_.end()) {
-        taken = it->second.state == State::Read && it->second.path == path;
-        if (taken) {
-            into = std::move(it->second.folder);
-            Drop(it);
+        if (next) {
+            ReadJob(*next, walkReader_);
         } else {
-            // Whatever was read below a folder the walk reads itself is not its to use.
-            while (it != jobs_.end() && it->first.size() >= place.size() &&
-                   std::equal(place.begin(), place.end(), it->first.begin())) {
-                it = Drop(it);
-            }
+            WaitForReader(*job);
         }
     }
-    changes_.fetch_add(1, std::memory_order_release);
-    WakeReader(lock);
-    return taken;
+    if (job->state.load(std::memory_order_acquire) != State::Read || cancel_.IsRaised()) {
+        Drop(*job);
+        return false;
+    }
+    into = std::move(job->folder);
+    // A reader waiting for room can go on.
+    if (held_.fetch_sub(1) >= kMostHeld && idleReaders_.load() > 0) {
+        const std::lock_guard lock(mutex_);
+        changes_.fetch_add(1);
+        workReady_.notify_one();
+    }
+    return true;
+}
+
+// The walk lets a job go without taking it: a reader still on it does not count it as held.
+void FolderReadAhead::Drop(Job& job) {
+    const std::lock_guard lock(mutex_);
+    job.dropped = true;
+    if (job.state.load() == State::Read) {
+        job.state = State::Failed;
+        held_.fetch_sub(1);
+    }
 }
 
 // Until a reader finishes a folder. A reader is usually only microseconds from done, and
 // waking from a sleep costs more than that, so the walk spins a little first: it is one of
 // no more threads than processors, so nobody waits for its core.
-void FolderReadAhead::WaitForReader(Lock& lock) {
+void FolderReadAhead::WaitForReader(const Job& job) {
     const uint64_t seen = progress_.load(std::memory_order_acquire);
-    lock.unlock();
     for (int spin = 0; spin < 20000 && progress_.load(std::memory_order_acquire) == seen; ++spin) {
         std::this_thread::yield();
     }
-    lock.lock();
-    if (progress_.load(std::memory_order_acquire) == seen) {
+    Lock lock(mutex_);
+    if (progress_.load(std::memory_order_acquire) == seen &&
+        job.state.load(std::memory_order_acquire) == State::Reading) {
         walkWaiting_ = true;
         done_.wait_for(lock, std::chrono::milliseconds(10));
         walkWaiting_ = false;
@@ -201,15 +221,16 @@ void FolderReadAhead::WaitForReader(Lock& lock) {
 FolderReadAhead::Reader::Reader(const std::string& mask) : matcher(mask), scratch(kScratchSize) {
 }
 
-bool FolderReadAhead::Read(const std::string& path, const Parent& parent, Folder& folder,
-                           UniqueFd& fd, std::vector<char>& scratch) const {
+bool FolderReadAhead::Read(const Job& job, Folder& folder, UniqueFd& fd,
+                           std::vector<char>& scratch) const {
     constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    if (parent) {
+    const std::string& path = job.path;
+    if (job.parent) {
         // One name (never "." or "..": those begin with a dot), no link followed: still
         // beneath the root the parent was opened under.
         const size_t start = path.rfind('/', path.size() - 2) + 1;
         const std::string name = path.substr(start, path.size() - 1 - start);
-        fd.Reset(openat(parent->Get(), name.c_str(), kFlags));
+        fd.Reset(openat(job.parent->Get(), name.c_str(), kFlags));
     } else {
         open_how how{};
         how.flags = kFlags;
@@ -267,30 +288,14 @@ void FolderReadAhead::StatKeptFiles(int fd, const MaskMatcher& matcher, Folder& 
     });
 }
 
-FolderReadAhead::Jobs::iterator FolderReadAhead::NextToRead() {
-    if (held_ >= kMostHeld || cancel_.IsRaised()) {
-        return jobs_.end();
-    }
-    const auto next = std::find_if(jobs_.lower_bound(scanFrom_), jobs_.end(), [](const auto& job) {
-        return job.second.state == State::Waiting;
-    });
-    if (next != jobs_.end()) {
-        scanFrom_ = next->first;
-    }
-    return next;
-}
-
 // The descriptor of a folder just read, shared by its subfolders' jobs when it is deep (opening
 // by the whole path costs a lookup per level; near the root that is cheaper than keeping
 // descriptors), has subfolders and the budget allows; the last of them closes it. Kept, it is
 // taken from `fd`.
-FolderReadAhead::Parent FolderReadAhead::KeepOpen(UniqueFd& fd, std::string_view path,
+FolderReadAhead::Parent FolderReadAhead::KeepOpen(UniqueFd& fd, const Job& job,
                                                   const std::vector<char>& entries) {
-    constexpr long kDeep = 16; // levels below the root
-    if (std::count(path.begin(), path.end(), '/') < kDeep) {
-        return {};
-    }
-    if (!fd || !AnySubfolder(entries)) {
+    constexpr size_t kDeep = 16; // levels below the root
+    if (job.depth < kDeep || job.depth >= kDeepest || !fd || !AnySubfolder(entries)) {
         return {};
     }
     if (parentsOpen_->fetch_add(1) >= mostParents_) {
@@ -303,58 +308,44 @@ FolderReadAhead::Parent FolderReadAhead::KeepOpen(UniqueFd& fd, std::string_view
     });
 }
 
-void FolderReadAhead::ReadJob(Lock& lock, Jobs::iterator job, Reader& reader) {
-    const Place place = job->first;
-    const std::string path = job->second.path;
-    const Parent parent = std::move(job->second.parent);
-    job->second.state = State::Reading;
-    ++held_;
-    lock.unlock();
-
+void FolderReadAhead::ReadJob(Job& job, Reader& reader) {
     Folder folder;
     UniqueFd fd;
-    const bool read = Read(path, parent, folder, fd, reader.scratch);
-    const Parent kept = read ? KeepOpen(fd, path, folder.entries) : Parent();
-    const bool status = read && !options_.FoldersOnly && options_.KeepStatus;
+    const bool read = Read(job, folder, fd, reader.scratch);
+    const Parent kept = read ? KeepOpen(fd, job, folder.entries) : Parent();
+    if (read) {
+        folder.subfolders = MakeJobs(job.path, job.depth, folder.entries, kept);
+    }
     // The files' status takes longest, so the subfolders are offered first: another thread
     // reads them meanwhile (down a chain nothing else could be read).
-    bool offered = false;
-    if (status && AnySubfolder(folder.entries)) {
-        lock.lock();
-        if (const auto it = jobs_.find(place);
-            it != jobs_.end() && it->second.state == State::Reading) {
-            AddSubfolders(place, path, folder.entries, kept);
-            offered = true;
-            Progressed();
+    const bool status = read && !options_.FoldersOnly && options_.KeepStatus;
+    const bool offered = status && !folder.subfolders.empty();
+    if (offered) {
+        const std::lock_guard lock(mutex_);
+        Push(folder.subfolders);
+        progress_.fetch_add(1, std::memory_order_release);
+        if (walkWaiting_) {
+            done_.notify_one();
         }
-        lock.unlock();
     }
     if (status) {
         StatKeptFiles(kept ? kept->Get() : fd.Get(), reader.matcher, folder);
     }
-
-    lock.lock();
-    const auto it = jobs_.find(place);
-    if (it == jobs_.end() || it->second.state != State::Reading || !read) {
-        --held_;
-        if (it != jobs_.end() && it->second.state == State::Reading) {
-            it->second.state = State::Failed;
-        }
-    } else {
-        if (!offered) {
-            AddSubfolders(place, path, folder.entries, kept);
-        }
-        it->second.folder = std::move(folder);
-        it->second.state = State::Read;
-    }
-    Progressed();
+    Finish(job, read, folder, offered);
 }
 
-// Tells whoever waits that there is more to take or to read: an idle reader (its subfolders
-// are more work), and the walk.
-void FolderReadAhead::Progressed() {
-    if (idleReaders_ > 0) {
-        work_.notify_one();
+// Publishes what was read, unless the walk let the job go meanwhile.
+void FolderReadAhead::Finish(Job& job, bool read, Folder& folder, bool offered) {
+    const std::lock_guard lock(mutex_);
+    if (read && !job.dropped) {
+        if (!offered) {
+            Push(folder.subfolders);
+        }
+        job.folder = std::move(folder);
+        held_.fetch_add(1);
+        job.state.store(State::Read, std::memory_order_release);
+    } else {
+        job.state.store(State::Failed, std::memory_order_release);
     }
     progress_.fetch_add(1, std::memory_order_release);
     if (walkWaiting_) {
@@ -373,20 +364,34 @@ void FolderReadAhead::AwaitWork(Lock& lock) {
     lock.lock();
 }
 
+// The next job for a reader; nothing when the read-ahead ends.
+std::shared_ptr<FolderReadAhead::Job> FolderReadAhead::NextJob() {
+    Lock lock(mutex_);
+    for (bool spun = false;; spun = true) {
+        if (stop_) {
+            return {};
+        }
+        if (std::shared_ptr<Job> job = PopWork()) {
+            return job;
+        }
+        if (!spun) {
+            AwaitWork(lock);
+            continue;
+        }
+        idleReaders_.fetch_add(1);
+        // Checked again with the count raised: whoever makes room or work after it sees it.
+        if (std::shared_ptr<Job> job = stop_ ? nullptr : PopWork()) {
+            idleReaders_.fetch_sub(1);
+            return job;
+        }
+        workReady_.wait(lock);
+        idleReaders_.fetch_sub(1);
+    }
+}
+
 void FolderReadAhead::Run() {
     Reader reader(options_.MaskText);
-    std::unique_lock lock(mutex_);
-    for (;;) {
-        auto next = jobs_.end();
-        if (!stop_ && (next = NextToRead()) == jobs_.end()) {
-            AwaitWork(lock);
-            ++idleReaders_;
-            work_.wait(lock, [&] { return stop_ || (next = NextToRead()) != jobs_.end(); });
-            --idleReaders_;
-        }
-        if (stop_) {
-            return;
-        }
-        ReadJob(lock, next, reader);
+    while (const std::shared_ptr<Job> job = NextJob()) {
+        ReadJob(*job, reader);
     }
 }

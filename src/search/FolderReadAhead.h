@@ -7,7 +7,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -22,14 +21,20 @@ struct SearchOptions;
 
 // Reads folders ahead of a depth-first walk on reader threads, so that the walk, which stores
 // on one thread in its own order, finds each folder's entries (and the times and sizes of the
-// files the mask keeps) already read. A folder is named by its place in the walk: the numbers of
-// the subfolders taken, from the root down. Readers take the nearest folder to come first, and hold
-// at most a bounded number of folders read and not yet taken; what the walk has gone past is
-// dropped. Anything a reader could not read is simply read by the walk itself, so the walk's
-// results never depend on the readers.
+// files the mask keeps) already read. Each subfolder to read is a job, held by the folder that
+// contains it: the walk holds the jobs of the folders it is in, takes each in its turn, and drops
+// what it has gone past by simply letting go. Readers take the job offered last first, which
+// is the walk's next when one thread reads, and hold at most a bounded number of folders read
+// and not yet taken. Anything a reader could not read is simply read by the walk itself, so the
+// walk's results never depend on the readers.
 class FolderReadAhead {
+    struct Job;
+
 public:
-    using Place = std::vector<uint32_t>;
+    // A subfolder to read, as the walk holds it.
+    using JobRef = std::shared_ptr<Job>;
+    // A folder's subfolders' jobs, in the walk's order; none for one left to the walk.
+    using Jobs = std::vector<JobRef>;
     // A kept file's status: its time (-errno when it could not be read) and its size.
     struct Kept {
         int64_t time = 0;
@@ -38,6 +43,7 @@ public:
     struct Folder {
         std::vector<char> entries; // getdents64 records; d_type filled in where it was unknown
         std::vector<Kept> kept;    // each kept file's, in order
+        Jobs subfolders;
         dev_t dev = 0;
         ino_t ino = 0;
     };
@@ -50,72 +56,73 @@ public:
     FolderReadAhead(const FolderReadAhead&) = delete;
     FolderReadAhead& operator=(const FolderReadAhead&) = delete;
 
-    // A folder the walk read itself: its subfolders become folders to read. `path` is relative
-    // to the root and, unless empty, ends in "/".
-    void Offer(const Place& place, std::string_view path, const std::vector<char>& entries);
-    // The folder at `place`, whose path relative to the root is `path`, when a reader has it
-    // (waiting while one reads it). False: the walk reads it itself. Taking a place drops
-    // every place before it.
-    bool Take(const Place& place, std::string_view path, Folder& into);
+    // A folder the walk read itself, `depth` levels below the root: its subfolders' jobs, for
+    // readers to read. `path` is relative to the root and, unless empty, ends in "/".
+    Jobs Offer(std::string_view path, size_t depth, const std::vector<char>& entries);
+    // The job's folder when a reader has it (waiting while one reads it, and reading other
+    // folders meanwhile). False: the walk reads it itself.
+    bool Take(const JobRef& job, Folder& into);
 
-    // Levels below the root read ahead. A folder is named by its place, so the work for each
-    // grows with its depth: far down a chain, where one folder leads to one folder and nothing
-    // can be read side by side, the walk does better alone.
-    static constexpr size_t kDeepest = 64;
+    // Levels below the root read ahead. Far down a chain, where one folder leads to one folder
+    // and nothing can be read side by side, the walk does better alone.
+    static constexpr size_t kDeepest = 24;
 
     // Threads for reading by default: the processors online, at most 8.
     static int DefaultThreads();
 
 private:
     enum class State { Waiting, Reading, Read, Failed };
-    // A folder a reader read, kept open while its subfolders wait, so each is opened by its
-    // name alone rather than by its whole path from the root.
-    using Parent = std::shared_ptr<const UniqueFd>;
+    // A folder to read. Whoever moves it from Waiting to Reading reads it; Read publishes its
+    // folder to the walk.
     struct Job {
-        std::string path;
-        State state = State::Waiting;
+        std::string path; // relative to the root, ending in "/"
+        size_t depth = 0;
+        // The parent folder, kept open so this one is opened by its name alone rather than by
+        // its whole path from the root; or nothing.
+        std::shared_ptr<const UniqueFd> parent;
+        std::atomic<State> state{State::Waiting};
+        bool dropped = false; // the walk let it go (under the lock)
         Folder folder;
-        Parent parent; // or nothing: opened from the root
     };
+
+    using Parent = std::shared_ptr<const UniqueFd>;
+    using Lock = std::unique_lock<SpinThenSleepMutex>;
 
     struct Reader {
         explicit Reader(const std::string& mask);
         MaskMatcher matcher;
         std::vector<char> scratch;
     };
-    using Jobs = std::map<Place, Job>;
-    using Lock = std::unique_lock<SpinThenSleepMutex>;
 
     void Run();
-    Jobs::iterator NextToRead();
-    void ReadJob(Lock& lock, Jobs::iterator job, Reader& reader);
-    void Progressed();
-    void WakeReader(Lock& lock);
+    std::shared_ptr<Job> NextJob();
+    std::shared_ptr<Job> PopWork();
+    void Push(const Jobs& jobs);
+    void ReadJob(Job& job, Reader& reader);
+    void Finish(Job& job, bool read, Folder& folder, bool offered);
+    void Drop(Job& job);
     void AwaitWork(Lock& lock);
-    void WaitForReader(Lock& lock);
-    bool Read(const std::string& path, const Parent& parent, Folder& folder, UniqueFd& fd,
-              std::vector<char>& scratch) const;
+    void WaitForReader(const Job& job);
+    bool Read(const Job& job, Folder& folder, UniqueFd& fd, std::vector<char>& scratch) const;
     void StatKeptFiles(int fd, const MaskMatcher& matcher, Folder& folder) const;
-    void AddSubfolders(const Place& place, std::string_view path, const std::vector<char>& entries,
-                       const Parent& parent = {});
-    Parent KeepOpen(UniqueFd& fd, std::string_view path, const std::vector<char>& entries);
+    Jobs MakeJobs(std::string_view path, size_t depth, const std::vector<char>& entries,
+                  const Parent& parent) const;
+    Parent KeepOpen(UniqueFd& fd, const Job& job, const std::vector<char>& entries);
 
     UniqueFd root_;
     const SearchOptions& options_;
     const CancelFlag& cancel_;
-    std::map<Place, Job> jobs_;
-    Place scanFrom_;  // no job before it is waiting: where the search for work starts
-    size_t held_ = 0; // folders read and not taken, and folders being read
+    std::vector<std::weak_ptr<Job>> work_; // the last offered is read first
+    std::atomic<int> held_{0};             // folders read and not taken
     bool stop_ = false;
-    int idleReaders_ = 0; // waiting for work: woken only then, wake-ups cost
-    bool walkWaiting_ = false;
-    std::atomic<uint64_t> changes_{0}; // work offered, folders taken, or the end
-    std::atomic<uint64_t> progress_{
-        0}; // folders done with, read or not, or their subfolders offered
+    std::atomic<int> idleReaders_{0}; // waiting for work: woken only then, wake-ups cost
+    std::atomic<bool> walkWaiting_{false};
+    std::atomic<uint64_t> changes_{0};  // work offered, folders taken, or the end
+    std::atomic<uint64_t> progress_{0}; // jobs done with, read or not, or their subfolders offered
     std::shared_ptr<std::atomic<int>> parentsOpen_; // descriptors kept for subfolders
     int mostParents_ = 0;
     SpinThenSleepMutex mutex_;
-    std::condition_variable_any work_;
+    std::condition_variable_any workReady_;
     std::condition_variable_any done_;
     Reader walkReader_;
     std::vector<std::thread> threads_;

@@ -248,14 +248,13 @@ void FolderWalk::StartReadAhead(int rootFd) {
     // Each reader holds a descriptor while it reads.
     if (threads > 1 && options_.Recurse && !testOpen_ && SpareDescriptors() >= 4L * threads + 16 &&
         HasSubfolders(rootFd, levels_[0].entries)) {
-        place_.clear();
         // This thread is one of them: no more threads run than there are processors.
         // A quarter of what is spare stays open for subfolders read ahead; the walk's own
         // levels keep at most half.
         readAhead_ = std::make_unique<FolderReadAhead>(
             UniqueFd(fcntl(rootFd, F_DUPFD_CLOEXEC, 0)), threads - 1,
             static_cast<int>(std::clamp<long>(SpareDescriptors() / 4, 0, 64)), options_, cancel_);
-        readAhead_->Offer({}, {}, levels_[0].entries);
+        levels_[0].jobs = readAhead_->Offer({}, 0, levels_[0].entries);
     }
 }
 
@@ -400,13 +399,11 @@ uint32_t FolderWalk::StoreFolder(size_t level) {
 bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     const size_t depth = levels_.size() - 1;
     Level child;
-    std::string relative;
-    child.ordinal = ordinal;
-    // Below a path too long for one call, or deeper than readers go, the walk goes on by itself.
-    const bool readAhead = readAhead_ && place_.size() < FolderReadAhead::kDeepest &&
-                           path_.size() - rootPath_.size() + name.size() < PATH_MAX;
-    if (readAhead) {
-        if (TakeReadAhead(child, name, relative)) {
+    if (readAhead_) {
+        FolderReadAhead::Jobs& jobs = levels_[depth].jobs;
+        const FolderReadAhead::JobRef job =
+            ordinal < jobs.size() ? std::move(jobs[ordinal]) : nullptr;
+        if (job && TakeReadAhead(child, name, job)) {
             return true;
         }
         if (cancel_.IsRaised()) {
@@ -426,7 +423,7 @@ bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     if (cancel_.IsRaised()) {
         return false;
     }
-    if (readAhead) {
+    if (readAhead_) {
         // Its subfolders are read ahead like any other's: types known, so counted the same.
         ResolveUnknownTypes(fd.Get(), child.entries);
     }
@@ -434,8 +431,10 @@ bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     child.dev = st.st_dev;
     child.ino = st.st_ino;
     Enter(std::move(child), name);
-    if (readAhead) {
-        readAhead_->Offer(place_, relative, levels_.back().entries);
+    if (readAhead_ && path_.size() - rootPath_.size() < PATH_MAX) {
+        Level& entered = levels_.back();
+        entered.jobs = readAhead_->Offer(std::string_view(path_).substr(rootPath_.size()),
+                                         depth + 1, entered.entries);
     }
     return true;
 }
@@ -447,9 +446,6 @@ void FolderWalk::Enter(Level&& child, std::string_view name) {
     path_.append(name);
     child.nameEnd = path_.size();
     path_ += '/';
-    if (readAhead_) {
-        place_.push_back(child.ordinal);
-    }
     levels_.push_back(std::move(child));
     // Deep down, the parent gives its descriptor back; its entries are already read.
     if (static_cast<int>(depth) >= keptLevels_) {
@@ -458,17 +454,15 @@ void FolderWalk::Enter(Level&& child, std::string_view name) {
 }
 
 // The subfolder from the read-ahead, made the current level; false when the walk must read it.
-bool FolderWalk::TakeReadAhead(Level& child, std::string_view name, std::string& relative) {
-    relative.assign(path_, rootPath_.size()).append(name).push_back('/');
+bool FolderWalk::TakeReadAhead(Level& child, std::string_view name,
+                               const FolderReadAhead::JobRef& job) {
     FolderReadAhead::Folder folder;
-    place_.push_back(child.ordinal);
-    const bool taken = readAhead_->Take(place_, relative, folder);
-    place_.pop_back();
-    if (!taken || cancel_.IsRaised()) {
+    if (!readAhead_->Take(job, folder) || cancel_.IsRaised()) {
         return false;
     }
     child.entries = std::move(folder.entries);
     child.kept = std::move(folder.kept);
+    child.jobs = std::move(folder.subfolders);
     child.readAhead = true;
     child.dev = folder.dev;
     child.ino = folder.ino;
@@ -491,8 +485,5 @@ void FolderWalk::Ascend() {
         }
     }
     path_.resize(child.nameStart);
-    if (readAhead_ && levels_.size() > 1) {
-        place_.pop_back();
-    }
     levels_.pop_back();
 }

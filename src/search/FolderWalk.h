@@ -100,9 +100,9 @@ private:
         dev_t dev = 0;
         ino_t ino = 0;
         uint32_t folder = FileDataArray::kNoFolder; // in the store, once something is stored
-        uint32_t ordinal = 0;                       // which of its parent's subfolders it is
         uint32_t subfolders = 0;                    // subfolders met so far
         std::vector<FolderReadAhead::Kept> kept;    // read ahead: the files to store, their status
+        FolderReadAhead::Jobs jobs;                 // its subfolders', when read ahead
         size_t nextKept = 0;
         bool readAhead = false;
         bool Finished() const { return pos >= entries.size(); }
@@ -114,7 +114,7 @@ private:
     void StartReadAhead(int rootFd);
     void WalkLevels();
     Step VisitFolder(size_t depth, std::string_view name);
-    bool TakeReadAhead(Level& child, std::string_view name, std::string& relative);
+    bool TakeReadAhead(Level& child, std::string_view name, const FolderReadAhead::JobRef& job);
     void Enter(Level&& child, std::string_view name);
     void Ascend();
     int LevelFd(size_t level);
@@ -140,9 +140,6 @@ private:
     OpenFolderFunction openFolder_;
 
     std::vector<Level> levels_; // [0] is the root; the last is the folder being walked
-    // For the read-ahead: the ordinals of the levels below the root, so a level's place costs
-    // nothing to keep however deep the walk goes.
-    FolderReadAhead::Place place_;
     std::string path_;
     std::string rootPath_;
     std::vector<char> scratch_; // getdents64's buffer, shared by every level
