@@ -24,7 +24,6 @@ public:
         }
         inner_.lock();
     }
-    bool try_lock() { return inner_.try_lock(); }
     void unlock() { inner_.unlock(); }
 
 private:

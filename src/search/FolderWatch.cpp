@@ -39,6 +39,7 @@ FolderWatch::FolderWatch(const SearchOptions& options, long limit)
 FolderWatch::~FolderWatch() {
     stop_ = true;
     if (adder_.joinable()) {
+        RunNormally(adder_);
         adder_.join();
     }
 }
@@ -159,4 +160,9 @@ void RunOnlyWhenIdle() {
     if (pthread_setschedparam(pthread_self(), SCHED_IDLE, &none) != 0) {
         setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 19);
     }
+}
+
+void RunNormally(std::thread& thread) {
+    const sched_param none{};
+    pthread_setschedparam(thread.native_handle(), SCHED_OTHER, &none);
 }

@@ -59,3 +59,6 @@ private:
 // Makes the calling thread run only when a processor has nothing else to do: for work behind a
 // search (watching its folders, closing old watches) that must not take a core from the next.
 void RunOnlyWhenIdle();
+// Gives such a thread its share of the processors again, before someone waits for it to end:
+// on a busy machine an idle-only thread might otherwise never run.
+void RunNormally(std::thread& thread);

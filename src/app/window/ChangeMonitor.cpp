@@ -22,7 +22,13 @@ ChangeMonitor::ChangeMonitor(frmMain& window, WindowContext& shared)
 
 ChangeMonitor::~ChangeMonitor() {
     Stop();
+    JoinCloser();
+}
+
+// The last search's watches closed: usually long since.
+void ChangeMonitor::JoinCloser() {
     if (closer_.joinable()) {
+        RunNormally(closer_);
         closer_.join();
     }
 }
@@ -70,9 +76,7 @@ void ChangeMonitor::Stop() {
         notifier_ = nullptr;
     }
     // Closing thousands of watches takes a while: not on this thread, which is about to search.
-    if (closer_.joinable()) {
-        closer_.join();
-    }
+    JoinCloser();
     if (watch_) {
         closer_ = std::thread([watch = std::move(watch_)]() mutable {
             RunOnlyWhenIdle();

@@ -42,6 +42,7 @@ private:
     void Added(unsigned generation);
     // Tells the change, or searches again, once nothing holds the window.
     void Act();
+    void JoinCloser();
 
     frmMain& window_;
     WindowContext& shared_;
