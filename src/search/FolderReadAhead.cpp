@@ -323,10 +323,7 @@ void FolderReadAhead::ReadJob(Job& job, Reader& reader) {
     if (offered) {
         const std::lock_guard lock(mutex_);
         Push(folder.subfolders);
-        progress_.fetch_add(1, std::memory_order_release);
-        if (walkWaiting_) {
-            done_.notify_one();
-        }
+        TellWalk();
     }
     if (status) {
         StatKeptFiles(kept ? kept->Get() : fd.Get(), reader.matcher, folder);
@@ -347,6 +344,11 @@ void FolderReadAhead::Finish(Job& job, bool read, Folder& folder, bool offered) 
     } else {
         job.state.store(State::Failed, std::memory_order_release);
     }
+    TellWalk();
+}
+
+// Under the lock: a walk waiting for a folder looks again.
+void FolderReadAhead::TellWalk() {
     progress_.fetch_add(1, std::memory_order_release);
     if (walkWaiting_) {
         done_.notify_one();

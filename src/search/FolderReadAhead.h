@@ -100,6 +100,7 @@ private:
     void Push(const Jobs& jobs);
     void ReadJob(Job& job, Reader& reader);
     void Finish(Job& job, bool read, Folder& folder, bool offered);
+    void TellWalk();
     void Drop(Job& job);
     void AwaitWork(Lock& lock);
     void WaitForReader(const Job& job);
