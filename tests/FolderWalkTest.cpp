@@ -432,15 +432,18 @@ TEST(FolderWalk, StatusCadenceIsEvery4000FilesAndEvery100Folders) {
 }
 
 // Reading ahead on several threads must not change a thing the walk stores or reports; half
-// the trees hang 20 levels down, where readers open folders by their parent, and one 70,
-// below where readers go.
+// the trees hang 20 levels down, where readers open folders by their parent, and two 70,
+// below where readers go but under big folders, which the last has all the way down.
 TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
     std::mt19937 random(20261122);
-    for (int tree = 0; tree < 6; ++tree) {
+    for (int tree = 0; tree < 8; ++tree) {
         TestTree t;
         std::string deep;
-        for (int level = 0; tree % 2 == 1 && level < (tree == 5 ? 70 : 20); ++level) {
+        for (int level = 0; tree % 2 == 1 && level < (tree >= 5 ? 70 : 20); ++level) {
             deep += "l" + std::to_string(level) + "/";
+            for (int i = 0; tree == 7 && i < 150; ++i) {
+                t.File(deep + "c" + std::to_string(i) + (i % 3 ? ".txt" : ".log"));
+            }
         }
         std::vector<std::string> made{deep};
         for (int i = 0, n = 10 + static_cast<int>(random() % 60); i < n; ++i) {

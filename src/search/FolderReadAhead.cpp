@@ -89,13 +89,18 @@ FolderReadAhead::~FolderReadAhead() {
     }
 }
 
+// Whether the subfolders of a folder `depth` levels down, holding `entries`, are read ahead.
+bool FolderReadAhead::ReadsAheadBelow(size_t depth, const std::vector<char>& entries) {
+    return depth < kDeepest || entries.size() >= kBusyFolder;
+}
+
 // One job for each subfolder the walk will enter, in its order; none for a path too long for
-// one call (the walk opens it by its parent) or below the deepest level read ahead.
+// one call (the walk opens it by its parent) or where nothing is read ahead.
 FolderReadAhead::Jobs FolderReadAhead::MakeJobs(std::string_view path, size_t depth,
                                                 const std::vector<char>& entries,
                                                 const Parent& parent) const {
     Jobs jobs;
-    if (depth >= kDeepest) {
+    if (!ReadsAheadBelow(depth, entries)) {
         return jobs;
     }
     ForEachEntry(entries, [&](const dirent64& entry) {
@@ -295,7 +300,8 @@ void FolderReadAhead::StatKeptFiles(int fd, const MaskMatcher& matcher, Folder& 
 FolderReadAhead::Parent FolderReadAhead::KeepOpen(UniqueFd& fd, const Job& job,
                                                   const std::vector<char>& entries) {
     constexpr size_t kDeep = 16; // levels below the root
-    if (job.depth < kDeep || job.depth >= kDeepest || !fd || !AnySubfolder(entries)) {
+    if (job.depth < kDeep || !ReadsAheadBelow(job.depth, entries) || !fd ||
+        !AnySubfolder(entries)) {
         return {};
     }
     if (parentsOpen_->fetch_add(1) >= mostParents_) {

@@ -63,9 +63,12 @@ public:
     // folders meanwhile). False: the walk reads it itself.
     bool Take(const JobRef& job, Folder& into);
 
-    // Levels below the root read ahead. Far down a chain, where one folder leads to one folder
-    // and nothing can be read side by side, the walk does better alone.
+    // Levels below the root read ahead. Further down, only below folders of at least
+    // kBusyFolder bytes of entries: far down a chain of small folders, where one leads to one
+    // and nothing can be read side by side, handing each over costs more than reading it, and
+    // the walk does better alone.
     static constexpr size_t kDeepest = 24;
+    static constexpr size_t kBusyFolder = 4096;
 
     // Threads for reading by default: the processors online, at most 8.
     static int DefaultThreads();
@@ -94,6 +97,7 @@ private:
         std::vector<char> scratch;
     };
 
+    static bool ReadsAheadBelow(size_t depth, const std::vector<char>& entries);
     void Run();
     std::shared_ptr<Job> NextJob();
     std::shared_ptr<Job> PopWork();
