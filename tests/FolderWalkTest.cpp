@@ -433,11 +433,19 @@ TEST(FolderWalk, StatusCadenceIsEvery4000FilesAndEvery100Folders) {
 
 // Reading ahead on several threads must not change a thing the walk stores or reports; half
 // the trees hang 20 levels down, where readers open folders by their parent, and two 70,
-// below where readers go but under big folders, which the last has all the way down.
+// below where readers go but under big folders, which the last has all the way down. One has
+// a root big enough for readers to look up its files' status in pieces: each file has a time
+// of its own, so a status given to the wrong file shows.
 TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
     std::mt19937 random(20261122);
     for (int tree = 0; tree < 8; ++tree) {
         TestTree t;
+        for (int i = 0; tree == 6 && i < 700; ++i) { // long names: big in few files
+            const std::string name =
+                "w" + std::to_string(i) + std::string(200, 'w') + (i % 3 ? ".txt" : ".log");
+            t.File(name);
+            t.SetTime(name, 1000000 + i, i);
+        }
         std::string deep;
         for (int level = 0; tree % 2 == 1 && level < (tree >= 5 ? 70 : 20); ++level) {
             deep += "l" + std::to_string(level) + "/";

@@ -23,7 +23,9 @@ constexpr int kMostHeld = 256;
 constexpr size_t kScratchSize = 32 * 1024;
 
 template <class Entries, class Visit> void ForEachEntry(Entries& entries, Visit visit) {
-    using Entry = std::conditional_t<std::is_const_v<Entries>, const dirent64, dirent64>;
+    using Entry =
+        std::conditional_t<std::is_const_v<std::remove_pointer_t<decltype(entries.data())>>,
+                           const dirent64, dirent64>;
     for (size_t pos = 0; pos < entries.size();) {
         auto* entry = reinterpret_cast<Entry*>(entries.data() + pos);
         pos += entry->d_reclen;
@@ -272,25 +274,74 @@ bool FolderReadAhead::Read(const Job& job, Folder& folder, UniqueFd& fd,
     return true;
 }
 
-// The times and sizes of the files the walk will store, in the order it stores them; -errno
-// for a file whose status could not be read.
-void FolderReadAhead::StatKeptFiles(int fd, const MaskMatcher& matcher, Folder& folder) const {
+// The times and sizes of the files among `records` the walk will store, in the order it stores
+// them; -errno for a file whose status could not be read.
+void FolderReadAhead::StatKeptFiles(int fd, const MaskMatcher& matcher, std::string_view records,
+                                    std::vector<Kept>& kept) const {
     const bool expected = options_.ExpectedMatch == 1;
     // Room for a usual folder's files at once, rather than growing a step at a time.
     size_t entries = 0;
-    ForEachEntry(folder.entries, [&entries](const dirent64&) { ++entries; });
-    folder.kept.reserve(std::min<size_t>(entries, 1024));
-    ForEachEntry(folder.entries, [&](const dirent64& entry) {
+    ForEachEntry(records, [&entries](const dirent64&) { ++entries; });
+    kept.reserve(std::min<size_t>(entries, 1024));
+    ForEachEntry(records, [&](const dirent64& entry) {
         if (entry.d_type != DT_DIR && matcher.Matches(entry.d_name) == expected) {
             struct stat file {};
             if (fstatat(fd, entry.d_name, &file, AT_SYMLINK_NOFOLLOW) == 0) {
-                folder.kept.push_back(
+                kept.push_back(
                     {ToFileTime(file.st_mtim.tv_sec, file.st_mtim.tv_nsec), file.st_size});
             } else {
-                folder.kept.push_back({-errno, -1});
+                kept.push_back({-errno, -1});
             }
         }
     });
+}
+
+// A piece of the status lookup of a big folder the walk read itself.
+void FolderReadAhead::StatPiece(Job& piece, Reader& reader) {
+    Folder folder;
+    const std::string_view records(piece.records->data(), piece.records->size());
+    StatKeptFiles(piece.parent->Get(), reader.matcher,
+                  records.substr(piece.begin, piece.end - piece.begin), folder.kept);
+    Finish(piece, true, folder, false);
+}
+
+FolderReadAhead::Jobs FolderReadAhead::OfferStatus(int fd, const std::vector<char>& entries) {
+    Jobs pieces;
+    if (entries.size() < 2 * kStatusPiece) {
+        return pieces;
+    }
+    UniqueFd copy(fcntl(fd, F_DUPFD_CLOEXEC, 0));
+    const Parent shared = Share(copy);
+    if (!shared) {
+        return pieces;
+    }
+    const auto records = std::make_shared<const std::vector<char>>(entries);
+    for (size_t pos = 0; pos < entries.size();) {
+        const std::shared_ptr<Job>& piece = pieces.emplace_back(std::make_shared<Job>());
+        piece->records = records;
+        piece->parent = shared;
+        piece->begin = pos;
+        while (pos < entries.size() && pos - piece->begin < kStatusPiece) {
+            pos += reinterpret_cast<const dirent64*>(entries.data() + pos)->d_reclen;
+        }
+        piece->end = pos;
+    }
+    const std::lock_guard lock(mutex_);
+    Push(pieces);
+    return pieces;
+}
+
+bool FolderReadAhead::TakeStatus(const JobRef& piece, std::vector<Kept>& kept) {
+    Folder folder;
+    if (!Take(piece, folder)) {
+        return false;
+    }
+    kept.insert(kept.end(), folder.kept.begin(), folder.kept.end());
+    return true;
+}
+
+void FolderReadAhead::LetGo(const JobRef& job) {
+    Drop(*job);
 }
 
 // The descriptor of a folder just read, shared by its subfolders' jobs when it is deep (opening
@@ -304,6 +355,15 @@ FolderReadAhead::Parent FolderReadAhead::KeepOpen(UniqueFd& fd, const Job& job,
         !AnySubfolder(entries)) {
         return {};
     }
+    return Share(fd);
+}
+
+// `fd`, taken to be shared by jobs, within the budget of descriptors kept; the last of them
+// closes it. Nothing when the budget is spent.
+FolderReadAhead::Parent FolderReadAhead::Share(UniqueFd& fd) {
+    if (!fd) {
+        return {};
+    }
     if (parentsOpen_->fetch_add(1) >= mostParents_) {
         parentsOpen_->fetch_sub(1);
         return {};
@@ -315,6 +375,10 @@ FolderReadAhead::Parent FolderReadAhead::KeepOpen(UniqueFd& fd, const Job& job,
 }
 
 void FolderReadAhead::ReadJob(Job& job, Reader& reader) {
+    if (job.records) {
+        StatPiece(job, reader);
+        return;
+    }
     Folder folder;
     UniqueFd fd;
     const bool read = Read(job, folder, fd, reader.scratch);
@@ -332,7 +396,8 @@ void FolderReadAhead::ReadJob(Job& job, Reader& reader) {
         TellWalk();
     }
     if (status) {
-        StatKeptFiles(kept ? kept->Get() : fd.Get(), reader.matcher, folder);
+        StatKeptFiles(kept ? kept->Get() : fd.Get(), reader.matcher,
+                      {folder.entries.data(), folder.entries.size()}, folder.kept);
     }
     Finish(job, read, folder, offered);
 }

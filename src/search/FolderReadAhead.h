@@ -26,7 +26,8 @@ struct SearchOptions;
 // what it has gone past by simply letting go. Readers take the job offered last first, which
 // is the walk's next when one thread reads, and hold at most a bounded number of folders read
 // and not yet taken. Anything a reader could not read is simply read by the walk itself, so the
-// walk's results never depend on the readers.
+// walk's results never depend on the readers. A big folder the walk read itself (the root, say)
+// has its files' status looked up in pieces, by readers and the walk side by side.
 class FolderReadAhead {
     struct Job;
 
@@ -63,6 +64,15 @@ public:
     // folders meanwhile). False: the walk reads it itself.
     bool Take(const JobRef& job, Folder& into);
 
+    // The status of the kept files of a big folder the walk read itself (open as `fd`), in
+    // pieces for readers to look up while the walk stores; none for a folder of fewer than two
+    // pieces. The walk takes them in order, adding each piece's to `kept` (false: cancelled),
+    // and lets go of those it does not need.
+    Jobs OfferStatus(int fd, const std::vector<char>& entries);
+    bool TakeStatus(const JobRef& piece, std::vector<Kept>& kept);
+    void LetGo(const JobRef& job);
+    static constexpr size_t kStatusPiece = 64 * 1024; // bytes of records, some 2 000 files
+
     // Levels below the root read ahead. Further down, only below folders of at least
     // kBusyFolder bytes of entries: far down a chain of small folders, where one leads to one
     // and nothing can be read side by side, handing each over costs more than reading it, and
@@ -86,6 +96,10 @@ private:
         std::atomic<State> state{State::Waiting};
         bool dropped = false; // the walk let it go (under the lock)
         Folder folder;
+        // A piece of a status lookup: records [begin, end) of the folder open as `parent`.
+        std::shared_ptr<const std::vector<char>> records;
+        size_t begin = 0;
+        size_t end = 0;
     };
 
     using Parent = std::shared_ptr<const UniqueFd>;
@@ -109,7 +123,10 @@ private:
     void AwaitWork(Lock& lock);
     void WaitForReader(const Job& job);
     bool Read(const Job& job, Folder& folder, UniqueFd& fd, std::vector<char>& scratch) const;
-    void StatKeptFiles(int fd, const MaskMatcher& matcher, Folder& folder) const;
+    void StatKeptFiles(int fd, const MaskMatcher& matcher, std::string_view records,
+                       std::vector<Kept>& kept) const;
+    void StatPiece(Job& piece, Reader& reader);
+    Parent Share(UniqueFd& fd);
     Jobs MakeJobs(std::string_view path, size_t depth, const std::vector<char>& entries,
                   const Parent& parent) const;
     Parent KeepOpen(UniqueFd& fd, const Job& job, const std::vector<char>& entries);

@@ -234,6 +234,7 @@ bool FolderWalk::Walk(const std::string& folderPath) {
         return true;
     }
     StartReadAhead(root.Get());
+    ShareStatus(first, root.Get());
     first.fd = std::move(root);
     WalkLevels();
     levels_.clear();
@@ -246,16 +247,42 @@ bool FolderWalk::Walk(const std::string& folderPath) {
 void FolderWalk::StartReadAhead(int rootFd) {
     const int threads = options_.Threads > 0 ? options_.Threads : FolderReadAhead::DefaultThreads();
     // Each reader holds a descriptor while it reads.
-    if (threads > 1 && options_.Recurse && !testOpen_ && SpareDescriptors() >= 4L * threads + 16 &&
-        HasSubfolders(rootFd, levels_[0].entries)) {
+    if (threads <= 1 || testOpen_ || SpareDescriptors() < 4L * threads + 16) {
+        return;
+    }
+    std::vector<char>& entries = levels_[0].entries;
+    const bool subfolders = options_.Recurse && HasSubfolders(rootFd, entries);
+    if (subfolders || (KeepsStatus() && entries.size() >= 2 * FolderReadAhead::kStatusPiece)) {
         // This thread is one of them: no more threads run than there are processors.
         // A quarter of what is spare stays open for subfolders read ahead; the walk's own
         // levels keep at most half.
         readAhead_ = std::make_unique<FolderReadAhead>(
             UniqueFd(fcntl(rootFd, F_DUPFD_CLOEXEC, 0)), threads - 1,
             static_cast<int>(std::clamp<long>(SpareDescriptors() / 4, 0, 64)), options_, cancel_);
-        levels_[0].jobs = readAhead_->Offer({}, 0, levels_[0].entries);
+        if (options_.Recurse) {
+            levels_[0].jobs = readAhead_->Offer({}, 0, entries);
+        }
     }
+}
+
+// A big folder this thread read itself has its files' status looked up by readers too.
+void FolderWalk::ShareStatus(Level& level, int fd) {
+    if (readAhead_ && KeepsStatus()) {
+        level.statusPieces = readAhead_->OfferStatus(fd, level.entries);
+        level.readAhead = level.readAhead || !level.statusPieces.empty();
+    }
+}
+
+// The status read ahead for the level's next kept file, taking the next piece when one is due;
+// none when it was not (then it is looked up as it is stored).
+const FolderReadAhead::Kept* FolderWalk::NextKept(Level& level) {
+    while (level.nextKept == level.kept.size() && level.nextPiece < level.statusPieces.size()) {
+        const FolderReadAhead::JobRef piece = std::move(level.statusPieces[level.nextPiece++]);
+        if (!readAhead_->TakeStatus(piece, level.kept)) {
+            level.nextPiece = level.statusPieces.size(); // the rest as they are stored
+        }
+    }
+    return level.nextKept < level.kept.size() ? &level.kept[level.nextKept++] : nullptr;
 }
 
 void FolderWalk::WalkLevels() {
@@ -359,9 +386,9 @@ void FolderWalk::StoreFile(size_t level, std::string_view name) {
     struct stat st {};
     FolderReadAhead::Kept kept;
     Level& l = levels_[level];
-    if (l.readAhead) { // none when they are not kept
-        kept = l.nextKept < l.kept.size() ? l.kept[l.nextKept++] : FolderReadAhead::Kept{};
-    } else if (const int fd = options_.KeepStatus ? LevelFd(level) : -1; fd >= 0) {
+    if (const FolderReadAhead::Kept* ahead = l.readAhead ? NextKept(l) : nullptr) {
+        kept = *ahead;
+    } else if (const int fd = KeepsStatus() ? LevelFd(level) : -1; fd >= 0) {
         kept = fstatat(fd, name.data(), &st, AT_SYMLINK_NOFOLLOW) == 0
                    ? FolderReadAhead::Kept{ToFileTime(st.st_mtim.tv_sec, st.st_mtim.tv_nsec),
                                            st.st_size}
@@ -431,11 +458,13 @@ bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     child.dev = st.st_dev;
     child.ino = st.st_ino;
     Enter(std::move(child), name);
+    Level& entered = levels_.back();
     if (readAhead_ && path_.size() - rootPath_.size() < PATH_MAX) {
-        Level& entered = levels_.back();
         entered.jobs = readAhead_->Offer(std::string_view(path_).substr(rootPath_.size()),
                                          depth + 1, entered.entries);
     }
+    // Offered last, so read first: its files come before what is below them.
+    ShareStatus(entered, entered.fd.Get());
     return true;
 }
 
@@ -483,6 +512,10 @@ void FolderWalk::Ascend() {
                 parent.fd = std::move(up);
             }
         }
+    }
+    // Pieces not needed (no kept file in them) are let go, so readers do not count them held.
+    for (size_t i = child.nextPiece; i < child.statusPieces.size(); ++i) {
+        readAhead_->LetGo(child.statusPieces[i]);
     }
     path_.resize(child.nameStart);
     levels_.pop_back();

@@ -103,6 +103,8 @@ private:
         uint32_t subfolders = 0;                    // subfolders met so far
         std::vector<FolderReadAhead::Kept> kept;    // read ahead: the files to store, their status
         FolderReadAhead::Jobs jobs;                 // its subfolders', when read ahead
+        FolderReadAhead::Jobs statusPieces;         // a big folder's, looked up by readers
+        size_t nextPiece = 0;
         size_t nextKept = 0;
         bool readAhead = false;
         bool Finished() const { return pos >= entries.size(); }
@@ -112,6 +114,9 @@ private:
     // What follows an entry: the next entry, the first of the folder just entered, or the end.
     enum class Step { Next, Entered, Stop };
     void StartReadAhead(int rootFd);
+    bool KeepsStatus() const { return options_.KeepStatus && !options_.FoldersOnly; }
+    void ShareStatus(Level& level, int fd);
+    const FolderReadAhead::Kept* NextKept(Level& level);
     void WalkLevels();
     Step VisitFolder(size_t depth, std::string_view name);
     bool TakeReadAhead(Level& child, std::string_view name, const FolderReadAhead::JobRef& job);
