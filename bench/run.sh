@@ -120,9 +120,9 @@ for mask in '*.*' '*.txt'; do
 done
 echo
 
-# Other shapes: one folder of 200 000 files, a chain 200 levels deep with 500 files in each, and
-# a chain 5000 levels deep with one file in each (far beyond PATH_MAX), each walked on the
-# default threads and on one.
+# By shape: the bench tree itself, one folder of 200 000 files, a chain 200 levels deep with 500
+# files in each, and a chain 5000 levels deep with one file in each (far beyond PATH_MAX), each
+# walked on the default threads and on one.
 shape() { # name generator-arguments...
     local name=$1
     shift
@@ -137,7 +137,7 @@ shape deep-200 --deep "$dir/deep-200" 200 500
 shape deep-5000 --deep "$dir/deep-5000" 5000 1
 echo "| tree | job | default threads s | --threads 1 s | peak RSS MiB (default) |"
 echo "|---|---|---|---|---|"
-for name in wide-200000 deep-200 deep-5000; do
+for name in "tree-$n" wide-200000 deep-200 deep-5000; do
     for job in txt times; do
         args=(search -q "$dir/$name" '*.txt')
         [ "$job" = times ] && args=(search -q --times "$dir/$name" '*.*')
