@@ -185,7 +185,7 @@ bool FolderReadAhead::Take(const JobRef& job, Folder& into) {
         }
     }
     if (job->state.load(std::memory_order_acquire) != State::Read || cancel_.IsRaised()) {
-        Drop(*job);
+        LetGo(job);
         return false;
     }
     into = std::move(job->folder);
@@ -199,11 +199,11 @@ bool FolderReadAhead::Take(const JobRef& job, Folder& into) {
 }
 
 // The walk lets a job go without taking it: a reader still on it does not count it as held.
-void FolderReadAhead::Drop(Job& job) {
+void FolderReadAhead::LetGo(const JobRef& job) {
     const std::lock_guard lock(mutex_);
-    job.dropped = true;
-    if (job.state.load() == State::Read) {
-        job.state = State::Failed;
+    job->dropped = true;
+    if (job->state.load() == State::Read) {
+        job->state = State::Failed;
         held_.fetch_sub(1);
     }
 }
@@ -315,6 +315,7 @@ FolderReadAhead::Jobs FolderReadAhead::OfferStatus(int fd, const std::vector<cha
     if (!shared) {
         return pieces;
     }
+    // A copy: a reader may still be on a piece when the walk has left the folder (cancelled).
     const auto records = std::make_shared<const std::vector<char>>(entries);
     for (size_t pos = 0; pos < entries.size();) {
         const std::shared_ptr<Job>& piece = pieces.emplace_back(std::make_shared<Job>());
@@ -338,10 +339,6 @@ bool FolderReadAhead::TakeStatus(const JobRef& piece, std::vector<Kept>& kept) {
     }
     kept.insert(kept.end(), folder.kept.begin(), folder.kept.end());
     return true;
-}
-
-void FolderReadAhead::LetGo(const JobRef& job) {
-    Drop(*job);
 }
 
 // The descriptor of a folder just read, shared by its subfolders' jobs when it is deep (opening

@@ -119,7 +119,6 @@ private:
     void ReadJob(Job& job, Reader& reader);
     void Finish(Job& job, bool read, Folder& folder, bool offered);
     void TellWalk();
-    void Drop(Job& job);
     void AwaitWork(Lock& lock);
     void WaitForReader(const Job& job);
     bool Read(const Job& job, Folder& folder, UniqueFd& fd, std::vector<char>& scratch) const;

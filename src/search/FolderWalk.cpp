@@ -234,8 +234,8 @@ bool FolderWalk::Walk(const std::string& folderPath) {
         return true;
     }
     StartReadAhead(root.Get());
-    ShareStatus(first, root.Get());
     first.fd = std::move(root);
+    ShareStatus(first);
     WalkLevels();
     levels_.clear();
     readAhead_.reset();
@@ -266,9 +266,9 @@ void FolderWalk::StartReadAhead(int rootFd) {
 }
 
 // A big folder this thread read itself has its files' status looked up by readers too.
-void FolderWalk::ShareStatus(Level& level, int fd) {
+void FolderWalk::ShareStatus(Level& level) {
     if (readAhead_ && KeepsStatus()) {
-        level.statusPieces = readAhead_->OfferStatus(fd, level.entries);
+        level.statusPieces = readAhead_->OfferStatus(level.fd.Get(), level.entries);
         level.readAhead = level.readAhead || !level.statusPieces.empty();
     }
 }
@@ -464,7 +464,7 @@ bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
                                          depth + 1, entered.entries);
     }
     // Offered last, so read first: its files come before what is below them.
-    ShareStatus(entered, entered.fd.Get());
+    ShareStatus(entered);
     return true;
 }
 

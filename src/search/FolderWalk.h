@@ -115,7 +115,7 @@ private:
     enum class Step { Next, Entered, Stop };
     void StartReadAhead(int rootFd);
     bool KeepsStatus() const { return options_.KeepStatus && !options_.FoldersOnly; }
-    void ShareStatus(Level& level, int fd);
+    void ShareStatus(Level& level);
     const FolderReadAhead::Kept* NextKept(Level& level);
     void WalkLevels();
     Step VisitFolder(size_t depth, std::string_view name);
