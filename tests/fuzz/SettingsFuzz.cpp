@@ -12,7 +12,16 @@ namespace {
 
 using Values = std::map<std::pair<std::string, std::string>, std::string>;
 
-// Every key of the program's sections and of the first ones the file names, with its value.
+// Names compare as the reader compares them: ASCII letters without regard to case.
+std::string Folded(std::string name) {
+    for (char& c : name) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+    }
+    return name;
+}
+
+// Every key of the program's sections and of the first ones the file names, with its value,
+// under the names as the reader folds them.
 Values Read(const IniFile& file, const std::string& bytes) {
     std::vector<std::string> sections = {"windows", "paths", "options", "masks", "custom"};
     for (size_t open = bytes.find('['); open != bytes.npos && sections.size() < 9;
@@ -22,7 +31,7 @@ Values Read(const IniFile& file, const std::string& bytes) {
     Values values;
     for (const std::string& section : sections) {
         for (const std::string& key : file.KeyNames(section)) {
-            values[{section, key}] =
+            values[{Folded(section), Folded(key)}] =
                 file.GetString(section, key, "\n"); // no value holds a line end
         }
     }
