@@ -10,6 +10,7 @@
 #include "platform/EventYield.h"
 #include "platform/QtPrompts.h"
 #include "settings/AppSettings.h"
+#include "settings/MaskFavorites.h"
 #include "settings/dlgPreferences.h"
 #include "settings/modPProfile.h"
 
@@ -262,10 +263,17 @@ TEST(dlgPreferences, CaptionsRulesAndWhatEachControlWrites) {
     dialog.MaskCommand(dlgPreferences::MaskButton::Reload);
     EXPECT_EQ(prompts.asked.back().text,
               "The Mask List has changed. Reloading willl discard all changes. Continue?");
+    // Another window closing meanwhile adds a mask: it stays beside the list arranged here.
+    modPProfile other(profile.File().Path(), "/home/ann");
+    MaskFavorites otherWindow;
+    otherWindow.Load(other);
+    otherWindow.Add("*.other;");
+    otherWindow.Save(other);
     dialog.findChild<QPushButton*>("cmdOK")->click();
     EXPECT_EQ(masksCommitted, 1);
     EXPECT_EQ(profile.ProfileGetString("masks", "mask1", ""), "*.B;");
-    EXPECT_EQ(profile.File().KeyNames("masks").size(), 7u);
+    EXPECT_EQ(profile.ProfileGetString("masks", "mask8", ""), "*.other;");
+    EXPECT_EQ(profile.File().KeyNames("masks").size(), 8u);
 }
 
 TEST(dlgPreferences, ViewOptionsAndTheSortedColumnsColour) {

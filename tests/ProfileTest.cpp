@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <gtest/gtest.h>
+#include <memory>
 
 namespace {
 
@@ -27,6 +28,26 @@ TEST(Profile, FirstStartWritesTheNewFileAndAnExistingOneIsLeftAsItIs) {
     old.Start();
     EXPECT_EQ(ReadBytes(t.Path("old.ini")), "[options]\r\nConfirmOnOpen=0\r\n");
     EXPECT_FALSE(old.Settings().ConfirmOnOpen);
+}
+
+// Copies of the program started at once all find no file: the first makes it, and the others
+// neither make it again over the first one's changes nor lose their own.
+TEST(Profile, CopiesStartingTogetherKeepEachOthersKeys) {
+    TestTree t;
+    std::vector<std::unique_ptr<modPProfile>> copies;
+    for (int i = 0; i < 3; ++i) {
+        copies.push_back(std::make_unique<modPProfile>(t.Path("tallymoor.ini"), kHome));
+        EXPECT_FALSE(copies.back()->FileExists());
+    }
+    for (int i = 0; i < 3; ++i) {
+        copies[i]->ProfileCreateDefault();
+        copies[i]->ProfileSetOptionsKey("Key" + std::to_string(i), "set");
+    }
+    modPProfile after(t.Path("tallymoor.ini"), kHome);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(after.ProfileGetString("options", "Key" + std::to_string(i), ""), "set") << i;
+    }
+    EXPECT_EQ(after.File().KeyNames("masks").size(), 6u) << "one new file, not three";
 }
 
 // Whatever a file lacks reads as the missing-key values, which differ from a new file's.
@@ -235,6 +256,57 @@ TEST(MaskFavorites, LoadAddChooseAndSave) {
     WriteBytes(t.Path("tallymoor.ini"), "[masks]\r\n");
     favorites.Load(profile);
     EXPECT_EQ(favorites.Captions().size(), 3u);
+}
+
+// Windows that share the file each write back only what they changed.
+TEST(MaskFavorites, WindowsClosingInTurnKeepEveryonesMasks) {
+    TestTree t;
+    modPProfile(t.Path("tallymoor.ini"), kHome).Start();
+    std::vector<std::unique_ptr<modPProfile>> profiles;
+    std::vector<MaskFavorites> windows(3);
+    for (int i = 0; i < 3; ++i) {
+        profiles.push_back(std::make_unique<modPProfile>(t.Path("tallymoor.ini"), kHome));
+        profiles[i]->Start();
+        windows[i].Load(*profiles[i]);
+        windows[i].Add("*.w" + std::to_string(i) + ";");
+    }
+    for (int i = 0; i < 3; ++i) {
+        windows[i].Save(*profiles[i]);
+    }
+    MaskFavorites reopened;
+    reopened.Load(*profiles[0]);
+    EXPECT_EQ(reopened.Captions(),
+              (std::vector<std::string>{"*.doc;", "*.mdb;", "*.ppt;", "*.txt;", "*.log;", "*.rtf;",
+                                        "*.w0;", "*.w1;", "*.w2;"}));
+}
+
+TEST(MaskFavorites, MergeKeepsWhatEachSideGainedAndDropsWhatEachRemoved) {
+    using List = std::vector<std::string>;
+    using Order = MaskFavorites::Order;
+    struct Row {
+        const char* what;
+        List disk, base, mine;
+        Order order;
+        List merged;
+    };
+    // clang-format off
+    const Row rows[] = {
+        {"nobody changed anything",   {"a", "b"},      {"a", "b"}, {"a", "b"},      Order::Disk, {"a", "b"}},
+        {"both gained, disk's first", {"a", "b", "d"}, {"a", "b"}, {"a", "b", "c"}, Order::Disk, {"a", "b", "d", "c"}},
+        {"both gained, mine first",   {"a", "b", "d"}, {"a", "b"}, {"a", "b", "c"}, Order::Mine, {"a", "b", "c", "d"}},
+        {"I removed, other gained",   {"a", "b", "d"}, {"a", "b"}, {"b"},           Order::Disk, {"b", "d"}},
+        {"other removed, I gained",   {"a"},           {"a", "b"}, {"a", "b", "c"}, Order::Mine, {"a", "c"}},
+        {"my arrangement kept",       {"a", "b"},      {"a", "b"}, {"b", "a"},      Order::Mine, {"b", "a"}},
+        {"the same mask gained twice",{"a", "X "},     {"a"},      {"a", " x"},     Order::Disk, {"a", "X "}},
+        {"a second one goes first",   {"a"},           {"a"},      {"c", "a"},      Order::Disk, {"c", "a"}},
+        {"I removed them all",        {"a"},           {"a"},      {},              Order::Mine, {}},
+        {"a file that had none",      {},              {},         {"c"},           Order::Disk, {"c"}},
+    };
+    // clang-format on
+    for (const Row& row : rows) {
+        EXPECT_EQ(MaskFavorites::Merge(row.disk, row.base, row.mine, row.order), row.merged)
+            << row.what;
+    }
 }
 
 // ---- where the file lives ----

@@ -149,7 +149,8 @@ void frmMain::ShowPreferences(PreferencesTab tab) {
         },
         this);
     dialog.SetFavorites(shared_.favorites.ShowsPlaceholder() ? std::vector<std::string>()
-                                                             : shared_.favorites.Captions());
+                                                             : shared_.favorites.Captions(),
+                        shared_.favorites.Loaded());
     dialog.SetStartupTab(tab);
     shared_.prompts.ShowModal(&dialog);
     profile.ProfileLoadSettings();

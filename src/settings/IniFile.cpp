@@ -157,6 +157,20 @@ void SetKey(std::vector<std::string>& lines, const std::string& section, const s
     lines.insert(lines.begin() + static_cast<ptrdiff_t>(lastContent + 1), key + "=" + value);
 }
 
+// The value of the first `key` in the section that begins at `headerLine`.
+std::optional<std::string> ReadValue(const std::vector<std::string>& lines, size_t headerLine,
+                                     std::string_view key) {
+    const size_t end = SectionEnd(lines, headerLine);
+    for (size_t i = headerLine + 1; i < end; ++i) {
+        if (const auto name = KeyName(lines[i]); name && SameName(*name, key)) {
+            const std::string_view line = lines[i];
+            const std::string_view value = TrimSpacesAndTabs(line.substr(line.find('=') + 1));
+            return CutToCharacters(Unquoted(value), IniFile::kValueLimit);
+        }
+    }
+    return std::nullopt;
+}
+
 void RemoveSection(std::vector<std::string>& lines, const std::string& section) {
     if (const auto header = FindSection(lines, section)) {
         lines.erase(lines.begin() + static_cast<ptrdiff_t>(*header),
@@ -320,18 +334,8 @@ std::string IniFile::GetString(std::string_view section, std::string_view key,
                                std::string_view fallback) const {
     LoadIfChanged();
     const auto header = FindSection(lines_, section);
-    if (!header) {
-        return std::string(fallback);
-    }
-    const size_t end = SectionEnd(lines_, *header);
-    for (size_t i = *header + 1; i < end; ++i) {
-        if (const auto name = KeyName(lines_[i]); name && SameName(*name, key)) {
-            const std::string_view line = lines_[i];
-            const std::string_view value = TrimSpacesAndTabs(line.substr(line.find('=') + 1));
-            return CutToCharacters(Unquoted(value), kValueLimit);
-        }
-    }
-    return std::string(fallback);
+    return header ? ReadValue(lines_, *header, key).value_or(std::string(fallback))
+                  : std::string(fallback);
 }
 
 std::vector<std::string> IniFile::KeyNames(std::string_view section) const {
@@ -359,8 +363,33 @@ void IniFile::DeleteSection(std::string_view section) {
     });
 }
 
-void IniFile::WriteLines(std::vector<std::string> lines) {
-    Apply([lines = std::move(lines)](std::vector<std::string>& into) { into = lines; });
+void IniFile::CreateWith(std::vector<std::string> lines) {
+    Apply([this, lines = std::move(lines)](std::vector<std::string>& into) {
+        if (!loaded_ || loaded_->size < 0) {
+            into = lines;
+        }
+    });
+}
+
+void IniFile::RewriteSection(std::string_view section,
+                             std::function<std::optional<Entries>(const Entries&)> rewrite) {
+    Apply([section = std::string(section),
+           rewrite = std::move(rewrite)](std::vector<std::string>& lines) {
+        Entries now;
+        if (const auto header = FindSection(lines, section)) {
+            for (size_t i = *header + 1; i < SectionEnd(lines, *header); ++i) {
+                if (const auto name = KeyName(lines[i])) {
+                    now.emplace_back(*name, *ReadValue(lines, *header, *name));
+                }
+            }
+        }
+        if (const auto entries = rewrite(now)) {
+            RemoveSection(lines, section);
+            for (const auto& [key, value] : *entries) {
+                SetKey(lines, section, key, OneLine(value));
+            }
+        }
+    });
 }
 
 void IniFile::Apply(Edit edit) {

@@ -50,8 +50,18 @@ public:
     void WriteString(std::string_view section, std::string_view key, std::string_view value);
     // Removes the first section of that name with everything in it.
     void DeleteSection(std::string_view section);
-    // Replaces the whole content with `lines` (a new file's skeleton).
-    void WriteLines(std::vector<std::string> lines);
+    // Gives a missing file `lines` (a new file's content). Another copy of the program may have
+    // made the file meanwhile: then, by the time the write is done under the lock, the file there
+    // is kept as it is.
+    void CreateWith(std::vector<std::string> lines);
+
+    // The keys and values of a section in file order, as GetString reads them.
+    using Entries = std::vector<std::pair<std::string, std::string>>;
+    // Replaces `section` with what `rewrite` makes of what it holds on disk when written (under
+    // the lock, so a change another copy made meanwhile is seen); nothing happens to it when
+    // `rewrite` gives nothing back.
+    void RewriteSection(std::string_view section,
+                        std::function<std::optional<Entries>(const Entries&)> rewrite);
 
     // Holds writes in memory until the last Batch ends, then writes once.
     class Batch {

@@ -3,17 +3,34 @@
 #include "search/PathText.h"
 #include "settings/modPProfile.h"
 
+#include <algorithm>
+
 MaskFavorites::MaskFavorites() : entries_{kPlaceholder} {
 }
 
+namespace {
+
+// Masks are the same mask when they are after trimming and lower-casing.
+std::string MaskKey(std::string_view mask) {
+    return LowerCaseName(TrimBlanks(mask));
+}
+
+bool Holds(const std::vector<std::string>& list, std::string_view mask) {
+    const std::string key = MaskKey(mask);
+    return std::any_of(list.begin(), list.end(),
+                       [&key](const std::string& entry) { return MaskKey(entry) == key; });
+}
+
+} // namespace
+
 void MaskFavorites::Load(const modPProfile& profile) {
     const auto keys = profile.File().KeyNames("masks");
-    if (keys.empty()) {
-        return;
-    }
-    entries_.clear();
+    loaded_.clear();
     for (const auto& key : keys) {
-        entries_.push_back(profile.ProfileGetString("masks", key, ""));
+        loaded_.push_back(profile.ProfileGetString("masks", key, ""));
+    }
+    if (!loaded_.empty()) {
+        entries_ = loaded_;
     }
 }
 
@@ -21,15 +38,54 @@ void MaskFavorites::Clear() {
     entries_.assign(1, kPlaceholder);
 }
 
-void MaskFavorites::Save(modPProfile& profile) const {
+std::vector<std::string> MaskFavorites::Merge(const std::vector<std::string>& disk,
+                                              const std::vector<std::string>& base,
+                                              const std::vector<std::string>& mine, Order order) {
+    const std::vector<std::string>& first = order == Order::Disk ? disk : mine;
+    const std::vector<std::string>& second = order == Order::Disk ? mine : disk;
+    MaskFavorites merged;
+    for (const std::string& mask : first) {
+        // Kept unless the other side removed it: it was in the base and the other lacks it.
+        if (!(Holds(base, mask) && !Holds(second, mask)) && !Holds(merged.entries_, mask)) {
+            merged.entries_.push_back(mask);
+        }
+    }
+    if (merged.entries_.empty()) {
+        merged.Clear();
+    } else if (merged.entries_[0] == kPlaceholder) {
+        merged.entries_.erase(merged.entries_.begin()); // the placeholder is no mask
+    }
+    for (const std::string& mask : second) {
+        if (!Holds(base, mask)) {
+            merged.Add(mask); // gained there: added as a search adds a mask
+        }
+    }
+    return merged.ShowsPlaceholder() ? std::vector<std::string>() : merged.entries_;
+}
+
+void MaskFavorites::Save(modPProfile& profile) {
     if (entries_[0] == kPlaceholder) {
         return;
     }
-    IniFile::Batch batch(profile.File());
-    profile.ProfileDeleteSection("masks");
-    for (size_t i = 0; i < entries_.size(); ++i) {
-        profile.ProfileSetMasksKey("mask" + std::to_string(i + 1), entries_[i]);
-    }
+    const std::vector<std::string> base = loaded_;
+    const std::vector<std::string> mine = entries_;
+    profile.File().RewriteSection(
+        "masks", [base, mine](const IniFile::Entries& now) -> std::optional<IniFile::Entries> {
+            std::vector<std::string> disk;
+            for (const auto& entry : now) {
+                disk.push_back(entry.second);
+            }
+            const auto merged = Merge(disk, base, mine, Order::Disk);
+            if (merged.empty() || merged == disk) {
+                return std::nullopt; // nothing to add: what is there stays as it is
+            }
+            IniFile::Entries entries;
+            for (size_t i = 0; i < merged.size(); ++i) {
+                entries.emplace_back("mask" + std::to_string(i + 1), merged[i]);
+            }
+            return entries;
+        });
+    loaded_ = entries_;
 }
 
 void MaskFavorites::Add(std::string_view maskText) {

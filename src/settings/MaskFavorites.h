@@ -26,8 +26,24 @@ public:
     // `ProfileClearMaskFavorites`: back to the placeholder alone.
     void Clear();
     // `ProfileSaveMaskFavorites`: rewrites [masks] as mask1, mask2, ... in menu order; nothing
-    // is written while the placeholder shows.
-    void Save(modPProfile& profile) const;
+    // is written while the placeholder shows. Other windows and copies of the program share the
+    // file: what is written is the list on disk by then with this list's changes since it was
+    // loaded applied to it (the masks it gained added as a search adds them, those it lost
+    // taken out), so that no one's masks are lost.
+    void Save(modPProfile& profile);
+    // The favourites as they were last read from the file (none when it had none).
+    const std::vector<std::string>& Loaded() const { return loaded_; }
+
+    // Whose order the merge of two edited lists keeps.
+    enum class Order {
+        Disk, // the list on disk, with the masks gained appended (a window closing)
+        Mine  // the list as the user arranged it, with the masks others gained appended
+    };
+    // The list `mine`, edited from `base`, merged with `disk`, which others may have edited from
+    // the same `base` meanwhile: what each removed stays removed, what each gained is kept.
+    static std::vector<std::string> Merge(const std::vector<std::string>& disk,
+                                          const std::vector<std::string>& base,
+                                          const std::vector<std::string>& mine, Order order);
 
     // `AddMaskFavorite`, after every search: the trimmed mask joins the list unless it is
     // "*.*" or "*.*;" or already there (compared trimmed and lower-cased).
@@ -39,4 +55,5 @@ public:
 
 private:
     std::vector<std::string> entries_;
+    std::vector<std::string> loaded_;
 };

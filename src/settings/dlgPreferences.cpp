@@ -468,27 +468,42 @@ void dlgPreferences::LoadFolders() {
 void dlgPreferences::LoadMasks() {
     MaskFavorites favorites;
     favorites.Load(profile_);
-    SetFavorites(favorites.ShowsPlaceholder() ? std::vector<std::string>() : favorites.Captions());
+    SetFavorites(favorites.Loaded(), favorites.Loaded());
 }
 
-void dlgPreferences::SetFavorites(const std::vector<std::string>& favorites) {
+void dlgPreferences::SetFavorites(const std::vector<std::string>& favorites,
+                                  const std::vector<std::string>& loaded) {
     lstMasks->clear();
     for (const std::string& mask : favorites) {
         lstMasks->addItem(QString::fromStdString(mask));
     }
+    masksLoaded_ = loaded;
     masksChanged_ = false;
     editedMask_ = -1;
 }
 
+// The list as arranged here, with what other windows changed on disk meanwhile.
 void dlgPreferences::CommitMasks() {
     if (!masksChanged_) {
         return;
     }
-    profile_.ProfileDeleteSection("masks");
+    std::vector<std::string> mine;
     for (int row = 0; row < lstMasks->count(); ++row) {
-        profile_.ProfileSetMasksKey("mask" + std::to_string(row + 1),
-                                    lstMasks->item(row)->text().toStdString());
+        mine.push_back(lstMasks->item(row)->text().toStdString());
     }
+    profile_.File().RewriteSection(
+        "masks", [base = masksLoaded_, mine](const IniFile::Entries& now) {
+            std::vector<std::string> disk;
+            for (const auto& entry : now) {
+                disk.push_back(entry.second);
+            }
+            IniFile::Entries entries;
+            for (const std::string& mask :
+                 MaskFavorites::Merge(disk, base, mine, MaskFavorites::Order::Mine)) {
+                entries.emplace_back("mask" + std::to_string(entries.size() + 1), mask);
+            }
+            return std::optional(entries);
+        });
     masksChanged_ = false;
     if (masksCommitted_) {
         masksCommitted_();

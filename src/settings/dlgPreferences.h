@@ -37,8 +37,9 @@ public:
     // The tab shown first ("Edit Favorite Masks List..." opens at the masks).
     void SetStartupTab(PreferencesTab tab);
     // The mask editor starts from the favourites the menu shows (those added by searches since
-    // start-up too), not only from the file's.
-    void SetFavorites(const std::vector<std::string>& favorites);
+    // start-up too), not only from the file's; `loaded`: the file's list they were made from.
+    void SetFavorites(const std::vector<std::string>& favorites,
+                      const std::vector<std::string>& loaded);
     // A `txtFolders` entry accepted: asks when its folder does not exist, then stores it.
     void AcceptFolder(int index);
     // A `Label3` clicked: the folder picker for that entry.
@@ -77,7 +78,8 @@ private:
     std::function<void()> masksCommitted_;
     bool loading_ = false;
     bool masksChanged_ = false;
-    int editedMask_ = -1; // the row "&Select" took into the entry box
+    std::vector<std::string> masksLoaded_; // the file's list the shown one was made from
+    int editedMask_ = -1;                  // the row "&Select" took into the entry box
 
     QTabWidget* tsPrefs;
     std::array<QCheckBox*, 8> chkGeneral{};

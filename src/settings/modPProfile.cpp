@@ -188,28 +188,38 @@ void modPProfile::ProfileDeleteSection(std::string_view section) {
 }
 
 void modPProfile::ProfileCreateDefault() {
-    // One write for the whole new file, so that it never exists half made.
-    IniFile::Batch batch(file_);
+    // The whole new file in one write, made only where none is by then: another copy starting
+    // at the same moment may have made it, with its first changes in it.
     std::vector<std::string> lines(kHeader.begin(), kHeader.end());
-    for (const char* section : {kWindows, kPaths, kOptions, kMasks, kCustom}) {
+    const auto section = [&lines](const char* name) {
         lines.emplace_back();
-        lines.push_back("[" + std::string(section) + "]");
+        lines.push_back("[" + std::string(name) + "]");
+    };
+    const auto key = [&lines](std::string_view name, std::string_view value) {
+        lines.push_back(std::string(name) + "=" + std::string(value));
+    };
+    section(kWindows);
+    for (const char* name : {"Winstate", "Left", "Top", "Width", "Height"}) {
+        key(name, "");
     }
-    file_.WriteLines(std::move(lines));
-    for (const char* key : {"Winstate", "Left", "Top", "Width", "Height"}) {
-        ProfileSetWindowsKey(key, "");
+    section(kPaths);
+    for (const char* name : kPathKeys) {
+        key(name, RootFolder());
     }
-    for (const char* key : kPathKeys) {
-        ProfileSetPathsKey(key, RootFolder());
-    }
-    ProfileSetPathsKey("LastCfmBrowseID", "0");
+    key("LastCfmBrowseID", "0");
+    section(kOptions);
     for (const auto& option : kNewFileOptions) {
-        ProfileSetOptionsKey(option.key, option.value);
+        key(option.key, option.value);
     }
+    section(kMasks);
     for (size_t i = 0; i < kNewFileMasks.size(); ++i) {
-        ProfileSetMasksKey("mask" + std::to_string(i + 1), kNewFileMasks[i]);
+        key("mask" + std::to_string(i + 1), kNewFileMasks[i]);
     }
-    ProfileSaveCustomColors(kNewFileColors);
+    section(kCustom);
+    for (size_t i = 0; i < kNewFileColors.size(); ++i) {
+        key("color" + std::to_string(i + 1), std::to_string(kNewFileColors[i]));
+    }
+    file_.CreateWith(std::move(lines));
 }
 
 bool modPProfile::ReadBool(std::string_view key, bool fallback) const {
