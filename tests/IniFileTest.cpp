@@ -143,13 +143,16 @@ TEST(IniFile, ReplacesOnlyARegularFileItReadOrCreatesOneWhereNothingIs) {
     // clang-format off
     const PlaceCase cases[] = {
         {"nothing there: created", place, ""},
-        {"a link to a file: the file written, its mode kept",
+        {"a link to an empty file: the file written, its mode kept",
          [&](const TestTree& t) {
-             WriteBytes(t.Path("real.ini"), "[o]\r\n");
+             WriteBytes(t.Path("real.ini"), "");
              chmod(t.Path("real.ini").c_str(), 0600);
              t.Link("s.ini", "real.ini");
              return place(t);
          }, ""},
+        {"a link to some other file, with none of our sections: left alone",
+         [&](const TestTree& t) { WriteBytes(t.Path("rc"), "[o]\nalias ll='ls -l'\n"); t.Link("s.ini", "rc"); return place(t); },
+         "cannot be used (it links to a file that holds no settings of this program)"},
         {"a dangling link: its target created",
          [&](const TestTree& t) { t.Link("s.ini", "real.ini"); return place(t); }, ""},
         {"a device", [](const TestTree&) { return std::string("/dev/null"); }, "cannot be used (Not a regular file)"},

@@ -124,6 +124,36 @@ std::optional<size_t> FindSection(const std::vector<std::string>& lines, std::st
     return std::nullopt;
 }
 
+// Appends what `fd` holds to `bytes`; the error number, 0 when read to its end.
+int ReadWhole(int fd, std::string& bytes) {
+    char chunk[65536];
+    for (;;) {
+        const ssize_t n = read(fd, chunk, sizeof chunk);
+        if (n == 0) {
+            return 0;
+        }
+        if (n < 0 && errno != EINTR) {
+            return errno;
+        }
+        bytes.append(chunk, static_cast<size_t>(std::max<ssize_t>(n, 0)));
+    }
+}
+
+// Whether the lines are empty or name one of the program's sections.
+bool HoldsOurSection(const std::vector<std::string>& lines) {
+    bool empty = true;
+    for (const std::string& line : lines) {
+        empty = empty && TrimSpacesAndTabs(line).empty();
+        const auto name = SectionName(line);
+        for (const char* ours : {"windows", "paths", "options", "masks", "custom"}) {
+            if (name && SameName(*name, ours)) {
+                return true;
+            }
+        }
+    }
+    return empty;
+}
+
 size_t SectionEnd(const std::vector<std::string>& lines, size_t headerLine) {
     size_t i = headerLine + 1;
     while (i < lines.size() && !SectionName(lines[i])) {
@@ -304,26 +334,24 @@ void IniFile::LoadIfChanged() const {
         if (loaded_ && *loaded_ == now) {
             return;
         }
-        char chunk[65536];
-        for (;;) {
-            const ssize_t n = read(fd.Get(), chunk, sizeof chunk);
-            if (n == 0) {
-                break;
-            }
-            if (n < 0) {
-                if (errno == EINTR) {
-                    continue;
-                }
-                giveUp(kCannotBeRead, SystemReason(errno));
-                return;
-            }
-            bytes.append(chunk, static_cast<size_t>(n));
+        if (const int error = ReadWhole(fd.Get(), bytes)) {
+            giveUp(kCannotBeRead, SystemReason(error));
+            return;
         }
     } else if (loaded_ && *loaded_ == now) {
         return; // still no file: the lines in memory stand
     }
+    std::vector<std::string> lines = SplitLines(bytes);
+    if (!vetted_ && target.path != path_ && !HoldsOurSection(lines)) {
+        // A link to a file kept elsewhere (as dotfile managers make them) is written through;
+        // one to some other file, not empty and with none of our sections, is not ours to change.
+        giveUp(kCannotBeUsed, QT_TRANSLATE_NOOP("Remark", "it links to a file that holds no "
+                                                          "settings of this program"));
+        return;
+    }
+    vetted_ = true; // once read, or written by us, what is there is ours
     byteOrderMark_ = bytes.starts_with(kByteOrderMark);
-    lines_ = SplitLines(bytes);
+    lines_ = std::move(lines);
     loaded_ = now;
     for (const Edit& edit : pending_) {
         edit(lines_);

@@ -118,6 +118,7 @@ private:
     mutable std::optional<Signature> loaded_; // the file the lines were read from (size -1: none)
     mutable bool memoryOnly_ = false;
     mutable bool leftoversChecked_ = false;
+    mutable bool vetted_ = false;        // what the path leads to was found to be a settings file
     mutable bool byteOrderMark_ = false; // the file began with one
     std::vector<Edit> pending_;          // edits not yet written, replayed over a newer file
     int batchDepth_ = 0;
