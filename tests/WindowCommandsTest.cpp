@@ -1,4 +1,5 @@
 #include "WindowFixture.h"
+#include "analysis/Census.h"
 #include "fileops/dlgCopyErr.h"
 
 #include <QCheckBox>
@@ -76,16 +77,19 @@ TEST_F(WindowCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
     EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "&Begin Search");
 }
 
-TEST_F(WindowCommandsTest, InTheFoldersViewDeleteTakesTheFolderThenRescans) {
+// Every view of a folders-only search lists folders: a type view's too.
+TEST_F(WindowCommandsTest, InAViewOfFoldersDeleteTakesTheFolderThenRescans) {
     tree.File({"keep/a.txt", "old/b.txt"});
     profile->Settings().AutoRescanAfterAction = true;
     Find<QCheckBox>("chkOpts_1")->click();
     Search(tree.Root(), "*");
+    MarkTypeless(window->Session().Store()); // as the census does: "." for no type
+    window->Types().CreateTypeViews({{2, "."}});
     const int old =
-        static_cast<int>(Rows("List1").indexOf(QString::fromStdString(tree.Path("old"))));
+        static_cast<int>(Rows("List2").indexOf(QString::fromStdString(tree.Path("old"))));
     ASSERT_GE(old, 0);
-    SelectRows({old});
-    Key(Find<QTreeView>("List1"), Qt::Key_Delete);
+    SelectRows({old}, "List2");
+    Key(Find<QTreeView>("List2"), Qt::Key_Delete);
     prompts.answers = {MessageAnswer::Yes};
     RunPendingCommand();
     EXPECT_EQ(prompts.Texts(), QStringList{"Send ' " + QString::fromStdString(tree.Path("old")) +

@@ -57,12 +57,12 @@ void MainMenus::Build(QMenuBar* bar) {
 
 void MainMenus::AddFileMenu(QMenuBar* bar) {
     const auto copy = [this] {
-        window_.Commands().Request(window_.Results().FolderView() ? PendingAction::CopyFolder
-                                                                  : PendingAction::CopyFiles);
+        window_.Commands().Request(window_.Results().FolderResults() ? PendingAction::CopyFolder
+                                                                     : PendingAction::CopyFiles);
     };
     const auto remove = [this] {
-        window_.Commands().Request(window_.Results().FolderView() ? PendingAction::DeleteFolder
-                                                                  : PendingAction::DeleteFiles);
+        window_.Commands().Request(window_.Results().FolderResults() ? PendingAction::DeleteFolder
+                                                                     : PendingAction::DeleteFiles);
     };
     SelectionCommands& selection = window_.Selection();
     // Moving files is offered nowhere; the entry is kept, hidden.
@@ -273,7 +273,7 @@ bool MainMenus::Allows(Needs needs) const {
     case Needs::Results:
         return results;
     case Needs::FileList:
-        return results && !window_.Results().FolderView();
+        return results && !window_.Results().FolderResults();
     case Needs::Folders:
         return results && window_.Results().FolderResults();
     case Needs::Never:
@@ -312,5 +312,5 @@ void MainMenus::ShowPopup(const QPoint& global) {
 }
 
 QMenu* MainMenus::PopupForShownList() const {
-    return window_.Results().FolderView() ? folderPopup_ : listPopup_;
+    return window_.Results().FolderResults() ? folderPopup_ : listPopup_;
 }

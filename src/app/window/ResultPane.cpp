@@ -275,10 +275,6 @@ void ResultPane::RemoveFromViews(std::string_view path, const QString& mask) {
     UpdateSelectedCount();
 }
 
-bool ResultPane::FolderView() const {
-    return folderResults_ && tsResults->currentIndex() == 0;
-}
-
 std::vector<int> ResultPane::SelectedRows(QTreeView* list) const {
     const ResultListModel* model = ModelOf(list);
     std::vector<int> rows;
@@ -391,8 +387,8 @@ bool ResultPane::ListEvent(QObject* watched, QEvent* event) {
         if (event->type() == QEvent::KeyPress) {
             const auto* key = static_cast<QKeyEvent*>(event);
             if (key->key() == Qt::Key_Delete && key->modifiers() == Qt::NoModifier) {
-                window_.Commands().Request(FolderView() ? PendingAction::DeleteFolder
-                                                        : PendingAction::DeleteFiles);
+                window_.Commands().Request(FolderResults() ? PendingAction::DeleteFolder
+                                                           : PendingAction::DeleteFiles);
                 return true;
             }
             if (key->key() == Qt::Key_Menu ||

@@ -53,8 +53,8 @@ public:
     void ShowTooManyToList();
     void UpdateSelectedCount();
 
-    // The first view of a folders-only search is shown.
-    bool FolderView() const;
+    // The results are folders (a folders-only search): every view of them lists folders, and
+    // the commands on them are the folder commands.
     void SetFolderResults(bool folders) { folderResults_ = folders; }
     bool FolderResults() const { return folderResults_; }
     QTreeView* VisibleList() const;

@@ -106,7 +106,7 @@ void TypeCommands::ShowRegisteredTypes() {
 
 void TypeCommands::FilterOnCurrentType() {
     ResultPane& results = window_.Results();
-    if (shared_.busy || !shared_.session.ResultsAvailable() || results.FolderView()) {
+    if (shared_.busy || !shared_.session.ResultsAvailable() || results.FolderResults()) {
         return;
     }
     const int32_t item = results.CurrentItem();
@@ -124,7 +124,7 @@ void TypeCommands::FilterOnCurrentType() {
 
 void TypeCommands::FilterOnMultipleTypes(bool viewEach) {
     ResultPane& results = window_.Results();
-    if (shared_.busy || !shared_.session.ResultsAvailable() || results.FolderView()) {
+    if (shared_.busy || !shared_.session.ResultsAvailable() || results.FolderResults()) {
         return;
     }
     dlgViewMasks dialog(&window_);
