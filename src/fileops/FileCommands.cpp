@@ -379,6 +379,12 @@ void CopyItem(size_t slot, const SelectedItem& item, const CopyTarget& into,
     case CopyResult::SourceChanged:
         skip(copy.reason, target, {});
         break;
+    case CopyResult::NotOnDisk:
+        skip(copy.reason, {}, {});
+        break;
+    case CopyResult::InUse:
+        skip(QT_TRANSLATE_NOOP("Remark", "file in use"), target, copy.reason);
+        break;
     case CopyResult::Failed:
     case CopyResult::Cancelled:
         skip(std::to_string(copy.error), target, copy.reason);

@@ -2,6 +2,7 @@
 
 #include "platform/CancelFlag.h"
 #include "platform/FileReplacement.h"
+#include "platform/OpenFileGuard.h"
 #include "platform/Progress.h"
 #include "platform/UniqueFd.h"
 #include "search/PathText.h"
@@ -14,6 +15,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <map>
+#include <optional>
 #include <random>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -24,6 +26,10 @@ namespace {
 constexpr size_t kChunk = 1 << 20;
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 constexpr const char* kChanged = QT_TRANSLATE_NOOP("Remark", "source changed during copy");
+constexpr const char* kInUse = QT_TRANSLATE_NOOP("Remark", "file in use");
+constexpr const char* kWriterHasIt =
+    QT_TRANSLATE_NOOP("Remark", "another program has it open for writing");
+constexpr const char* kNotOnDisk = QT_TRANSLATE_NOOP("Remark", "not a regular file on disk");
 
 CopyOutcome Outcome(CopyResult result, int error) {
     return {result, error, SystemReason(error), {}};
@@ -134,7 +140,8 @@ bool WriteAll(int fd, const char* data, size_t size) {
 // Copies what `in` holds to `out`, the bytes counted into `done`; the error number, ECANCELED
 // on cancel, 0 when done.
 int CopyData(int in, int out, int64_t size, std::string_view target, const CancelFlag& cancel,
-             const CopyProgress& progress, const CopyFaults* faults, int64_t& done) {
+             const ReadLease& lease, const CopyProgress& progress, const CopyFaults* faults,
+             int64_t& done) {
     // A file that reports no size (as under /proc) is read to its end instead.
     bool ranges = size > 0 && !(faults && faults->noRangeCopies);
     std::vector<char> buffer;
@@ -146,6 +153,9 @@ int CopyData(int in, int out, int64_t size, std::string_view target, const Cance
         }
         if (cancel.IsRaised()) {
             return ECANCELED;
+        }
+        if (lease.InUse()) {
+            return ETXTBSY; // a writer came: what is read now may be torn
         }
         ssize_t n = 0;
         if (ranges) {
@@ -451,6 +461,12 @@ private:
         case CopyResult::SourceChanged:
             Problem(sourcePath, kChanged, {});
             break;
+        case CopyResult::InUse:
+            Problem(sourcePath, kInUse, copy.reason);
+            break;
+        case CopyResult::NotOnDisk:
+            Problem(sourcePath, kNotOnDisk, {});
+            break;
         case CopyResult::Cancelled:
             out_.cancelled = true;
             break;
@@ -473,6 +489,35 @@ private:
 };
 
 using Copied = std::map<std::pair<dev_t, ino_t>, FileIdentity>;
+
+// Removes the file or link `name` of `dir`, found as `was`, unless another program has it open
+// for writing: that one may be changing it in ways its identity does not show (through a
+// mapping, or in a write begun before the copy), so it stays and is listed.
+void RemoveCopiedFile(int dir, const std::string& name, const std::string& path,
+                      const struct stat& was, std::vector<SkippedItem>& problems) {
+    UniqueFd fd;
+    std::optional<ReadLease> lease;
+    if (S_ISREG(was.st_mode)) {
+        fd.Reset(
+            openat(dir, name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC));
+        struct stat st {};
+        if (!fd || fstat(fd.Get(), &st) != 0 || !SameFile(st, was)) {
+            problems.push_back(
+                NotRemoved(problems.size(), path,
+                           QT_TRANSLATE_NOOP("Remark", "it changed while it was moved")));
+            return;
+        }
+        lease.emplace(fd.Get());
+        if (lease->InUse()) {
+            problems.push_back({problems.size(), path, 0, kInUse, {}, kWriterHasIt});
+            return;
+        }
+    }
+    // The lease, held across the unlink, keeps writers out until the name is gone.
+    if (unlinkat(dir, name.c_str(), 0) != 0) {
+        problems.push_back(NotRemoved(problems.size(), path, SystemReason(errno)));
+    }
+}
 
 // Removes what a move copied from below `source`: a file or link only while it is what was
 // copied and its copy is in `target`, a folder once emptied. What appeared or changed meanwhile
@@ -506,8 +551,8 @@ void RemoveMoved(int source, int target, const std::string& path, const Copied& 
             problems.push_back(
                 NotRemoved(problems.size(), child,
                            QT_TRANSLATE_NOOP("Remark", "it changed while it was moved")));
-        } else if (unlinkat(source, name.c_str(), 0) != 0) {
-            problems.push_back(NotRemoved(problems.size(), child, SystemReason(errno)));
+        } else {
+            RemoveCopiedFile(source, name, child, from, problems);
         }
     }
 }
@@ -573,6 +618,11 @@ static std::optional<CopyOutcome> OpenRegularSource(int sourceDir, const std::st
         }
         return outcome;
     }
+    // What /proc or /sys make up as they are read may not end (a process's page map reads on
+    // for hundreds of gigabytes) and is no file to keep.
+    if (FileSystemKindOf(in.Get()) == FileSystemKind::Pseudo) {
+        return CopyOutcome{CopyResult::NotOnDisk, EINVAL, kNotOnDisk, {}};
+    }
     return std::nullopt;
 }
 
@@ -593,6 +643,12 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
     if (auto early = OpenRegularSource(sourceDir, source, targetDir, target, in, from)) {
         return *early;
     }
+    // Held until the copy has its name: no writer can open the source before then unseen.
+    const ReadLease lease(in.Get(), !(faults && faults->noLeases));
+    const CopyOutcome inUse{CopyResult::InUse, ETXTBSY, kWriterHasIt, {}};
+    if (lease.InUse()) {
+        return inUse;
+    }
     NewFile out(targetDir, target);
     if (!out.Create(from.st_mode & 0777, !(faults && faults->noUnnamedFiles))) {
         return Outcome(CopyResult::Failed, errno);
@@ -601,14 +657,18 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
         progress.started(from.st_size);
     }
     int64_t done = 0;
-    if (const int error =
-            CopyData(in.Get(), out.Fd(), from.st_size, target, cancel, progress, faults, done)) {
+    const int error =
+        CopyData(in.Get(), out.Fd(), from.st_size, target, cancel, lease, progress, faults, done);
+    if (lease.InUse()) {
+        return inUse;
+    }
+    if (error) {
         return Outcome(error == ECANCELED && cancel.IsRaised() ? CopyResult::Cancelled
                                                                : CopyResult::Failed,
                        error);
     }
     // What was read must be the whole file as it was opened, unchanged since. A file that
-    // takes no room on a disk (a kernel attribute under /sys) holds less than its size says.
+    // takes no room on a disk holds less than its size says.
     struct stat after {};
     if (fstat(in.Get(), &after) != 0 || !(IdentityOf(after) == IdentityOf(from)) ||
         (from.st_blocks > 0 && done != from.st_size)) {

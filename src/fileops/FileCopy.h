@@ -27,15 +27,26 @@ struct CopyProgress {
 
 // Faults a test puts in: the error number for the chunk at `done` bytes into the copy to
 // `target` (0: none, -1: the data ends there), and for a move's rename (0: the real one); a
-// target file system without unnamed files, and file systems that copy no ranges between them.
+// target file system without unnamed files, and file systems that copy no ranges between them;
+// a source on which no lease can be had (another owner's file, a network file system).
 struct CopyFaults {
     std::function<int(std::string_view target, int64_t done)> write;
     std::function<int()> rename;
     bool noUnnamedFiles = false;
     bool noRangeCopies = false;
+    bool noLeases = false;
 };
 
-enum class CopyResult { Copied, SourceMissing, SourceChanged, TargetExists, Failed, Cancelled };
+enum class CopyResult {
+    Copied,
+    SourceMissing,
+    SourceChanged,
+    InUse,     // another program has the source open for writing
+    NotOnDisk, // the source is made up by the kernel as it is read (under /proc, /sys)
+    TargetExists,
+    Failed,
+    Cancelled
+};
 struct CopyOutcome {
     CopyResult result = CopyResult::Failed;
     int error = 0;         // the error number of a failure
@@ -47,9 +58,11 @@ struct CopyOutcome {
 // `targetDir`. An existing name, also a dangling link, is TargetExists and stays untouched, also
 // when it appears while the copy runs. The source is opened without following a link (a link is
 // copied as a link); its data goes in chunks (copy_file_range, else read and write) into a file
-// that gets its name, mode and times only once whole and synced. A source whose identity, size
-// or times changed meanwhile is SourceChanged and nothing is named. Cancel is looked at between
-// chunks.
+// that gets its name, mode and times only once whole and synced. A source another program has
+// open for writing, before or during the copy, is InUse (told by a read lease held from the
+// open until the copy is named; where none can be had, by the identity alone); one whose
+// identity, size or times changed meanwhile is SourceChanged; either way nothing is named.
+// Cancel is looked at between chunks.
 CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
                         const std::string& target, const CancelFlag& cancel,
                         const CopyProgress& progress = {}, const CopyFaults* faults = nullptr);
@@ -96,7 +109,8 @@ struct MoveOutcome {
 // Moves the folder `source` to the new path `target`: a rename that replaces nothing when both
 // are on one file system; otherwise a copy, synced to disk, after which each source item is
 // removed only while it is still what was copied and its copy is there; what changed stays and
-// is listed. A move that fails or is cancelled removes its partial copy; the source stays whole.
+// is listed, as is a file another program has open for writing when its turn comes. A move that
+// fails or is cancelled removes its partial copy; the source stays whole.
 MoveOutcome MoveTree(const std::string& source, const std::string& target,
                      TreeCopyContext& context);
 
