@@ -229,13 +229,22 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
     tree.Link("l.txt", "a.txt");          // copied as a link, never read through
     selection.push_back({Path("l.txt"), 7});
     selection.push_back({Path("a.txt"), 7}); // its own copy made a moment ago is there now
-    WriteBytes(to.Path(".b.txt.tallymoor-tmp.Ab12Cd"), "killed"); // by a copy killed a while ago
-    to.SetTime(".b.txt.tallymoor-tmp.Ab12Cd", 1500000000, 0);
-    WriteBytes(to.Path(".c.txt.tallymoor-tmp.Xy34Zw"), "alive"); // by one still running
-    to.SetTime(".c.txt.tallymoor-tmp.Xy34Zw", 1500000000, 0);
+    // Leftovers of copies killed while they wrote a file and a link, and a file still written.
+    WriteBytes(to.Path(".b.txt.tallymoor-tmp.Ab12Cd"), "killed");
+    to.SetTime(".b.txt.tallymoor-tmp.Ab12Cd", 1500000000, 0); // as a copy sets it before naming
+    to.Link(".l.txt.tallymoor-tmp.Qw56Er", "a.txt");
+    WriteBytes(to.Path(".c.txt.tallymoor-tmp.Xy34Zw"), "alive");
     const int alive = open(to.Path(".c.txt.tallymoor-tmp.Xy34Zw").c_str(), O_RDONLY | O_CLOEXEC);
     flock(alive, LOCK_EX);
     CommandContext context = Context();
+    const auto leftovers = [&] {
+        return std::make_tuple(Exists(to.Path(".b.txt.tallymoor-tmp.Ab12Cd")),
+                               Exists(to.Path(".l.txt.tallymoor-tmp.Qw56Er")),
+                               Exists(to.Path(".c.txt.tallymoor-tmp.Xy34Zw")));
+    };
+    CopySelectedFiles({{Path("d.txt"), 1}}, to.Dir(), context);
+    EXPECT_EQ(leftovers(), std::make_tuple(true, true, true)) << "changed in the last minute";
+    faults.clock = [] { return time(nullptr) + 61; };
     const CopyFilesOutcome outcome = CopySelectedFiles(selection, to.Dir(), context);
     EXPECT_EQ(Remarks(outcome),
               (std::vector<std::string>{"b.txt: duplicate file", "c.txt: duplicate file",
@@ -243,10 +252,8 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
     EXPECT_EQ(outcome.notProcessed[0].remarkDate, to.Path("b.txt"));
     EXPECT_EQ(ReadBytes(to.Path("b.txt")), "there before");
     EXPECT_FALSE(Exists(to.Path("nowhere")));
-    EXPECT_EQ(std::make_pair(Exists(to.Path(".b.txt.tallymoor-tmp.Ab12Cd")),
-                             Exists(to.Path(".c.txt.tallymoor-tmp.Xy34Zw"))),
-              std::make_pair(false, true))
-        << "a killed copy's leftover goes, a live one's stays";
+    EXPECT_EQ(leftovers(), std::make_tuple(false, false, true))
+        << "a killed copy's leftovers go a minute later, a live one's stays";
     close(alive);
     EXPECT_EQ(ReadBytes(to.Path("a.txt")), "new a");
     struct stat st {};

@@ -411,7 +411,8 @@ CopyFilesOutcome CopySelectedFiles(const std::vector<SelectedItem>& selection,
     const UniqueFd into(OpenFolder(destination));
     const CopyTarget target{destination, into, into ? 0 : errno, bytes};
     if (into) {
-        RemoveStaleTemporaries(into.Get(), FolderNames(into.Get())); // a killed copy's leftovers
+        // a killed copy's leftovers
+        RemoveStaleTemporaries(into.Get(), FolderNames(into.Get()), CleanerClock(context.faults));
     }
     for (size_t i = 0; i < n; ++i) {
         if (i % 20 == 1) {

@@ -275,7 +275,7 @@ public:
     // The entries of the folder `from` into the folder `into`.
     TreeOutcome Contents(int from, const std::string& source, int into, const std::string& target) {
         SetUpProgress(from);
-        RemoveStaleTemporaries(into, FolderNames(into));
+        RemoveStaleTemporaries(into, FolderNames(into), CleanerClock(c_.faults));
         Children(from, source, into, target);
         return std::move(out_);
     }
@@ -410,8 +410,8 @@ private:
             return;
         }
         if (!make) {
-            RemoveStaleTemporaries(into.Get(),
-                                   FolderNames(into.Get())); // a killed copy's leftovers
+            RemoveStaleTemporaries(into.Get(), FolderNames(into.Get()),
+                                   CleanerClock(c_.faults)); // a killed copy's leftovers
         }
         const size_t problems = out_.problems.size();
         const bool wasCancelled = out_.cancelled;
@@ -585,6 +585,10 @@ int RenameNoReplace(const ItemAt& from, const ItemAt& to, const CopyFaults* faul
 }
 
 } // namespace
+
+time_t CleanerClock(const CopyFaults* faults) {
+    return faults && faults->clock ? faults->clock() : time(nullptr);
+}
 
 std::string JoinPath(const std::string& folder, const std::string& name) {
     return !folder.empty() && folder.back() == '/' ? folder + name : folder + "/" + name;

@@ -35,7 +35,10 @@ struct CopyFaults {
     bool noUnnamedFiles = false;
     bool noRangeCopies = false;
     bool noLeases = false;
+    std::function<time_t()> clock; // the time the cleaner of leftovers goes by
 };
+// The time the cleaner of a killed copy's leftovers goes by.
+time_t CleanerClock(const CopyFaults* faults);
 
 enum class CopyResult {
     Copied,

@@ -211,19 +211,24 @@ bool IsTemporaryName(std::string_view name) {
            name.substr(name.size() - kRandomPart - mark, mark) == kTemporaryMark;
 }
 
-void RemoveStaleTemporaries(int folder, const std::vector<std::string>& names) {
+void RemoveStaleTemporaries(int folder, const std::vector<std::string>& names, time_t now) {
     for (const std::string& name : names) {
-        if (!IsTemporaryName(name)) {
+        struct stat there {};
+        if (!IsTemporaryName(name) ||
+            fstatat(folder, name.c_str(), &there, AT_SYMLINK_NOFOLLOW) != 0 ||
+            there.st_ctime >= now - 60) {
+            continue;
+        }
+        if (S_ISLNK(there.st_mode)) {
+            unlinkat(folder, name.c_str(), 0);
             continue;
         }
         const UniqueFd fd(
             openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         struct stat held {};
-        struct stat there {};
-        // A writer lets go of its lock a moment before it names its file: a temporary written
-        // to in the last minute is left alone.
+        // Locked by its writer until the moment it is named; the one opened is the one named.
         if (fd && fstat(fd.Get(), &held) == 0 && S_ISREG(held.st_mode) &&
-            held.st_mtime < time(nullptr) - 60 && flock(fd.Get(), LOCK_EX | LOCK_NB) == 0 &&
+            flock(fd.Get(), LOCK_EX | LOCK_NB) == 0 &&
             fstatat(folder, name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 &&
             there.st_dev == held.st_dev && there.st_ino == held.st_ino) {
             unlinkat(folder, name.c_str(), 0);

@@ -2,6 +2,7 @@
 
 #include "platform/UniqueFd.h"
 
+#include <ctime>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -64,10 +65,11 @@ bool PublishWithoutReplacing(int folder, const std::string& from, const std::str
 
 // Whether `name` is one of the program's temporary names (".name.tallymoor-tmp.XXXXXX").
 bool IsTemporaryName(std::string_view name);
-// Removes, among `names` in `folder`, the temporaries that writes killed before they named them:
-// regular files by that name, untouched for a minute, that no live writer holds locked (every
-// writer locks its own).
-void RemoveStaleTemporaries(int folder, const std::vector<std::string>& names);
+// Removes, among `names` in `folder`, the temporaries that copies killed before they named them:
+// regular files and links by that name whose status has not changed for a minute before `now`
+// (the change time, which no one can set back), regular files only when no live writer holds
+// them locked (every writer locks its own; a link is named a moment after it is made).
+void RemoveStaleTemporaries(int folder, const std::vector<std::string>& names, time_t now);
 
 // Removes the temporaries that writes killed before their rename left beside `target`: only
 // regular files whose name is NamePrefix and six characters. Returns how many it removed.
