@@ -10,8 +10,10 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <optional>
+#include <pty.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace {
@@ -56,6 +58,48 @@ TEST(Cli, SearchPrintsPathsAsBytesInOrderThenTheCounts) {
     EXPECT_NE(run.err.find("  seconds\n"), std::string::npos);
     EXPECT_EQ(RunCli({"search", "-0", t.Root(), "*\xff.TXT"}).out,
               t.Path("we\nird\xff.txt") + std::string(1, '\0'));
+}
+
+// What the command line gives a terminal (a pseudo-terminal here): its results and its messages,
+// one stream at a time, the other captured as in every other test.
+std::string OnATerminal(const std::vector<std::string>& args, bool messages) {
+    int master = -1;
+    int slave = -1;
+    termios raw{};
+    cfmakeraw(&raw); // the bytes as written, no line ends turned into CR LF
+    EXPECT_EQ(openpty(&master, &slave, nullptr, &raw, nullptr), 0);
+    std::FILE* tty = fdopen(slave, "w");
+    std::FILE* other = std::tmpfile();
+    RunCommandLine(args, messages ? other : tty, messages ? tty : other);
+    std::fclose(tty);
+    std::fclose(other);
+    std::string seen;
+    char chunk[4096];
+    ssize_t n = 0;
+    while ((n = read(master, chunk, sizeof chunk)) > 0) { // until EIO: all of it, the slave closed
+        seen.append(chunk, static_cast<size_t>(n));
+    }
+    close(master);
+    return seen;
+}
+
+TEST(Cli, NamesReachATerminalQuotedAndAPipeAsTheyAre) {
+    TestTree t;
+    t.File({"a\x1b[2J.txt", "fake\nline.txt"});
+    std::string quoted;
+    for (const std::string& path : ReaddirOrder(t.Root())) {
+        quoted += "$'" + t.Root() + (path.find('\n') != path.npos ? "fake\\nline" : "a\\033[2J") +
+                  ".txt'\n";
+    }
+    EXPECT_EQ(OnATerminal({"search", "-q", t.Root(), "*.txt"}, false), quoted);
+    EXPECT_EQ(OnATerminal({"search", "-q", "-0", t.Root(), "a*"}, false),
+              t.Path("a\x1b[2J.txt") + std::string(1, '\0'))
+        << "a NUL-ended list is for programs: its bytes";
+    EXPECT_EQ(OnATerminal({"search", t.Path("gone\x1b[2J"), "*.txt"}, true),
+              "No files matching ' *.txt ' were found in or under the root path ' " + t.Root() +
+                  "gone?[2J/ '\n");
+    EXPECT_EQ(RunCli({"search", "-q", t.Root(), "a*"}).out, t.Path("a\x1b[2J.txt") + "\n")
+        << "into a pipe or a file, the bytes";
 }
 
 // Every command's outcome: its status, what it prints, and what it says.

@@ -56,6 +56,29 @@ TEST(PathText, NamesAndPaths) {
     EXPECT_EQ(ToFileTime(1, 999), 116444736000000000LL + 10000000 + 9);
 }
 
+// What a terminal is given of a name: what a shell reads back as the same bytes, and never an
+// escape sequence or a line end as it is.
+TEST(PathText, NamesToATerminal) {
+    // clang-format off
+    const std::tuple<const char*, const char*, const char*> rows[] = {
+        // name                   quoted                       in a message
+        {"/home/a b.txt",         "/home/a b.txt",             "/home/a b.txt"},
+        {"caf\xc3\xa9",           "caf\xc3\xa9",               "caf\xc3\xa9"},
+        {"a\x1b[2Jb",             "$'a\\033[2Jb'",              "a?[2Jb"},
+        {"fake\nline",            "$'fake\\nline'",             "fake?line"},
+        {"tab\tcr\r",             "$'tab\\tcr\\r'",            "tab\tcr?"},
+        {"it's\\\n",             "$'it\\'s\\\\\\n'",           "it's\\?"},
+        {"\xff\xfe",              "$'\\377\\376'",             "??"},
+        {"csi\xc2\x9b" "2J",      "$'csi\\302\\2332J'",         "csi?2J"},
+        {"del\x7f\a\b\v\f",       "$'del\\177\\a\\b\\v\\f'",     "del?????"},
+    };
+    // clang-format on
+    for (const auto& [name, quoted, safe] : rows) {
+        EXPECT_EQ(TerminalQuoted(name), quoted) << name;
+        EXPECT_EQ(TerminalSafe(name), safe) << name;
+    }
+}
+
 TEST(PathText, EveryInvalidByteIsOneCharacter) {
     // clang-format off
     const std::pair<const char*, size_t> cases[] = {

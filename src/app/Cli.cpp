@@ -246,9 +246,22 @@ std::string Usage(const CommandInfo* only) {
 
 // A message on standard error, and its line's end: the words translated, the values (paths,
 // arguments) put in as their bytes.
+// On a terminal each value is quoted as ls quotes names, so that no escape sequence or line
+// end in a name reaches the terminal as it is.
 void Say(std::FILE* err, const QString& words,
          std::initializer_list<std::string_view> values = {}) {
-    const std::string text = FillIn(words.toStdString(), values) + '\n';
+    std::string text;
+    if (isatty(fileno(err)) != 0) {
+        std::vector<std::string> quoted;
+        for (const std::string_view value : values) {
+            quoted.push_back(TerminalQuoted(value));
+        }
+        std::vector<std::string_view> views(quoted.begin(), quoted.end());
+        text = FillIn(words.toStdString(), views);
+    } else {
+        text = FillIn(words.toStdString(), values);
+    }
+    text += '\n';
     std::fwrite(text.data(), 1, text.size(), err);
 }
 
@@ -261,9 +274,11 @@ int UsageError(std::FILE* err, const QString& why, std::initializer_list<std::st
     return kExitUsage;
 }
 
+// One line of a message; on a terminal, what a name in it could do to the terminal shows as "?".
 void PrintLine(std::FILE* stream, const QString& text) {
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
+    const std::string bytes =
+        isatty(fileno(stream)) != 0 ? TerminalSafe(text.toStdString()) : text.toStdString();
+    std::fwrite(bytes.data(), 1, bytes.size(), stream);
     std::fputc('\n', stream);
 }
 
@@ -272,8 +287,10 @@ void PrintLine(std::FILE* stream, const QString& text) {
 // large writes; a terminal gets each piece as it comes, to show the search as it goes.
 class CheckedOutput {
 public:
-    explicit CheckedOutput(std::FILE* stream)
-        : stream_(stream), chunk_(isatty(fileno(stream)) != 0 ? 0 : kChunk) {
+    // `rawNames`: names go out as their bytes even to a terminal (NUL-ended lists).
+    explicit CheckedOutput(std::FILE* stream, bool rawNames = false)
+        : stream_(stream), chunk_(isatty(fileno(stream)) != 0 ? 0 : kChunk),
+          quoteNames_(chunk_ == 0 && !rawNames) {
         buffer_.reserve(chunk_);
     }
 
@@ -281,6 +298,8 @@ public:
         buffer_.append(bytes);
         SendWhenFull();
     }
+    // A name or path: to a terminal quoted as ls quotes it, else its bytes.
+    void WriteName(std::string_view name) { Write(quoteNames_ ? TerminalQuoted(name) : name); }
     void Put(char c) {
         buffer_.push_back(c);
         SendWhenFull();
@@ -315,6 +334,7 @@ private:
 
     std::FILE* stream_;
     size_t chunk_;
+    bool quoteNames_;
     std::string buffer_;
     int error_ = 0;
 };
@@ -654,7 +674,7 @@ public:
         const FileDataArray& store = session_.Store();
         const char end = request_.print0 ? '\0' : '\n';
         for (; next_ < session_.Counters().MatchedCount && out_.Error() == 0; ++next_) {
-            out_.Write(composer_.FullPath(next_));
+            out_.WriteName(composer_.FullPath(next_));
             if (request_.times) {
                 out_.Put('\t');
                 WriteTime(out_, store[next_].LastWriteTime);
@@ -700,7 +720,8 @@ int PrintCensus(const Request& request, SearchSession& session, const CancelFlag
     }
     CheckedOutput out(stdOut);
     for (const CensusType& type : census.Shown()) {
-        out.Write(CensusDisplayLine(type));
+        out.WriteName(type.Extension);
+        out.Write(std::string_view(CensusDisplayLine(type)).substr(type.Extension.size()));
         if (request.sizes) {
             out.Put('\t');
             out.Write(std::to_string(type.Bytes));
@@ -838,7 +859,7 @@ int RunFileCommand(const Request& request, const SearchSession& session, CancelF
     TrashOnly desktop(system);
     Unattended prompts(err);
     StatusLine status;
-    CheckedOutput out(stdOut);
+    CheckedOutput out(stdOut, request.print0);
     const char end = request.print0 ? '\0' : '\n';
     CommandContext context{batch,
                            prompts,
@@ -850,7 +871,7 @@ int RunFileCommand(const Request& request, const SearchSession& session, CancelF
                            [](std::string_view) {},
                            [] {},
                            [&](std::string_view path) {
-                               out.Write(path);
+                               out.WriteName(path);
                                out.Put(end);
                            }};
     std::vector<SkippedItem> notProcessed;
@@ -888,7 +909,7 @@ int RunCommand(const CommandInfo& command, const std::vector<std::string>& args,
     SearchSession session;
     CancelFlag cancel;
     ReadProblems read(err, walkObserver);
-    CheckedOutput out(stdOut);
+    CheckedOutput out(stdOut, request.print0);
     PathPrinter printer(request, session, out);
     if (command.command == Command::Search) {
         read.SetCatchUp([&] {

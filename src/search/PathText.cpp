@@ -104,13 +104,17 @@ std::string WithTrailingSlash(std::string_view path) {
 }
 
 std::string FillIn(std::string_view pattern, std::initializer_list<std::string_view> values) {
+    return FillIn(pattern, std::vector<std::string_view>(values));
+}
+
+std::string FillIn(std::string_view pattern, const std::vector<std::string_view>& values) {
     std::string out;
     for (size_t i = 0; i < pattern.size(); ++i) {
         const size_t slot = i + 1 < pattern.size() && pattern[i] == '%'
                                 ? static_cast<size_t>(pattern[i + 1] - '1')
                                 : values.size();
         if (slot < values.size()) {
-            out += values.begin()[slot];
+            out += values[slot];
             ++i;
         } else {
             out += pattern[i];
@@ -178,4 +182,59 @@ std::string ParentFolder(std::string_view path) {
         return {};
     }
     return std::string(path.substr(0, slash + 1));
+}
+
+namespace {
+
+// Whether the character at text[pos] may reach a terminal as it is; advances pos past it.
+bool Printable(std::string_view text, size_t& pos) {
+    const char32_t c = DecodeUtf8(text, pos);
+    return c >= 0x20 && c != 0x7F && !(c >= 0x80 && c < 0xA0) && c < 0x110000;
+}
+
+} // namespace
+
+std::string TerminalQuoted(std::string_view name) {
+    bool plain = true;
+    for (size_t pos = 0; pos < name.size() && plain;) {
+        plain = Printable(name, pos);
+    }
+    if (plain) {
+        return std::string(name);
+    }
+    std::string out = "$'";
+    for (size_t pos = 0; pos < name.size();) {
+        const size_t start = pos;
+        if (Printable(name, pos)) {
+            const std::string_view c = name.substr(start, pos - start);
+            out += c == "\\" || c == "'" ? "\\" + std::string(c) : std::string(c);
+            continue;
+        }
+        for (size_t i = start; i < pos; ++i) {
+            const auto byte = static_cast<unsigned char>(name[i]);
+            static constexpr std::string_view kShort = "abtnvfr"; // \a (7) to \r (13)
+            if (byte >= '\a' && byte <= '\r') {
+                out += {'\\', kShort[byte - '\a']};
+            } else {
+                const char octal[] = {'\\', static_cast<char>('0' + (byte >> 6)),
+                                      static_cast<char>('0' + ((byte >> 3) & 7)),
+                                      static_cast<char>('0' + (byte & 7))};
+                out.append(octal, sizeof octal);
+            }
+        }
+    }
+    return out + "'";
+}
+
+std::string TerminalSafe(std::string_view text) {
+    std::string out;
+    for (size_t pos = 0; pos < text.size();) {
+        const size_t start = pos;
+        if (Printable(text, pos) || text[start] == '\t') {
+            out.append(text.substr(start, pos - start));
+        } else {
+            out += '?';
+        }
+    }
+    return out;
 }

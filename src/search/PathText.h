@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Byte-level helpers for names and paths. Paths stay the bytes the file system gave; these
 // never convert through QString, whose decoding of a name that is not UTF-8 would be lossy.
@@ -21,6 +22,7 @@ std::string WithTrailingSlash(std::string_view path);
 // `pattern` (words in UTF-8, "%1" where the first value goes, "%2" the second, ...) with the
 // values put in, in one pass: a path's bytes go in whole, and a "%2" inside a value stays.
 std::string FillIn(std::string_view pattern, std::initializer_list<std::string_view> values);
+std::string FillIn(std::string_view pattern, const std::vector<std::string_view>& values);
 
 // `text` without the blanks (spaces) at either end.
 std::string_view TrimBlanks(std::string_view text);
@@ -45,3 +47,13 @@ std::string AbsolutePath(std::string_view path);
 // The parent of a folder path, with a trailing "/": "/home/ann/docs/" gives "/home/ann/". The
 // root "/" stays as it is; a path of one relative name gives "".
 std::string ParentFolder(std::string_view path);
+
+// A name as a terminal may be given it, quoted as ls quotes it: unchanged unless it holds a
+// control character (an escape sequence, a line end), a C1 control or a byte that is not UTF-8;
+// then written $'...' with such characters as escapes ("\n", "\033", "\377"), which a shell
+// reads back as the same bytes.
+std::string TerminalQuoted(std::string_view name);
+
+// One line of a message for a terminal: every control character but a tab, and every C1
+// control, shown as "?", as find shows them; a name inside cannot move the cursor or fake a line.
+std::string TerminalSafe(std::string_view text);
