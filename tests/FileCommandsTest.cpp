@@ -147,10 +147,10 @@ TEST_F(DeleteFiles, EachFileAskedFromTheLastUpToCancel) {
     EXPECT_EQ(prompts.asked[0].buttons, MessageButtons::YesNoCancel);
     // a.txt, after the Cancel, is neither deleted nor listed.
     EXPECT_EQ(Remarks(outcome),
-              (std::vector<std::string>{"b.txt: delete cancelled by user",
-                                        "c.txt: file deletion skipped by user",
-                                        "d.txt: file doesn't exist",
-                                        "e.txt: error: file doesn't exist (Permission denied)"}));
+              (std::vector<std::string>{
+                  "b.txt: delete cancelled by user", "c.txt: file deletion skipped by user",
+                  "d.txt: file doesn't exist",
+                  "e.txt: error: file doesn't exist (it is still there: Permission denied)"}));
     EXPECT_TRUE(Exists(Path("a.txt")) && Exists(Path("b.txt")) && Exists(Path("e.txt")));
     EXPECT_FALSE(outcome.changed);
     EXPECT_TRUE(removed.empty());
@@ -173,9 +173,10 @@ TEST_F(DeleteFiles, TheBatchGoesAfterAnUncancelledWalkAndListsWhatTheTrashRefuse
     EXPECT_EQ(desktop.calls,
               (std::vector<std::string>{"trash " + Path("e.txt"), "trash " + Path("d.txt"),
                                         "trash " + Path("c.txt"), "trash " + Path("b.txt")}));
-    EXPECT_EQ(Remarks(outcome), (std::vector<std::string>{
-                                    "a.txt: file doesn't exist",
-                                    "c.txt: error: file doesn't exist (Read-only file system)"}));
+    EXPECT_EQ(Remarks(outcome),
+              (std::vector<std::string>{
+                  "a.txt: file doesn't exist",
+                  "c.txt: error: file doesn't exist (it is still there: Read-only file system)"}));
     EXPECT_EQ(outcome.deleted, 3);
     // The views keep batch-deleted files until the next search.
     EXPECT_TRUE(removed.empty());

@@ -7,6 +7,7 @@
 #include "platform/PathAccess.h"
 #include "platform/Progress.h"
 #include "platform/Prompts.h"
+#include "search/PathText.h"
 #include "search/SearchStatus.h"
 #include "settings/AppSettings.h"
 
@@ -198,10 +199,21 @@ struct DeleteRun {
                 context.handled(path);
             }
         } else {
-            // The wording stands although the file does exist: it is the program's own.
-            Skip(position, QT_TRANSLATE_NOOP("Remark", "error: file doesn't exist"), reason);
+            StillThere(position, reason);
         }
         return true;
+    }
+
+    // The remark's wording stands although the file does exist: it is the program's own. The
+    // reason says the file is still there, and why.
+    void StillThere(size_t position, const std::string& refusal) {
+        const std::string reason =
+            refusal.empty()
+                ? QCoreApplication::translate("Remark", "it is still there").toStdString()
+                : FillIn(
+                      QCoreApplication::translate("Remark", "it is still there: %1").toStdString(),
+                      {RemarkText(refusal).toStdString()});
+        Skip(position, QT_TRANSLATE_NOOP("Remark", "error: file doesn't exist"), reason);
     }
 
     // The gathered files; each one the trash refuses is listed with its reason.
@@ -215,7 +227,7 @@ struct DeleteRun {
                     context.handled(path);
                 }
             } else {
-                Skip(position, QT_TRANSLATE_NOOP("Remark", "error: file doesn't exist"), reason);
+                StillThere(position, reason);
             }
         }
     }
