@@ -5,6 +5,7 @@
 #include "analysis/CensusReport.h"
 #include "analysis/CompoundMask.h"
 #include "search/FileDataArray.h"
+#include "search/PathText.h"
 
 #include <QLocale>
 #include <gtest/gtest.h>
@@ -60,11 +61,14 @@ TEST(Census, TypesInOrderOfFirstOccurrenceTheFullListReversed) {
     Fill(store, extensions);
     const Census filtered = Build(store, 4);
     EXPECT_EQ(Pairs(filtered.Shown()), (P{{".big", 12}}));
+    EXPECT_EQ(Pairs(filtered.Hidden()), (P{{".big", 12}}))
+        << "a census counted with a filter keeps the types that passed it";
     EXPECT_EQ(filtered.ResultsCountText(), "1/2 masks (filter applied)");
     Census twice = Build(store);
     twice.ApplyFilter(4);
     twice.ApplyFilter(2); // the second filter reads the whole census, not the first one's list
     EXPECT_EQ(Pairs(twice.Shown()), (P{{".one", 1}}));
+    EXPECT_EQ(Pairs(twice.Hidden()), (P{{".one", 1}, {".big", 12}})) << "untouched by filters";
     EXPECT_EQ(twice.ResultsCountText(), "1/2 masks (filter applied)");
 
     Fill(store, std::vector<std::string>(1000, ".txt"));
@@ -74,6 +78,24 @@ TEST(Census, TypesInOrderOfFirstOccurrenceTheFullListReversed) {
         store, 0, [&](const QString& m) { messages.push_back(m); }, [&] { ++steps; });
     EXPECT_EQ(messages, (std::vector<QString>{"Filtering...", "Compressing..."}));
     EXPECT_EQ(steps, 40) << "twenty steps in each of the two passes";
+}
+
+// A type's bytes are those of its files whose size is known (a file gone before its status was
+// read has none); a size of 4 GiB and more counts whole.
+TEST(Census, ByteTotalsCountKnownSizesOnly) {
+    FileDataArray store;
+    store.Prepare();
+    store.Redim(4);
+    const uint32_t folder = store.AddFolder(FileDataArray::kNoFolder, "/r/");
+    const std::pair<const char*, int64_t> files[] = {
+        {"a.txt", 100}, {"b.txt", -1}, {"c.log", 5000000000}, {"d.log", -1}, {"e.txt", 0}};
+    for (int32_t i = 0; i < 5; ++i) {
+        store.Store(i, folder, files[i].first, ExtensionOf(files[i].first), 0, files[i].second);
+    }
+    const Census census = Build(store);
+    ASSERT_EQ(census.Shown().size(), 2u);
+    EXPECT_EQ(census.Shown()[0].Bytes, 100) << ".txt";
+    EXPECT_EQ(census.Shown()[1].Bytes, 5000000000) << ".log";
 }
 
 TEST(Census, CountRangesOverlapAtTheirBounds) {

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <map>
 #include <optional>
 #include <pty.h>
 #include <sys/stat.h>
@@ -204,14 +205,21 @@ TEST(Cli, ExitStatusesOutputAndMessages) {
 // --times prints each path with its time as find's %T@ does, by either walk.
 TEST(Cli, SearchPrintsTimesOnlyWhenAskedFor) {
     TestTree t;
-    t.File({"new.txt", "old.txt"});
+    t.File({"new.txt", "old.txt", "whole.txt"});
     t.SetTime("new.txt", 1700000000, 123456789);
-    t.SetTime("old.txt", -2, 500000000);
+    t.SetTime("old.txt", -2, 500000000); // find prints it so too
+    t.SetTime("whole.txt", 1600000000, 0);
+    const std::map<std::string, std::string> times = {
+        {t.Path("new.txt"), "\t1700000000.1234567"},
+        {t.Path("old.txt"), "\t-2.5000000"},
+        {t.Path("whole.txt"), "\t1600000000.0000000"}};
+    std::string lines;
+    for (const std::string& path : ReaddirOrder(t.Root())) {
+        lines += path + times.at(path) + "\n";
+    }
     for (const int threads : {1, 2}) {
         const std::string n = std::to_string(threads);
-        EXPECT_EQ(RunCli({"search", "--times", t.Root(), "new.txt;old.txt", "--threads", n}).out,
-                  t.Path("new.txt") + "\t1700000000.1234567\n" + t.Path("old.txt") +
-                      "\t-2.5000000\n");
+        EXPECT_EQ(RunCli({"search", "--times", t.Root(), "*.txt", "--threads", n}).out, lines);
     }
 }
 

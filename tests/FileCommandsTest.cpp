@@ -6,9 +6,11 @@
 #include "platform/CancelFlag.h"
 #include "platform/FileReplacement.h"
 #include "platform/OpenFileGuard.h"
+#include "platform/PathAccess.h"
 #include "platform/UniqueFd.h"
 #include "settings/AppSettings.h"
 
+#include <climits>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -535,6 +537,39 @@ TEST_F(CopyFiles, ItemsDeeperThanAPathCanNameAreCopiedMovedAndTrashed) {
     settings.ConfirmOnEachFileDelete = false;
     DeleteSelectedFiles({{files[files.size() - 2], 1}}, context);
     EXPECT_EQ(desktop.calls, std::vector<std::string>{"trash " + files[files.size() - 2]});
+}
+
+// A path one byte either side of what the system takes whole (PATH_MAX, its NUL included) is
+// reached, stated and copied alike.
+TEST_F(CopyFiles, PathsAtTheLimitOfWhatTheSystemTakesWhole) {
+    for (const size_t length : {PATH_MAX - 1, PATH_MAX, PATH_MAX + 1}) {
+        SCOPED_TRACE(length);
+        TestTree deep;
+        std::string path = deep.Root();
+        UniqueFd folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        while (length - path.size() > 250) {
+            const std::string name(200, 'd');
+            mkdirat(folder.Get(), name.c_str(), 0755);
+            folder.Reset(openat(folder.Get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+            path += name + "/";
+        }
+        const std::string file(length - path.size(), 'f');
+        close(openat(folder.Get(), file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
+        path += file;
+        ASSERT_EQ(path.size(), length);
+        struct stat made {};
+        ASSERT_EQ(fstatat(folder.Get(), file.c_str(), &made, 0), 0);
+        struct stat st {};
+        ASSERT_TRUE(StatItem(path, st));
+        EXPECT_EQ(st.st_ino, made.st_ino);
+        const ItemAt item = OpenItem(path);
+        ASSERT_TRUE(item);
+        EXPECT_EQ(item.name, file);
+        TestTree to;
+        CommandContext context = Context();
+        EXPECT_EQ(CopySelectedFiles({{path, 1}}, to.Dir(), context).copied, 1);
+        EXPECT_TRUE(Exists(to.Path(file)));
+    }
 }
 
 // A real move to another file system, when the test may mount one.

@@ -86,6 +86,65 @@ TEST(Profile, MissingKeysAndStoredValuesAreReadByTheirRules) {
     EXPECT_EQ(s.LastSourceFolder, "/srv/data/");
 }
 
+// Every boolean of [options] and every key of [paths], stored with a value a new file does not
+// have, reads back after a restart: each is written and read under one name.
+TEST(Profile, EveryOptionAndPathReadsBackAfterARestart) {
+    // clang-format off
+    const std::pair<const char*, bool AppSettings::*> booleans[] = {
+        {"AskToOpenWith", &AppSettings::AskToOpenWith},
+        {"AutoRescanAfterAction", &AppSettings::AutoRescanAfterAction},
+        {"AutoRescanUseMaximum", &AppSettings::AutoRescanUseMaximum},
+        {"AutoSDSOnNewSelection", &AppSettings::AutoSDSOnNewSelection},
+        {"AlwaysShowCountWhenSDS", &AppSettings::AlwaysShowCountWhenSDS},
+        {"ConfirmOnOpen", &AppSettings::ConfirmOnOpen},
+        {"ConfirmOnCopy", &AppSettings::ConfirmOnCopy},
+        {"ConfirmOnMove", &AppSettings::ConfirmOnMove},
+        {"ConfirmOnFolderDelete", &AppSettings::ConfirmOnFolderDelete},
+        {"ConfirmOnFileDelete", &AppSettings::ConfirmOnFileDelete},
+        {"ConfirmOnEachFileDelete", &AppSettings::ConfirmOnEachFileDelete},
+        {"RetainTopIndex", &AppSettings::RetainTopIndex},
+        {"OpenFoldersWithExplore", &AppSettings::OpenFoldersWithExplore},
+        {"LVUseGridLines", &AppSettings::LVUseGridLines},
+        {"LVUseCustomSortColor", &AppSettings::LVUseCustomSortColor},
+        {"QSSortResultsOnSave", &AppSettings::QSSortResultsOnSave},
+        {"WatchForChanges", &AppSettings::WatchForChanges},
+    };
+    const std::pair<const char*, std::string AppSettings::*> paths[] = {
+        {"LastSourceFolder", &AppSettings::LastSourceFolder},
+        {"LastCopyFileTarget", &AppSettings::LastCopyFileTarget},
+        {"LastCopyFolderTarget", &AppSettings::LastCopyFolderTarget},
+        {"LastMoveFileTarget", &AppSettings::LastMoveFileTarget},
+        {"LastMoveFolderTarget", &AppSettings::LastMoveFolderTarget},
+        {"LastSourceNetFolder", &AppSettings::LastSourceNetFolder},
+        {"LastSourceNetAdminFolder", &AppSettings::LastSourceNetAdminFolder},
+        {"LastOutputSaveDirectory", &AppSettings::LastOutputSaveDirectory},
+    };
+    // clang-format on
+    for (const auto& [key, member] : booleans) {
+        TestTree t;
+        modPProfile first(t.Path("tallymoor.ini"), kHome);
+        first.Start();
+        const bool changed = !(first.Settings().*member);
+        first.ProfileSetOptionsKey(key, BoolText(changed));
+        modPProfile restarted(t.Path("tallymoor.ini"), kHome);
+        restarted.Start();
+        EXPECT_EQ(restarted.Settings().*member, changed) << key;
+    }
+    TestTree t;
+    modPProfile first(t.Path("tallymoor.ini"), kHome);
+    first.Start();
+    for (const auto& [key, member] : paths) {
+        first.ProfileSetPathsKey(key, std::string("/srv/") + key + "/");
+    }
+    first.ProfileSetPathsKey("LastCfmBrowseID", "8");
+    modPProfile restarted(t.Path("tallymoor.ini"), kHome);
+    restarted.Start();
+    for (const auto& [key, member] : paths) {
+        EXPECT_EQ(restarted.Settings().*member, std::string("/srv/") + key + "/") << key;
+    }
+    EXPECT_EQ(restarted.Settings().LastCfmBrowseID, 8);
+}
+
 TEST(Profile, NumberReadingRule) {
     // clang-format off
     const std::pair<const char*, int32_t> cases[] = {
