@@ -609,8 +609,13 @@ static std::optional<CopyOutcome> OpenRegularSource(int sourceDir, const std::st
         if (fstatat(sourceDir, source.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
             return Outcome(CopyResult::SourceMissing, errno);
         }
-        return S_ISLNK(st.st_mode) ? CopyLink(sourceDir, source, st, targetDir, target)
-                                   : Outcome(CopyResult::Failed, error);
+        if (S_ISLNK(st.st_mode)) {
+            return CopyLink(sourceDir, source, st, targetDir, target);
+        }
+        // Refused at once rather than waited for: another program holds a lease to write it
+        // (a file server's, say).
+        return error == EWOULDBLOCK ? CopyOutcome{CopyResult::InUse, error, kWriterHasIt, {}}
+                                    : Outcome(CopyResult::Failed, error);
     }
     if (fstat(in.Get(), &from) != 0) {
         return Outcome(CopyResult::Failed, errno);
