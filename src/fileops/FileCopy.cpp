@@ -490,26 +490,28 @@ private:
 
 using Copied = std::map<std::pair<dev_t, ino_t>, FileIdentity>;
 
-// Removes the file or link `name` of `dir`, found as `was`, unless another program has it open
-// for writing: that one may be changing it in ways its identity does not show (through a
-// mapping, or in a write begun before the copy), so it stays and is listed.
+// Removes the file or link `name` of `dir`, found as `was`, while it is still what was
+// `copied` and no other program has it open for writing: that one may be changing it in ways
+// its identity does not show (through a mapping, or in a write begun before the copy), so it
+// stays and is listed.
 void RemoveCopiedFile(int dir, const std::string& name, const std::string& path,
-                      const struct stat& was, std::vector<SkippedItem>& problems) {
+                      const struct stat& was, const FileIdentity& copied,
+                      std::vector<SkippedItem>& problems) {
     UniqueFd fd;
     std::optional<ReadLease> lease;
     if (S_ISREG(was.st_mode)) {
         fd.Reset(
             openat(dir, name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC));
+        if (fd && lease.emplace(fd.Get()).InUse()) {
+            problems.push_back({problems.size(), path, 0, kInUse, {}, kWriterHasIt});
+            return;
+        }
+        // Looked at again under the lease: a write since the name was looked at shows now.
         struct stat st {};
-        if (!fd || fstat(fd.Get(), &st) != 0 || !SameFile(st, was)) {
+        if (!fd || fstat(fd.Get(), &st) != 0 || !(IdentityOf(st) == copied)) {
             problems.push_back(
                 NotRemoved(problems.size(), path,
                            QT_TRANSLATE_NOOP("Remark", "it changed while it was moved")));
-            return;
-        }
-        lease.emplace(fd.Get());
-        if (lease->InUse()) {
-            problems.push_back({problems.size(), path, 0, kInUse, {}, kWriterHasIt});
             return;
         }
     }
@@ -552,7 +554,7 @@ void RemoveMoved(int source, int target, const std::string& path, const Copied& 
                 NotRemoved(problems.size(), child,
                            QT_TRANSLATE_NOOP("Remark", "it changed while it was moved")));
         } else {
-            RemoveCopiedFile(source, name, child, from, problems);
+            RemoveCopiedFile(source, name, child, from, was->second, problems);
         }
     }
 }
