@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <gtest/gtest.h>
 #include <random>
 #include <strings.h>
@@ -404,6 +405,60 @@ TEST(FolderWalk, CancelUnwindsEveryLevelAndKeepsWhatWasStored) {
     EXPECT_LE(counters.ObjectCount, objectsAtCancel + 1);
     EXPECT_GE(counters.MatchedCount, 5);
     EXPECT_LE(counters.MatchedCount, 6);
+}
+
+// A walk on its own thread: done, it gives what a walk on the caller's thread gives; still
+// waiting on a folder that does not answer, it is left behind with what it stored, and stores
+// nothing more when the call returns.
+TEST(FolderWalk, AWalkOnItsOwnThreadIsCollectedWholeOrLeftBehind) {
+    TestTree t;
+    for (int i = 0; i < 40; ++i) {
+        t.File("f" + std::to_string(i) + ".txt");
+    }
+    t.File({"stuck/in.txt", "sub/x.txt"});
+    SearchSession whole;
+    whole.Prepare(t.Root(), Options("*.txt"));
+    std::promise<void> done;
+    whole.Start(nullptr, [&] { done.set_value(); });
+    done.get_future().wait();
+    whole.Collect();
+    EXPECT_EQ(whole.Counters().MatchedCount, 42);
+    EXPECT_EQ(whole.Store()[41].FullPath(), Search(t.Root(), Options("*.txt")).paths[41]);
+
+    std::promise<void> waiting;
+    std::promise<void> answer;
+    std::shared_future<void> answered = answer.get_future().share();
+    struct Gone : RecordingListener {
+        std::promise<void> gone;
+        ~Gone() override { gone.set_value(); }
+    };
+    auto listener = std::make_shared<Gone>();
+    std::future<void> walkGone = listener->gone.get_future();
+    SearchSession session;
+    session.Prepare(t.Root(), Options("*.txt"));
+    session.SetOpenFolderForTesting([&](int dirFd, const char* name, int flags) {
+        if (std::string_view(name) == "stuck") {
+            waiting.set_value();
+            answered.wait(); // a share that does not answer, until the test lets it
+        }
+        return openat(dirFd, name, flags);
+    });
+    session.Start(std::move(listener), [] { ADD_FAILURE() << "told after it was left behind"; });
+    waiting.get_future().wait();
+    session.Collect();
+    const std::vector<std::string> order = ReaddirOrder(t.Root());
+    const auto before = static_cast<int32_t>(
+        std::count_if(order.begin(), std::find(order.begin(), order.end(), t.Path("stuck/")),
+                      [](const std::string& p) { return EndsWith(p, ".txt"); }));
+    EXPECT_EQ(session.Counters().MatchedCount, before) << "what was stored before it waited";
+    EXPECT_TRUE(session.RootWasFolder());
+    answer.set_value();
+    walkGone.wait(); // the walk's thread let go of everything it had
+    EXPECT_EQ(session.Counters().MatchedCount, before);
+    EXPECT_EQ(session.Store().UBound() >= before - 1, true);
+    for (int32_t i = 0; i < before; ++i) {
+        EXPECT_TRUE(EndsWith(session.Store()[i].FullPath(), ".txt"));
+    }
 }
 
 TEST(FolderWalk, StatusCadenceIsEvery4000FilesAndEvery100Folders) {

@@ -1,6 +1,8 @@
 #include "search/FolderWatch.h"
 
 #include "TestTree.h"
+#include "platform/CancelFlag.h"
+#include "search/SearchSession.h"
 
 #include <cstdio>
 #include <functional>
@@ -10,6 +12,16 @@
 #include <unistd.h>
 
 namespace {
+
+// The folders a search with these options enters, as the window hands them to the watch.
+std::vector<std::string> Entered(const std::string& root, SearchOptions options) {
+    options.RecordFolders = true;
+    SearchSession session;
+    session.Prepare(root, options);
+    CancelFlag cancel;
+    session.Run(cancel, nullptr);
+    return FolderPaths(session.Store());
+}
 
 // The kernel queues an event before the call that caused it returns: reading right after the
 // change sees it, with no waiting.
@@ -60,7 +72,7 @@ TEST(FolderWatch, TellsTheChangesThatCouldAlterTheResults) {
         options.MaskText = c.mask;
         c.options(options);
         FolderWatch watch(options);
-        watch.AddWatches(t.Root());
+        watch.AddWatches(Entered(t.Root(), options));
         ASSERT_EQ(watch.CurrentState(), FolderWatch::State::Watching) << c.what;
         EXPECT_FALSE(watch.ReadEvents()) << c.what << ": nothing yet";
         c.change(t, outside);
@@ -76,14 +88,14 @@ TEST(FolderWatch, MoreFoldersThanTheUserMayWatchAreNotWatched) {
     options.MaskText = "*.*";
     FolderWatch watch(options, 3);
     std::promise<void> added;
-    watch.Start(t.Root(), [&] { added.set_value(); });
+    watch.Start(Entered(t.Root(), options), [&] { added.set_value(); });
     added.get_future().wait(); // the thread's end, not a time
     EXPECT_EQ(watch.CurrentState(), FolderWatch::State::TooManyFolders);
     EXPECT_EQ(watch.Problem(),
               "Changes on the disk are not watched: the search went into more folders than the 3 "
               "this user may watch (fs.inotify.max_user_watches).");
     FolderWatch enough(options, 4);
-    enough.AddWatches(t.Root());
+    enough.AddWatches(Entered(t.Root(), options));
     EXPECT_EQ(enough.CurrentState(), FolderWatch::State::Watching);
     EXPECT_EQ(enough.Problem(), "");
 }

@@ -184,13 +184,21 @@ TEST_F(MainWindowTest, CancelAndCloseDuringTheWalkKeepWhatWasFound) {
     // The Cancel button, then closing the window, each while the store fills.
     for (const bool closing : {false, true}) {
         int yields = 0;
+        // On the walk's thread; what it does to the window runs on the window's, while the walk
+        // waits.
         window->Search().SetWalkObserver([&] {
-            if (++yields == 500) {
-                EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "Cancel");
-                EXPECT_FALSE(Action("Select All")->isEnabled());
-                closing ? void(window->close()) : Find<QPushButton>("cmdSearch")->click();
-                EXPECT_TRUE(window->isVisible()) << "closing during a search only cancels it";
+            if (++yields != 500) {
+                return;
             }
+            QMetaObject::invokeMethod(
+                window.get(),
+                [&] {
+                    EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "Cancel");
+                    EXPECT_FALSE(Action("Select All")->isEnabled());
+                    closing ? void(window->close()) : Find<QPushButton>("cmdSearch")->click();
+                    EXPECT_TRUE(window->isVisible()) << "closing during a search only cancels it";
+                },
+                Qt::BlockingQueuedConnection);
         });
         Search(tree.Root(), "*.txt");
         EXPECT_EQ(Status(StatusPart::Mode), " Cancelled");

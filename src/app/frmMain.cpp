@@ -189,7 +189,7 @@ void frmMain::closeEvent(QCloseEvent* event) {
     if (shared_.busy) {
         // Closing during a search only cancels it.
         event->ignore();
-        shared_.cancel.Raise();
+        search_.Cancel();
         return;
     }
     shared_.cancel.Raise();

@@ -1,12 +1,21 @@
 #include "search/FileDataArray.h"
 
+#include <atomic>
 #include <cstring>
+#include <utility>
 
 namespace {
 constexpr size_t kChunkSize = 1 << 20;
 constexpr int kOffsetBits = 24; // a text's place: its chunk above, its offset in the chunk below
 constexpr int32_t kPreparedUpper = 500;
 constexpr unsigned char kLongText = 0xFF;
+
+// Unique among every store of the process: a store that takes another's records is told apart
+// from what it held before by any composer that looked at it.
+uint64_t NextGeneration() {
+    static std::atomic<uint64_t> generation{0};
+    return ++generation;
+}
 } // namespace
 
 FileDataArray::FileDataArray() {
@@ -23,9 +32,29 @@ std::string FileDataEntry::FullPath() const {
     return path;
 }
 
+FileDataArray& FileDataArray::operator=(FileDataArray&& other) noexcept {
+    upper_ = std::exchange(other.upper_, -1);
+    generation_ = NextGeneration();
+    blocks_ = std::move(other.blocks_);
+    chunks_ = std::move(other.chunks_);
+    chunkUsed_ = std::exchange(other.chunkUsed_, 0);
+    chunkSize_ = std::exchange(other.chunkSize_, 0);
+    folders_ = std::move(other.folders_);
+    lastFolderPath_ = std::move(other.lastFolderPath_);
+    lastFolder_ = std::exchange(other.lastFolder_, kNoFolder);
+    // The numbers' keys point into the names, which the moved deque keeps where they are.
+    extensions_ = std::move(other.extensions_);
+    extensionNumbers_ = std::move(other.extensionNumbers_);
+    lastExtension_ = std::exchange(other.lastExtension_, 0);
+    remarks_ = std::move(other.remarks_);
+    largeSizes_ = std::move(other.largeSizes_);
+    other.Erase();
+    return *this;
+}
+
 void FileDataArray::Erase() {
     upper_ = -1;
-    ++generation_;
+    generation_ = NextGeneration();
     blocks_.clear();
     chunks_.clear();
     chunkUsed_ = chunkSize_ = 0;
@@ -252,4 +281,12 @@ std::vector<int32_t> RecordsOfExtension(const FileDataArray& store, std::string_
         }
     }
     return records;
+}
+
+std::vector<std::string> FolderPaths(const FileDataArray& store) {
+    std::vector<std::string> paths(store.FolderCount());
+    for (uint32_t i = 0; i < store.FolderCount(); ++i) {
+        store.FolderPath(i, paths[i]);
+    }
+    return paths;
 }

@@ -44,6 +44,8 @@ public:
     ~FileDataArray();
     FileDataArray(const FileDataArray&) = delete;
     FileDataArray& operator=(const FileDataArray&) = delete;
+    // Takes another's records (a walk's, when it ends); the other is left empty.
+    FileDataArray& operator=(FileDataArray&& other) noexcept;
 
     // No slots at all (upper bound -1).
     void Erase();
@@ -63,6 +65,8 @@ public:
     uint32_t AddFolder(uint32_t parent, std::string_view segment);
     // The folder's path, ending in "/", written over `out`.
     void FolderPath(uint32_t folder, std::string& out) const;
+    // Folders are numbered from 0 to FolderCount() - 1.
+    uint32_t FolderCount() const { return static_cast<uint32_t>(folders_.size()); }
 
     // Stores a record at `index` with `ItemIndex` = index and `FullPath` = folder path + name;
     // `size` -1 when there is none.
@@ -161,6 +165,10 @@ private:
     size_t folderSize_ = 0;
     std::string path_;
 };
+
+// The paths of the store's folders, in the order they were added (a walk's, when it keeps
+// every folder it enters).
+std::vector<std::string> FolderPaths(const FileDataArray& store);
 
 // The records whose extension is exactly `extension` (byte for byte), in store order: what a
 // view of one type holds and an export of one type writes. `yield` runs every 1000 records;

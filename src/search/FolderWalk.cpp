@@ -221,11 +221,13 @@ bool FolderWalk::Walk(const std::string& folderPath) {
         }
         return false;
     }
+    rootKind_ = FileSystemKindOf(root.Get());
     Level& first = levels_.emplace_back();
     first.dev = st.st_dev;
     first.ino = st.st_ino;
     path_ = folderPath;
     first.nameEnd = path_.size();
+    RecordFolder();
     if (!ReadEntries(root.Get(), first.entries) || cancel_.IsRaised()) {
         if (!cancel_.IsRaised() && listener_) {
             listener_->NotRead(folderPath, errno);
@@ -347,11 +349,15 @@ FolderWalk::Step FolderWalk::VisitFolder(size_t depth, std::string_view name) {
     if (options_.FoldersOnly) {
         ++counters_.ObjectCount;
         GrowStoreIfNeeded();
+        if (!Entered()) {
+            return Step::Stop;
+        }
         store_.Store(counters_.MatchedCount, StoreFolder(depth), name, {}, 0);
+        ++counters_.MatchedCount;
+        Left();
         if (counters_.ObjectCount % 100 == 1 && listener_) {
             listener_->ObjectsCounted(counters_.ObjectCount - 1);
         }
-        ++counters_.MatchedCount;
     }
     if (options_.ShowFolderProgress && listener_) {
         listener_->FolderEntered(name, counters_.ObjectCount, counters_.MatchedCount);
@@ -375,9 +381,23 @@ bool FolderWalk::AfterEntry() {
 // that do not match leave MatchedCount where it is, and the slot it names exists already.
 void FolderWalk::GrowStoreIfNeeded() {
     const int32_t matched = counters_.MatchedCount;
-    if (matched > 1 && matched % 500 == 1 && store_.UBound() < matched) {
-        ++counters_.ChunkCount;
-        store_.Redim(counters_.ChunkCount * 500);
+    if (matched > 1 && matched % 500 == 1 && Entered()) {
+        if (store_.UBound() < matched) {
+            ++counters_.ChunkCount;
+            store_.Redim(counters_.ChunkCount * 500);
+        }
+        Left();
+    }
+}
+
+// Around every change to the store; false when another thread has taken it.
+bool FolderWalk::Entered() {
+    return !gate_ || gate_->Enter(counters_.ObjectCount);
+}
+
+void FolderWalk::Left() {
+    if (gate_) {
+        gate_->Leave();
     }
 }
 
@@ -399,6 +419,9 @@ void FolderWalk::StoreFile(size_t level, std::string_view name) {
         kept.time = 0;
     }
     const std::string_view extension = ExtensionOf(name);
+    if (!Entered()) {
+        return;
+    }
     if (IsLowerAscii(extension)) {
         store_.Store(counters_.MatchedCount, StoreFolder(level), name, extension, kept.time,
                      kept.size);
@@ -407,6 +430,7 @@ void FolderWalk::StoreFile(size_t level, std::string_view name) {
                      kept.time, kept.size);
     }
     ++counters_.MatchedCount;
+    Left();
 }
 
 // The level's folder in the store, added with its ancestors the first time a record needs it.
@@ -479,6 +503,15 @@ void FolderWalk::Enter(Level&& child, std::string_view name) {
     // Deep down, the parent gives its descriptor back; its entries are already read.
     if (static_cast<int>(depth) >= keptLevels_) {
         levels_[depth].fd.Close();
+    }
+    RecordFolder();
+}
+
+// The folder just entered, kept in the store when every folder is to be.
+void FolderWalk::RecordFolder() {
+    if (options_.RecordFolders && Entered()) {
+        StoreFolder(levels_.size() - 1);
+        Left();
     }
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/OpenFileGuard.h"
 #include "platform/UniqueFd.h"
 #include "search/FileDataArray.h"
 #include "search/FolderReadAhead.h"
 #include "search/MaskMatcher.h"
+#include "search/StoreGate.h"
 
 #include <cstdint>
 #include <functional>
@@ -26,6 +28,8 @@ struct SearchOptions {
                      // it); 0: one per processor
     // false: files are stored without their time and size (a stat each saved)
     bool KeepStatus = true;
+    // Every folder entered is kept in the store, also one with nothing stored in it (to watch)
+    bool RecordFolders = false;
     std::string MaskText;
 };
 
@@ -83,6 +87,13 @@ public:
     // walked. Derived from the descriptors the process may still open; tests lower it.
     void SetKeptLevels(int levels) { keptLevels_ = levels < 0 ? 0 : levels; }
 
+    // The kind of file system the root is on, once Walk has opened it.
+    FileSystemKind RootKind() const { return rootKind_; }
+
+    // Another thread may take the store while this one walks: every change to the store goes
+    // through `gate`, and once it is closed nothing more is stored.
+    void SetGate(StoreGate* gate) { gate_ = gate; }
+
     // Replaces openat(2) for subfolders; tests make chosen folders fail.
     using OpenFolderFunction = std::function<int(int dirFd, const char* name, int flags)>;
     void SetOpenFolderForTesting(OpenFolderFunction open) {
@@ -121,6 +132,7 @@ private:
     Step VisitFolder(size_t depth, std::string_view name);
     bool TakeReadAhead(Level& child, std::string_view name, const FolderReadAhead::JobRef& job);
     void Enter(Level&& child, std::string_view name);
+    void RecordFolder();
     void Ascend();
     int LevelFd(size_t level);
     bool ReopenFromAncestor(size_t level);
@@ -130,6 +142,8 @@ private:
     bool ReadEntries(int fd, std::vector<char>& into);
     void TellNotRead(std::string_view name, int error);
     bool AfterEntry();
+    bool Entered();
+    void Left();
     void GrowStoreIfNeeded();
     void StoreFile(size_t level, std::string_view name);
     uint32_t StoreFolder(size_t level);
@@ -150,4 +164,6 @@ private:
     std::vector<char> scratch_; // getdents64's buffer, shared by every level
     bool testOpen_ = false;
     std::unique_ptr<FolderReadAhead> readAhead_;
+    StoreGate* gate_ = nullptr;
+    FileSystemKind rootKind_ = FileSystemKind::Disk;
 };

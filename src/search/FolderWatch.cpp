@@ -44,47 +44,27 @@ FolderWatch::~FolderWatch() {
     }
 }
 
-void FolderWatch::Start(const std::string& root, std::function<void()> done) {
-    adder_ = std::thread([this, root, done = std::move(done)] {
+void FolderWatch::Start(std::vector<std::string> folders, std::function<void()> done) {
+    adder_ = std::thread([this, folders = std::move(folders), done = std::move(done)] {
         RunOnlyWhenIdle(); // the window goes first
-        AddWatches(root);
+        AddWatches(folders);
         done();
     });
 }
 
-void FolderWatch::AddWatches(const std::string& root) {
-    if (state_ == State::Adding) {
-        AddTree(root);
+void FolderWatch::AddWatches(const std::vector<std::string>& folders) {
+    for (size_t i = 0; i < folders.size() && state_ == State::Adding && !stop_; ++i) {
+        Watch(folders[i]);
     }
     if (state_ == State::Adding) {
         state_ = State::Watching;
     }
 }
 
-// The folders the walk entered, depth first, each watched before it is listed so that nothing
-// made in it afterwards goes unseen.
-void FolderWatch::AddTree(const std::string& root) {
-    std::vector<std::string> folders{root};
-    while (!folders.empty() && !stop_) {
-        const std::string folder = std::move(folders.back());
-        folders.pop_back();
-        if (!Watch(folder)) {
-            return;
-        }
-        if (!options_.Recurse) {
-            return;
-        }
-        const DirStream dir = OpenDirStream(
-            UniqueFd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
-        while (const dirent* entry = dir ? readdir(dir.get()) : nullptr) {
-            const bool isFolder =
-                entry->d_type == DT_DIR ||
-                (entry->d_type == DT_UNKNOWN && IsFolderAt(dirfd(dir.get()), entry->d_name));
-            if (isFolder && entry->d_name[0] != '.') {
-                folders.push_back(folder + entry->d_name + "/");
-            }
-        }
-    }
+QString FolderWatch::RemoteProblem() {
+    return QCoreApplication::translate(
+        "FolderWatch", "Changes are not watched: the folders are on a network or FUSE file "
+                       "system, where changes made on the server are never told.");
 }
 
 // False when watching must stop: the user's limit is reached, or the watches failed.

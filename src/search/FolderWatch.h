@@ -9,13 +9,15 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <vector>
 
 // Watches the folders a search walked (inotify) and tells whether what happens in them could
 // alter the results: a name created, removed or renamed that the search would list, or a
 // folder created or removed where the search went into folders. The watches are added on a
-// thread of its own, the way the walk went (no links followed, no folder whose name begins with
-// a dot), so that neither the search nor its list waits for them. A tree with more folders than
-// the user may watch is not watched at all.
+// thread of its own, to the folders the walk entered (it lists nothing again), so that neither
+// the search nor its list waits for them. A tree with more folders than the user may watch is
+// not watched at all, nor one on a network or FUSE file system, whose server's changes inotify
+// never sees.
 class FolderWatch {
 public:
     enum class State { Adding, Watching, TooManyFolders, Failed };
@@ -27,10 +29,13 @@ public:
     FolderWatch(const FolderWatch&) = delete;
     FolderWatch& operator=(const FolderWatch&) = delete;
 
-    // Adds the watches under `root` (ending in "/") on a thread, then calls `done` there.
-    void Start(const std::string& root, std::function<void()> done);
+    // Adds the watches to `folders` (the walk's, in its order) on a thread, then calls `done`
+    // there.
+    void Start(std::vector<std::string> folders, std::function<void()> done);
     // The same, on this thread (tests).
-    void AddWatches(const std::string& root);
+    void AddWatches(const std::vector<std::string>& folders);
+    // Why a tree on a network or FUSE file system is not watched, for the user.
+    static QString RemoteProblem();
 
     State CurrentState() const { return state_; }
     // Why nothing is watched, for the user; empty while watching.
@@ -41,7 +46,6 @@ public:
     bool ReadEvents();
 
 private:
-    void AddTree(const std::string& root);
     bool Watch(const std::string& folder);
     bool Alters(uint32_t mask, const char* name) const;
 

@@ -3,6 +3,8 @@
 #include "search/FileDataArray.h"
 #include "search/FolderWalk.h"
 
+#include <functional>
+#include <memory>
 #include <string>
 
 class CancelFlag;
@@ -24,6 +26,25 @@ public:
     // Elapsed time covers the walk only.
     void Run(const CancelFlag& cancel, WalkListener* listener);
 
+    // The same walk on a thread of its own, for a window that must stay alive while a share
+    // takes its time or does not answer at all. `listener` hears the walk on that thread and
+    // must be safe there, and hears every folder entered (whether to show it is its own
+    // affair); `finished` is called there too, once, when the walk is done. The store
+    // is the walk's until Collect.
+    void Start(std::shared_ptr<WalkListener> listener, std::function<void()> finished);
+    // Whether the walk started last is done.
+    bool WalkDone() const;
+    // Tells the walk to stop at its next step (it may be waiting on the file system).
+    void CancelWalk();
+    // Takes the walk's results. A walk that is not done is left behind: what it stored so far
+    // is taken at once, and it stores nothing more; its thread ends when the call it waits on
+    // returns. Neither its listener nor `finished` is called after this returns.
+    void Collect();
+    // Tests put a blocking open in the walk Start runs.
+    void SetOpenFolderForTesting(FolderWalk::OpenFolderFunction open) {
+        testOpen_ = std::move(open);
+    }
+
     // Forgets the results: the store erased, nothing available.
     void Erase();
 
@@ -42,8 +63,14 @@ public:
     bool StarDotStarSearched() const { return starDotStarSearched_; }
     bool ResultsAvailable() const { return resultsAvailable_; }
     bool ListLimitExceeded() const { return listLimitExceeded_; }
+    // The file system the root is on; Network also when a walk was left behind.
+    FileSystemKind RootKind() const { return rootKind_; }
 
 private:
+    struct Walk;
+
+    std::shared_ptr<Walk> walk_;
+    FolderWalk::OpenFolderFunction testOpen_;
     FileDataArray store_;
     SearchOptions options_;
     SearchCounters counters_;
@@ -54,4 +81,5 @@ private:
     bool resultsAvailable_ = false;
     bool listLimitExceeded_ = false;
     int32_t listLimit_ = kListLimit;
+    FileSystemKind rootKind_ = FileSystemKind::Disk;
 };

@@ -7,6 +7,7 @@
 #include "app/window/WindowContext.h"
 #include "fileops/FileCommands.h"
 #include "search/FolderWatch.h"
+#include "search/SearchSession.h"
 #include "settings/modPProfile.h"
 
 #include <QApplication>
@@ -33,12 +34,16 @@ void ChangeMonitor::JoinCloser() {
     }
 }
 
-void ChangeMonitor::Watch(const std::string& root, const SearchOptions& options) {
+void ChangeMonitor::Watch(const SearchSession& session) {
     Stop();
     if (!shared_.profile.Settings().WatchForChanges) {
         return;
     }
-    watch_ = std::make_unique<FolderWatch>(options, limit_);
+    if (session.RootKind() != FileSystemKind::Disk) {
+        window_.statusBar()->setToolTip(FolderWatch::RemoteProblem());
+        return;
+    }
+    watch_ = std::make_unique<FolderWatch>(session.Options(), limit_);
     if (watch_->CurrentState() == FolderWatch::State::Failed) {
         window_.statusBar()->setToolTip(watch_->Problem());
         watch_.reset();
@@ -52,12 +57,12 @@ void ChangeMonitor::Watch(const std::string& root, const SearchOptions& options)
     // window when it is done, and a watch begun since makes the word stale.
     QMetaObject::invokeMethod(
         &window_,
-        [this, root, added, generation = generation_] {
+        [this, folders = FolderPaths(session.Store()), added, generation = generation_]() mutable {
             if (generation != generation_) {
                 added->set_value();
                 return;
             }
-            watch_->Start(root, [this, added, generation] {
+            watch_->Start(std::move(folders), [this, added, generation] {
                 QMetaObject::invokeMethod(
                     &window_, [this, generation] { Added(generation); }, Qt::QueuedConnection);
                 added->set_value();

@@ -11,7 +11,7 @@ class FolderWatch;
 class QSocketNotifier;
 class QTimer;
 class frmMain;
-struct SearchOptions;
+class SearchSession;
 struct WindowContext;
 
 // Watches the folders of the search on screen, when WatchForChanges is on, and says when the
@@ -25,8 +25,10 @@ public:
     ChangeMonitor(frmMain& window, WindowContext& shared);
     ~ChangeMonitor();
 
-    // Begins watching the search just shown (its folders are added in the background).
-    void Watch(const std::string& root, const SearchOptions& options);
+    // Begins watching the search just shown: the folders its walk entered, added in the
+    // background. A search on a network or FUSE file system is not watched (the tool tip says
+    // why).
+    void Watch(const SearchSession& session);
     void Stop();
     // What happened is the program's own doing: forgotten.
     void Forget();

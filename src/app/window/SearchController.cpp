@@ -13,35 +13,41 @@
 #include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
 
-// Keeps the newest status texts of the walk and puts them on the status line only when the
-// event loop is about to run: formatting a text for every folder would cost more than the walk.
+#include <QEventLoop>
+#include <QTimer>
+#include <atomic>
+#include <mutex>
+
+// Keeps what the walk last told, on the walk's thread, for the window's thread to show when it
+// next looks: formatting a text for every folder would cost more than the walk.
 class SearchController::StatusListener : public WalkListener {
 public:
-    explicit StatusListener(SearchController& search) : search_(search) {}
+    explicit StatusListener(std::function<void()> observer) : observer_(std::move(observer)) {}
 
     void ObjectsCounted(int64_t shown) override {
+        const std::lock_guard lock(mutex_);
         objects_ = shown;
         objectsSequence_ = ++sequence_;
     }
     void FolderEntered(std::string_view name, int64_t objects, int32_t matched) override {
+        const std::lock_guard lock(mutex_);
         folderName_.assign(name);
         folderObjects_ = objects;
         folderMatched_ = matched;
         folderSequence_ = ++sequence_;
     }
     void Yield() override {
-        if (search_.walkObserver_) {
-            search_.walkObserver_();
-        }
-        if (search_.shared_.yield.Due()) {
-            Flush();
-            search_.shared_.yield.Now();
+        if (observer_ && !detached_.load(std::memory_order_acquire)) {
+            observer_();
         }
     }
-    void Flush() {
-        StatusLine& status = search_.shared_.status;
-        if (folderSequence_ > shownSequence_ &&
-            search_.shared_.session.Options().ShowFolderProgress) {
+    // No more calls of the observer: the window has taken the results.
+    void Detach() { detached_.store(true, std::memory_order_release); }
+
+    // On the window's thread: puts what was told since it last looked on the status line.
+    void Show(StatusLine& status, bool folderProgress) {
+        const std::lock_guard lock(mutex_);
+        if (folderSequence_ > shownSequence_ && folderProgress) {
             const FolderMessage m = FolderMessageTexts(folderName_, folderObjects_, folderMatched_);
             status.SetExact(StatusPart::Message, m.part0);
             status.SetExact(StatusPart::Objects, m.part1);
@@ -54,7 +60,9 @@ public:
     }
 
 private:
-    SearchController& search_;
+    const std::function<void()> observer_;
+    std::atomic<bool> detached_{false};
+    std::mutex mutex_;
     uint64_t sequence_ = 0;
     uint64_t shownSequence_ = 0;
     int64_t objects_ = 0;
@@ -65,9 +73,14 @@ private:
     uint64_t folderSequence_ = 0;
 };
 
+void SearchController::Cancel() {
+    shared_.cancel.Raise();
+    CancelWalk();
+}
+
 void SearchController::ButtonClicked() {
     if (searching_ || window_.Commands().Running()) {
-        shared_.cancel.Raise();
+        Cancel();
         shared_.yield.Now();
         return;
     }
@@ -84,8 +97,7 @@ void SearchController::ButtonClicked() {
     window_.SetBusy(true);
     shared_.status.Set(StatusPart::Message, tr("Searching..."));
 
-    StatusListener listener(*this);
-    shared_.session.Run(shared_.cancel, &listener);
+    WaitForWalk();
     if (shared_.session.ResultsAvailable()) {
         ShowMatches();
     } else {
@@ -95,6 +107,47 @@ void SearchController::ButtonClicked() {
     searching_ = false;
     window_.SetBusy(false);
     window_.Results().ResetPlaceholder();
+}
+
+// The walk runs on a thread of its own; this one keeps the window alive, shows the walk's
+// status as it goes, and answers Cancel, Escape and the close box. A walk that does not stop
+// soon after a cancel (its share does not answer) is left behind with what it found.
+void SearchController::WaitForWalk() {
+    SearchSession& session = shared_.session;
+    const auto listener = std::make_shared<StatusListener>(walkObserver_);
+    QEventLoop loop;
+    walkLoop_ = &loop;
+    cancelling_ = false;
+    session.Start(listener, [&loop] {
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    QTimer status;
+    QObject::connect(&status, &QTimer::timeout, &loop, [this, &listener] {
+        listener->Show(shared_.status, shared_.session.Options().ShowFolderProgress);
+        if (shared_.cancel.IsRaised()) {
+            CancelWalk(); // closing the window raises it too
+        }
+    });
+    status.start(kStatusInterval);
+    if (!session.WalkDone()) {
+        loop.exec();
+    }
+    walkLoop_ = nullptr;
+    listener->Detach();
+    session.Collect();
+}
+
+void SearchController::CancelWalk() {
+    if (walkLoop_ != nullptr && !cancelling_) {
+        cancelling_ = true;
+        shared_.session.CancelWalk();
+        QTimer::singleShot(kCancelGrace, walkLoop_, [this] {
+            cancelling_ = false;
+            if (walkLoop_ != nullptr) {
+                walkLoop_->quit();
+            }
+        });
+    }
 }
 
 bool SearchController::Prepare() {
@@ -155,7 +208,7 @@ void SearchController::ShowMatches() {
     results.ShowFirstList();
     ShowSearchResults(shared_.session.ElapsedSeconds());
     // The list is there: its folders are watched from now on.
-    window_.Monitor().Watch(shared_.session.RootPath(), shared_.session.Options());
+    window_.Monitor().Watch(shared_.session);
     if (!listed) {
         results.ShowTooManyToList();
         // Views of a part of the results are made from the census.

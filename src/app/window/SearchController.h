@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <functional>
 
+class QEventLoop;
 class frmMain;
 struct WindowContext;
 
@@ -17,14 +18,24 @@ public:
     // The search button: begins a search, or cancels the one (or the command) running.
     void ButtonClicked();
     bool Searching() const { return searching_; }
-    // Runs whenever the walk yields (tests cancel or close from here).
+    // Cancels the search or the command running (the close box, for one).
+    void Cancel();
+    // Runs whenever the walk yields, on the walk's own thread (tests cancel or close from here,
+    // running that on the window's thread and waiting for it).
     void SetWalkObserver(std::function<void()> observer) { walkObserver_ = std::move(observer); }
 
 private:
     class StatusListener;
 
+    // How often the status line shows how far the walk got, and how long a cancelled walk is
+    // given to stop by itself before it is left behind.
+    static constexpr int kStatusInterval = 40; // ms
+    static constexpr int kCancelGrace = 250;   // ms
+
     // Empties the window of the last results; false when the mask is refused.
     bool Prepare();
+    void WaitForWalk();
+    void CancelWalk();
     void ShowNoMatches();
     void ShowMatches();
     // The closing status line of a search, and its mask remembered.
@@ -33,5 +44,7 @@ private:
     frmMain& window_;
     WindowContext& shared_;
     bool searching_ = false;
+    bool cancelling_ = false;
+    QEventLoop* walkLoop_ = nullptr; // while a walk runs
     std::function<void()> walkObserver_;
 };
