@@ -528,8 +528,10 @@ TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
             options.ExpectedMatch = expected;
             options.FoldersOnly = foldersOnly;
             std::vector<std::tuple<Outcome, std::vector<QString>>> runs;
-            for (const int threads : {1, 2, 8, 8}) {
+            for (const auto& [threads, remote] :
+                 {std::pair{1, false}, {2, false}, {8, false}, {8, false}, {8, true}, {33, true}}) {
                 options.Threads = threads;
+                options.AsRemote = remote;
                 RecordingListener listener;
                 runs.emplace_back(Search(t.Root(), options, &listener), listener.events);
                 const auto& [outcome, events] = runs.back();
@@ -539,7 +541,8 @@ TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
                             outcome.times == first.times && outcome.sizes == first.sizes &&
                             events == firstEvents &&
                             outcome.counters.ObjectCount == first.counters.ObjectCount)
-                    << "tree " << tree << ", " << mask << " on " << threads << " threads";
+                    << "tree " << tree << ", " << mask << " on " << threads << " threads"
+                    << (remote ? " as on a share" : "");
             }
         }
     }

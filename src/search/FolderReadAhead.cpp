@@ -20,6 +20,7 @@
 namespace {
 
 constexpr int kMostHeld = 256;
+constexpr int kMostHeldRemote = 4096; // folders a round trip away are worth reading far ahead
 constexpr size_t kScratchSize = 32 * 1024;
 
 template <class Entries, class Visit> void ForEachEntry(Entries& entries, Visit visit) {
@@ -70,8 +71,10 @@ int FolderReadAhead::DefaultThreads() {
 }
 
 FolderReadAhead::FolderReadAhead(UniqueFd root, int readers, int keptOpen,
-                                 const SearchOptions& options, const CancelFlag& cancel)
-    : root_(std::move(root)), options_(options), cancel_(cancel),
+                                 const SearchOptions& options, const CancelFlag& cancel,
+                                 bool remote)
+    : root_(std::move(root)), options_(options), cancel_(cancel), remote_(remote),
+      mostHeld_(remote ? kMostHeldRemote : kMostHeld),
       parentsOpen_(std::make_shared<std::atomic<int>>(0)), mostParents_(keptOpen),
       walkReader_(options.MaskText) {
     for (int i = 0; i < readers; ++i) {
@@ -92,8 +95,8 @@ FolderReadAhead::~FolderReadAhead() {
 }
 
 // Whether the subfolders of a folder `depth` levels down, holding `entries`, are read ahead.
-bool FolderReadAhead::ReadsAheadBelow(size_t depth, const std::vector<char>& entries) {
-    return depth < kDeepest || entries.size() >= kBusyFolder;
+bool FolderReadAhead::ReadsAheadBelow(size_t depth, const std::vector<char>& entries) const {
+    return remote_ || depth < kDeepest || entries.size() >= kBusyFolder;
 }
 
 // One job for each subfolder the walk will enter, in its order; none for a path too long for
@@ -150,7 +153,15 @@ FolderReadAhead::Jobs FolderReadAhead::Offer(std::string_view path, size_t depth
 // Under the lock: the job offered last that nobody has begun, or nothing when readers hold
 // enough or the search is cancelled. Jobs the walk let go or began itself are passed over.
 std::shared_ptr<FolderReadAhead::Job> FolderReadAhead::PopWork() {
-    if (held_.load() >= kMostHeld || cancel_.IsRaised()) {
+    if (cancel_.IsRaised()) {
+        return {};
+    }
+    // The folder the walk waits for goes first, however many are held.
+    if (State waiting = State::Waiting;
+        wanted_ && wanted_->state.compare_exchange_strong(waiting, State::Reading)) {
+        return std::move(wanted_);
+    }
+    if (held_.load() >= mostHeld_) {
         return {};
     }
     while (!work_.empty()) {
@@ -165,16 +176,32 @@ std::shared_ptr<FolderReadAhead::Job> FolderReadAhead::PopWork() {
     return {};
 }
 
+// Whether the job is still to be read or being read.
+bool FolderReadAhead::Pending(const Job& job) const {
+    const State state = job.state.load(std::memory_order_acquire);
+    return state == State::Reading || (remote_ && state == State::Waiting);
+}
+
 bool FolderReadAhead::Take(const JobRef& job, Folder& into) {
     State waiting = State::Waiting;
-    if (job->state.compare_exchange_strong(waiting, State::Reading)) {
+    if (remote_) {
+        if (job->state.load() == State::Waiting) {
+            const std::lock_guard lock(mutex_);
+            wanted_ = job;
+            changes_.fetch_add(1);
+            if (idleReaders_.load() > 0) {
+                workReady_.notify_one();
+            }
+        }
+    } else if (job->state.compare_exchange_strong(waiting, State::Reading)) {
         // No reader came to it: the walk reads it as a reader would.
         ReadJob(*job, walkReader_);
     }
-    while (job->state.load(std::memory_order_acquire) == State::Reading && !cancel_.IsRaised()) {
-        // Rather than sleep until a reader is done, the walk reads the next folder to come.
+    while (Pending(*job) && !cancel_.IsRaised()) {
+        // Rather than sleep until a reader is done, the walk reads the next folder to come;
+        // not on a share, where a read waits a round trip that readers wait side by side.
         std::shared_ptr<Job> next;
-        {
+        if (!remote_) {
             const std::lock_guard lock(mutex_);
             next = PopWork();
         }
@@ -184,13 +211,19 @@ bool FolderReadAhead::Take(const JobRef& job, Folder& into) {
             WaitForReader(*job);
         }
     }
+    if (remote_) {
+        const std::lock_guard lock(mutex_);
+        if (wanted_ == job) {
+            wanted_.reset();
+        }
+    }
     if (job->state.load(std::memory_order_acquire) != State::Read || cancel_.IsRaised()) {
         LetGo(job);
         return false;
     }
     into = std::move(job->folder);
     // A reader waiting for room can go on.
-    if (held_.fetch_sub(1) >= kMostHeld && idleReaders_.load() > 0) {
+    if (held_.fetch_sub(1) >= mostHeld_ && idleReaders_.load() > 0) {
         const std::lock_guard lock(mutex_);
         changes_.fetch_add(1);
         workReady_.notify_one();
@@ -213,12 +246,13 @@ void FolderReadAhead::LetGo(const JobRef& job) {
 // no more threads than processors, so nobody waits for its core.
 void FolderReadAhead::WaitForReader(const Job& job) {
     const uint64_t seen = progress_.load(std::memory_order_acquire);
-    for (int spin = 0; spin < 20000 && progress_.load(std::memory_order_acquire) == seen; ++spin) {
+    // A share's reader is a round trip from done: no use spinning for it.
+    const int spins = remote_ ? 0 : 20000;
+    for (int spin = 0; spin < spins && progress_.load(std::memory_order_acquire) == seen; ++spin) {
         std::this_thread::yield();
     }
     Lock lock(mutex_);
-    if (progress_.load(std::memory_order_acquire) == seen &&
-        job.state.load(std::memory_order_acquire) == State::Reading) {
+    if (progress_.load(std::memory_order_acquire) == seen && Pending(job)) {
         walkWaiting_ = true;
         done_.wait_for(lock, std::chrono::milliseconds(10));
         walkWaiting_ = false;

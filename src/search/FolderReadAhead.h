@@ -50,9 +50,12 @@ public:
     };
 
     // `root` is the walk's root, opened; `readers` threads start at once. At most `keptOpen`
-    // folders read stay open for their subfolders.
+    // folders read stay open for their subfolders. `remote`: the root is on a network or FUSE
+    // file system, where each folder read waits a round trip: readers then read at every depth
+    // and further ahead, and the walk never reads a folder itself but has a reader take the one
+    // it waits for first, so that as many requests as readers are in flight.
     FolderReadAhead(UniqueFd root, int readers, int keptOpen, const SearchOptions& options,
-                    const CancelFlag& cancel);
+                    const CancelFlag& cancel, bool remote = false);
     ~FolderReadAhead();
     FolderReadAhead(const FolderReadAhead&) = delete;
     FolderReadAhead& operator=(const FolderReadAhead&) = delete;
@@ -80,8 +83,10 @@ public:
     static constexpr size_t kDeepest = 24;
     static constexpr size_t kBusyFolder = 4096;
 
-    // Threads for reading by default: the processors online, at most 8.
+    // Threads for reading by default: the processors online, at most 8; on a network or FUSE
+    // file system, enough to hide its round trips.
     static int DefaultThreads();
+    static constexpr int kRemoteThreads = 32;
 
 private:
     enum class State { Waiting, Reading, Read, Failed };
@@ -111,7 +116,8 @@ private:
         std::vector<char> scratch;
     };
 
-    static bool ReadsAheadBelow(size_t depth, const std::vector<char>& entries);
+    bool ReadsAheadBelow(size_t depth, const std::vector<char>& entries) const;
+    bool Pending(const Job& job) const;
     void Run();
     std::shared_ptr<Job> NextJob();
     std::shared_ptr<Job> PopWork();
@@ -133,7 +139,10 @@ private:
     UniqueFd root_;
     const SearchOptions& options_;
     const CancelFlag& cancel_;
+    const bool remote_;
+    const int mostHeld_;                   // folders read and not taken, at most
     std::vector<std::weak_ptr<Job>> work_; // the last offered is read first
+    std::shared_ptr<Job> wanted_;          // the one the walk waits for, read first (remote)
     std::atomic<int> held_{0};             // folders read and not taken
     bool stop_ = false;
     std::atomic<int> idleReaders_{0}; // waiting for work: woken only then, wake-ups cost

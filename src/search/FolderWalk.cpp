@@ -247,7 +247,10 @@ bool FolderWalk::Walk(const std::string& folderPath) {
 // Readers for the subfolders, when there is room for them: with few descriptors to spare, or
 // nothing below the root, this thread walks alone.
 void FolderWalk::StartReadAhead(int rootFd) {
-    const int threads = options_.Threads > 0 ? options_.Threads : FolderReadAhead::DefaultThreads();
+    const bool remote = rootKind_ == FileSystemKind::Network || options_.AsRemote;
+    const int threads = options_.Threads > 0 ? options_.Threads
+                        : remote             ? FolderReadAhead::kRemoteThreads + 1
+                                             : FolderReadAhead::DefaultThreads();
     // Each reader holds a descriptor while it reads.
     if (threads <= 1 || testOpen_ || SpareDescriptors() < 4L * threads + 16) {
         return;
@@ -260,7 +263,8 @@ void FolderWalk::StartReadAhead(int rootFd) {
         // levels keep at most half.
         readAhead_ = std::make_unique<FolderReadAhead>(
             UniqueFd(fcntl(rootFd, F_DUPFD_CLOEXEC, 0)), threads - 1,
-            static_cast<int>(std::clamp<long>(SpareDescriptors() / 4, 0, 64)), options_, cancel_);
+            static_cast<int>(std::clamp<long>(SpareDescriptors() / 4, 0, 64)), options_, cancel_,
+            remote);
         if (options_.Recurse) {
             levels_[0].jobs = readAhead_->Offer({}, 0, entries);
         }

@@ -30,6 +30,8 @@ struct SearchOptions {
     bool KeepStatus = true;
     // Every folder entered is kept in the store, also one with nothing stored in it (to watch)
     bool RecordFolders = false;
+    // Read as a network file system is read, wherever the root is (tests)
+    bool AsRemote = false;
     std::string MaskText;
 };
 
