@@ -26,6 +26,8 @@
 #include <QTest>
 #include <QToolButton>
 #include <QWindow>
+#include <fcntl.h>
+#include <future>
 #include <map>
 #include <sys/stat.h>
 
@@ -211,6 +213,44 @@ TEST_F(MainWindowTest, CancelAndCloseDuringTheWalkKeepWhatWasFound) {
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(profile->ProfileGetString("windows", "Winstate", ""), "0");
     EXPECT_TRUE(window->Status().Closed()) << "the status line is gone";
+}
+
+// A folder on a share that stops answering: Cancel leaves the walk behind at once with what it
+// found, and says which folder did not answer; the walk stores nothing when the share answers.
+TEST_F(MainWindowTest, CancelLeavesBehindAWalkThatAShareKeepsWaiting) {
+    tree.File({"a.txt", "stuck/b.txt", "z/c.txt"});
+    std::promise<void> answer;
+    std::shared_future<void> answered = answer.get_future().share();
+    window->Session().SetOpenFolderForTesting(
+        [&, answered](int dirFd, const char* name, int flags) {
+            if (std::string_view(name) == "stuck") {
+                // The share stops answering; meanwhile the user presses Cancel.
+                QMetaObject::invokeMethod(
+                    window.get(), [&] { Find<QPushButton>("cmdSearch")->click(); },
+                    Qt::QueuedConnection);
+                answered.wait();
+            }
+            return openat(dirFd, name, flags);
+        });
+    prompts.answers = {MessageAnswer::Ok};
+    Search(tree.Root(), "*.txt");
+    EXPECT_EQ(prompts.Texts(),
+              QStringList{"The search was cancelled while ' " +
+                          QString::fromStdString(tree.Path("stuck/")) +
+                          " ' did not answer. What was found before it is shown."});
+    EXPECT_EQ(Status(StatusPart::Mode), " Cancelled");
+    QStringList before;
+    for (const std::string& path : ReaddirOrder(tree.Root())) {
+        if (path == tree.Path("stuck/")) {
+            break;
+        }
+        if (EndsWith(path, ".txt")) {
+            before << QString::fromStdString(path);
+        }
+    }
+    EXPECT_EQ(Rows("List1"), before);
+    EXPECT_FALSE(window->IsBusy());
+    answer.set_value();
 }
 
 // Captions and removals are the views' own; here the tabs, the lists and the progress box.

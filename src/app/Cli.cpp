@@ -17,12 +17,16 @@
 #include <atomic>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
+#include <condition_variable>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <set>
 #include <string_view>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -130,8 +134,8 @@ const OptionInfo kOptions[] = {
      QT_TRANSLATE_NOOP("Cli", "trash without asking")},
     {Option::Threads, "threads", 0, "N", kEveryCommand,
      QT_TRANSLATE_NOOP("Cli", "walk on N threads in all: one stores, the others read folders\n"
-                              "ahead (default: one per processor, at most 8); what is found and\n"
-                              "its order are the same")},
+                              "ahead (default: one per processor, at most 8; 33 on a network\n"
+                              "file system); what is found and its order are the same")},
     {Option::Quiet, "quiet", 'q', nullptr, kEveryCommand,
      QT_TRANSLATE_NOOP("Cli", "leave out the closing counts (errors are still said)")},
     {Option::Help, "help", 'h', nullptr, kEveryCommand,
@@ -398,12 +402,28 @@ public:
         }
     }
     void Yield() override {
+        progress_.fetch_add(1, std::memory_order_relaxed);
         if (observer_) {
             observer_->Yield();
         }
         if (catchUp_ && ++yields_ % 1024 == 0) {
             catchUp_();
         }
+    }
+    void Reading(std::string_view parent, std::string_view name) override {
+        progress_.fetch_add(1, std::memory_order_relaxed);
+        const std::lock_guard lock(mutex_);
+        reading_.assign(parent).append(name);
+        if (!name.empty()) {
+            reading_ += '/';
+        }
+    }
+    // How far the walk got: it changes whenever the walk moves on.
+    uint64_t Progress() const { return progress_.load(std::memory_order_relaxed); }
+    // The folder the walk waits on, or last waited on.
+    std::string WaitedOn() {
+        const std::lock_guard lock(mutex_);
+        return reading_;
     }
     // Runs `catchUp` every so many entries the walk examines.
     void SetCatchUp(std::function<void()> catchUp) { catchUp_ = std::move(catchUp); }
@@ -418,7 +438,61 @@ private:
     WalkListener* observer_;
     int count_ = 0;
     std::function<void()> catchUp_;
+    std::atomic<uint64_t> progress_{0};
+    std::mutex mutex_;
+    std::string reading_;
     uint32_t yields_ = 0;
+};
+
+// Says on standard error which folder the walk has been waiting on for a while (a share that
+// stopped answering), once for each wait. The walk goes on waiting: no signal ends a wait on a
+// share, and Ctrl-C ends the search when the call returns.
+class NotAnswering {
+public:
+    NotAnswering(ReadProblems& read, std::FILE* err) : read_(read), err_(err) {
+        thread_ = std::thread([this] { Watch(); });
+    }
+    ~NotAnswering() {
+        {
+            const std::lock_guard lock(mutex_);
+            stop_ = true;
+        }
+        wake_.notify_one();
+        thread_.join();
+    }
+    NotAnswering(const NotAnswering&) = delete;
+    NotAnswering& operator=(const NotAnswering&) = delete;
+
+private:
+    static constexpr auto kPatience = std::chrono::seconds(5);
+
+    void Watch() {
+        uint64_t seen = read_.Progress();
+        auto since = std::chrono::steady_clock::now();
+        bool told = false;
+        std::unique_lock lock(mutex_);
+        while (!wake_.wait_for(lock, std::chrono::milliseconds(250), [this] { return stop_; })) {
+            const auto now = std::chrono::steady_clock::now();
+            if (const uint64_t progress = read_.Progress(); progress != seen) {
+                seen = progress;
+                since = now;
+                told = false;
+            } else if (!told && now - since >= kPatience) {
+                told = true;
+                Say(err_, Text::tr("tallymoor: %1: not answering for %2 seconds; still waiting"),
+                    {read_.WaitedOn(),
+                     std::to_string(
+                         std::chrono::duration_cast<std::chrono::seconds>(now - since).count())});
+            }
+        }
+    }
+
+    ReadProblems& read_;
+    std::FILE* err_;
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    bool stop_ = false;
+    std::thread thread_;
 };
 
 // What the commands take: ROOT, MASK and the options.
@@ -603,6 +677,7 @@ int Search(Request& request, SearchSession& session, CancelFlag& cancel, std::FI
     session.Prepare(request.root, request.options);
     {
         InterruptCancels interrupts(cancel);
+        const NotAnswering watchdog(listener, err);
         session.Run(cancel, &listener);
     }
     if (!session.RootWasFolder() || !session.ResultsAvailable()) {

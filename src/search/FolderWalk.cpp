@@ -212,6 +212,9 @@ bool FolderWalk::ReopenFromAncestor(size_t level) {
 bool FolderWalk::Walk(const std::string& folderPath) {
     levels_.clear();
     rootPath_ = folderPath;
+    if (listener_) {
+        listener_->Reading(folderPath, {});
+    }
     UniqueFd root = OpenRoot(folderPath);
     struct stat st {};
     if (!root || fstat(root.Get(), &st) != 0) {
@@ -454,6 +457,9 @@ uint32_t FolderWalk::StoreFolder(size_t level) {
 bool FolderWalk::Descend(std::string_view name, uint32_t ordinal) {
     const size_t depth = levels_.size() - 1;
     Level child;
+    if (listener_) {
+        listener_->Reading(path_, name);
+    }
     if (readAhead_) {
         FolderReadAhead::Jobs& jobs = levels_[depth].jobs;
         const FolderReadAhead::JobRef job =

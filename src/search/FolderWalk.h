@@ -55,6 +55,10 @@ public:
     // A folder that could not be opened or read, or a kept file whose time could not be read,
     // with errno's reason; the walk goes on without it.
     virtual void NotRead(std::string_view /*path*/, int /*error*/) {}
+    // The walk is about to wait for a folder to be read (a share may keep it waiting): the
+    // subfolder `name` of `parent`, or the root `parent` itself when `name` is empty. What it
+    // waits on until the next call.
+    virtual void Reading(std::string_view /*parent*/, std::string_view /*name*/) {}
 };
 
 // Walks a folder tree depth first, in the order the file system enumerates each folder, and

@@ -106,9 +106,9 @@ void SearchSession::CancelWalk() {
     }
 }
 
-void SearchSession::Collect() {
+bool SearchSession::Collect() {
     if (!walk_) {
-        return;
+        return false;
     }
     {
         const std::lock_guard lock(walk_->finishedMutex);
@@ -133,4 +133,5 @@ void SearchSession::Collect() {
     store_ = std::move(walk_->store);
     resultsAvailable_ = counters_.MatchedCount > 0;
     walk_.reset();
+    return !done;
 }

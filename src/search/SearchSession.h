@@ -38,8 +38,9 @@ public:
     void CancelWalk();
     // Takes the walk's results. A walk that is not done is left behind: what it stored so far
     // is taken at once, and it stores nothing more; its thread ends when the call it waits on
-    // returns. Neither its listener nor `finished` is called after this returns.
-    void Collect();
+    // returns. Neither its listener nor `finished` is called after this returns. True when the
+    // walk was left behind.
+    bool Collect();
     // Tests put a blocking open in the walk Start runs.
     void SetOpenFolderForTesting(FolderWalk::OpenFolderFunction open) {
         testOpen_ = std::move(open);

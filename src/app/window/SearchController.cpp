@@ -41,6 +41,18 @@ public:
             observer_();
         }
     }
+    void Reading(std::string_view parent, std::string_view name) override {
+        const std::lock_guard lock(mutex_);
+        reading_.assign(parent).append(name);
+        if (!name.empty()) {
+            reading_ += '/';
+        }
+    }
+    // The folder the walk waits on, or last waited on.
+    std::string WaitedOn() {
+        const std::lock_guard lock(mutex_);
+        return reading_;
+    }
     // No more calls of the observer: the window has taken the results.
     void Detach() { detached_.store(true, std::memory_order_release); }
 
@@ -71,6 +83,7 @@ private:
     int64_t folderObjects_ = 0;
     int32_t folderMatched_ = 0;
     uint64_t folderSequence_ = 0;
+    std::string reading_;
 };
 
 void SearchController::Cancel() {
@@ -134,7 +147,13 @@ void SearchController::WaitForWalk() {
     }
     walkLoop_ = nullptr;
     listener->Detach();
-    session.Collect();
+    if (session.Collect()) {
+        shared_.prompts.Message(
+            tr("The search was cancelled while ' %1 ' did not answer. What was found before it "
+               "is shown.")
+                .arg(DisplayPath(listener->WaitedOn())),
+            MessageIcon::Information, MessageButtons::Ok);
+    }
 }
 
 void SearchController::CancelWalk() {
