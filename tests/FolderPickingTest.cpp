@@ -3,9 +3,26 @@
 #include "fileops/modBrowse.h"
 #include "settings/modPProfile.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <optional>
 
 namespace {
+
+// GVFS's mounts in a folder of the test's, while it lives: nothing of the host's counts.
+struct RuntimeDir {
+    explicit RuntimeDir(const TestTree& t) {
+        if (const char* now = std::getenv("XDG_RUNTIME_DIR")) {
+            saved = now;
+        }
+        t.Folder("run/gvfs");
+        setenv("XDG_RUNTIME_DIR", t.Path("run").c_str(), 1);
+    }
+    ~RuntimeDir() {
+        saved ? setenv("XDG_RUNTIME_DIR", saved->c_str(), 1) : unsetenv("XDG_RUNTIME_DIR");
+    }
+    std::optional<std::string> saved;
+};
 
 struct PurposeCase {
     int purpose;
@@ -42,6 +59,7 @@ TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
     // clang-format on
     TestTree t;
     t.Folder({"home", "start", "picked"});
+    const RuntimeDir mounts(t);
     modPProfile profile(t.Path("tallymoor.ini"), t.Path("home"));
     profile.Start();
     AppSettings& s = profile.Settings();
@@ -59,11 +77,35 @@ TEST(modBrowse, EveryPurposeHasItsCaptionPromptRootAndMemory) {
         EXPECT_EQ(std::tie(r.caption, r.prompt), std::tie(c.caption, c.prompt)) << c.purpose;
         EXPECT_TRUE(std::string(c.root) != "/" || r.root == "/") << c.purpose;
         EXPECT_EQ(r.places.at(0).path, t.Path("home/")) << "then the file system and the volumes";
-        // purpose 4 always starts at the home folder
-        EXPECT_EQ(r.start, c.purpose == 4 ? t.Path("home/") : t.Path("start")) << c.purpose;
+        // purpose 4 always starts at the home folder; a share is picked among the network
+        // mounts
+        EXPECT_EQ(r.start, c.purpose == 4               ? t.Path("home/")
+                           : std::string(c.root) == "/" ? t.Path("start")
+                                                        : t.Path("run/gvfs"))
+            << c.purpose;
         EXPECT_EQ(profile.ProfileGetString("paths", c.key, ""), t.Path("picked")) << c.purpose;
         EXPECT_EQ(profile.ProfileGetString("paths", "LastCfmBrowseID", ""),
                   std::to_string(c.purpose));
+    }
+}
+
+// The network purposes start among the network mounts (GVFS's, here a folder of the test's):
+// at the share picked last when it is one of them, else at the mounts themselves.
+TEST(modBrowse, NetworkPurposesStartAmongTheNetworkMounts) {
+    TestTree t;
+    t.Folder({"home", "run/gvfs/sftp:host=server/data"});
+    const RuntimeDir mounts(t);
+    modPProfile profile(t.Path("tallymoor.ini"), t.Path("home"));
+    profile.Start();
+    const std::string share = t.Path("run/gvfs/sftp:host=server/data");
+    for (const auto& [remembered, start] :
+         {std::pair{t.Path("home/"), t.Path("run/gvfs")}, {share, share}}) {
+        profile.Settings().LastSourceNetFolder = remembered;
+        ScriptedPrompts prompts;
+        prompts.folders.push_back("");
+        modBrowse::PickFolder(modBrowse::PickPurpose::NetworkShare, true, "", profile, prompts);
+        EXPECT_EQ(prompts.folderRequests.at(0).root, t.Path("run/gvfs"));
+        EXPECT_EQ(prompts.folderRequests.at(0).start, start) << remembered;
     }
 }
 

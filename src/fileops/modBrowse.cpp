@@ -1,6 +1,7 @@
 #include "fileops/modBrowse.h"
 
 #include "platform/Prompts.h"
+#include "search/PathText.h"
 #include "settings/modPProfile.h"
 
 #include <QCoreApplication>
@@ -165,12 +166,18 @@ std::string PickFolder(PickPurpose purpose, bool remember, const std::string& ro
                         MessageButtons::Ok);
         break;
     }
+    const Purpose p = PurposeOf(purpose);
+    const std::string root = RootFolderOf(p.root);
+    // A share is picked among the network mounts: a remembered folder elsewhere (the home
+    // folder of a new settings file) starts the picker there instead.
+    if (p.root == BrowseRoot::Network &&
+        WithTrailingSlash(start).rfind(WithTrailingSlash(root), 0) != 0 && IsFolder(root)) {
+        start = root;
+    }
     if (!IsFolder(start)) {
         start = profile.RootFolder();
     }
-    const Purpose p = PurposeOf(purpose);
-    FolderRequest request{p.caption, p.prompt, RootFolderOf(p.root), start,
-                          StartingPlaces(profile)};
+    FolderRequest request{p.caption, p.prompt, root, start, StartingPlaces(profile)};
     const std::string picked = prompts.PickFolder(request);
     if (!picked.empty() && remember) {
         RememberPickedFolder(purpose, picked, profile);
