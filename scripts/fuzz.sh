@@ -37,5 +37,7 @@ for target in Masks Settings; do
         exit 1
     fi
     grep -m1 "stat::number_of_executed_units" "$work/log" | sed "s/^/fuzz_$target: /"
-    [ "${1:-}" = "--replay" ] && rm -rf "$work"
+    if [ "${1:-}" = "--replay" ]; then
+        rm -rf "$work"
+    fi
 done
