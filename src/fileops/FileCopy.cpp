@@ -502,7 +502,8 @@ void RemoveCopiedFile(int dir, const std::string& name, const std::string& path,
     if (S_ISREG(was.st_mode)) {
         fd.Reset(
             openat(dir, name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC));
-        if (fd && lease.emplace(fd.Get()).InUse()) {
+        if (fd &&
+            lease.emplace(fd.Get(), FileSystemKindOf(fd.Get()) == FileSystemKind::Disk).InUse()) {
             problems.push_back({problems.size(), path, 0, kInUse, {}, kWriterHasIt});
             return;
         }
@@ -629,11 +630,6 @@ static std::optional<CopyOutcome> OpenRegularSource(int sourceDir, const std::st
         }
         return outcome;
     }
-    // What /proc or /sys make up as they are read may not end (a process's page map reads on
-    // for hundreds of gigabytes) and is no file to keep.
-    if (FileSystemKindOf(in.Get()) == FileSystemKind::Pseudo) {
-        return CopyOutcome{CopyResult::NotOnDisk, EINVAL, kNotOnDisk, {}};
-    }
     return std::nullopt;
 }
 
@@ -654,8 +650,14 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
     if (auto early = OpenRegularSource(sourceDir, source, targetDir, target, in, from)) {
         return *early;
     }
+    // What /proc or /sys make up as they are read may not end (a process's page map reads on
+    // for hundreds of gigabytes) and is no file to keep.
+    const FileSystemKind kind = FileSystemKindOf(in.Get());
+    if (kind == FileSystemKind::Pseudo) {
+        return CopyOutcome{CopyResult::NotOnDisk, EINVAL, kNotOnDisk, {}};
+    }
     // Held until the copy has its name: no writer can open the source before then unseen.
-    const ReadLease lease(in.Get(), !(faults && faults->noLeases));
+    const ReadLease lease(in.Get(), kind == FileSystemKind::Disk && !(faults && faults->noLeases));
     const CopyOutcome inUse{CopyResult::InUse, ETXTBSY, kWriterHasIt, {}};
     if (lease.InUse()) {
         return inUse;

@@ -83,10 +83,6 @@ ReadLease::ReadLease(int fd, bool wanted) : fd_(fd), state_(State::Unavailable) 
             signal(SIGIO, SIG_IGN);
         }
     });
-    // A lease on a network or FUSE file system sees only this machine's openers.
-    if (FileSystemKindOf(fd) != FileSystemKind::Disk) {
-        return;
-    }
     if (fcntl(fd, F_SETLEASE, F_RDLCK) == 0) {
         state_ = State::Held;
     } else if (errno == EAGAIN) {

@@ -20,7 +20,8 @@ class ReadLease {
 public:
     enum class State { Held, InUse, Unavailable };
 
-    // `wanted` false: Unavailable without trying.
+    // `wanted` false: Unavailable without trying; so it must be on a network or FUSE file
+    // system, where a lease sees only this machine's openers.
     explicit ReadLease(int fd, bool wanted = true);
     ~ReadLease();
     ReadLease(const ReadLease&) = delete;
