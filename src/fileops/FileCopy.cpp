@@ -597,11 +597,13 @@ std::string JoinPath(const std::string& folder, const std::string& name) {
     return !folder.empty() && folder.back() == '/' ? folder + name : folder + "/" + name;
 }
 
-// Opens `source` for a copy into `target`, as `in` and its status `from`. Nothing when it is a
-// regular file; otherwise how the copy ends: a link copied as a link, or why it cannot be.
+// Opens `source` for a copy into `target`, as `in` with its status `from` and the `kind` of
+// file system it is on. Nothing when it is a regular file on disk; otherwise how the copy ends:
+// a link copied as a link, or why it cannot be.
 static std::optional<CopyOutcome> OpenRegularSource(int sourceDir, const std::string& source,
                                                     int targetDir, const std::string& target,
-                                                    UniqueFd& in, struct stat& from) {
+                                                    UniqueFd& in, struct stat& from,
+                                                    FileSystemKind& kind) {
     // Not following a link, and not blocking, so that a FIFO that looks like a file cannot
     // stop the copy on its open; the type is the descriptor's, not what a name said before.
     in.Reset(openat(sourceDir, source.c_str(),
@@ -630,6 +632,12 @@ static std::optional<CopyOutcome> OpenRegularSource(int sourceDir, const std::st
         }
         return outcome;
     }
+    // What /proc or /sys make up as they are read may not end (a process's page map reads on
+    // for hundreds of gigabytes) and is no file to keep.
+    kind = FileSystemKindOf(in.Get());
+    if (kind == FileSystemKind::Pseudo) {
+        return CopyOutcome{CopyResult::NotOnDisk, EINVAL, kNotOnDisk, {}};
+    }
     return std::nullopt;
 }
 
@@ -647,14 +655,9 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
     }
     UniqueFd in;
     struct stat from {};
-    if (auto early = OpenRegularSource(sourceDir, source, targetDir, target, in, from)) {
+    FileSystemKind kind = FileSystemKind::Disk;
+    if (auto early = OpenRegularSource(sourceDir, source, targetDir, target, in, from, kind)) {
         return *early;
-    }
-    // What /proc or /sys make up as they are read may not end (a process's page map reads on
-    // for hundreds of gigabytes) and is no file to keep.
-    const FileSystemKind kind = FileSystemKindOf(in.Get());
-    if (kind == FileSystemKind::Pseudo) {
-        return CopyOutcome{CopyResult::NotOnDisk, EINVAL, kNotOnDisk, {}};
     }
     // Held until the copy has its name: no writer can open the source before then unseen.
     const ReadLease lease(in.Get(), kind == FileSystemKind::Disk && !(faults && faults->noLeases));
