@@ -151,7 +151,7 @@ TEST(IniFile, ReplacesOnlyARegularFileItReadOrCreatesOneWhereNothingIs) {
              return place(t);
          }, ""},
         {"a link to some other file, with none of our sections: left alone",
-         [&](const TestTree& t) { WriteBytes(t.Path("rc"), "[o]\nalias ll='ls -l'\n"); t.Link("s.ini", "rc"); return place(t); },
+         [&](const TestTree& t) { WriteBytes(t.Path("rc"), "[alias]\nll='ls -l'\n"); t.Link("s.ini", "rc"); return place(t); },
          "cannot be used (it links to a file that holds no settings of this program)"},
         {"a dangling link: its target created",
          [&](const TestTree& t) { t.Link("s.ini", "real.ini"); return place(t); }, ""},
@@ -179,7 +179,7 @@ TEST(IniFile, ReplacesOnlyARegularFileItReadOrCreatesOneWhereNothingIs) {
         struct stat link {};
         stat(path.c_str(), &before);
         const bool wasLink = lstat(path.c_str(), &link) == 0 && S_ISLNK(link.st_mode);
-        IniFile ini(path);
+        IniFile ini(path, {"o"});
         std::vector<std::string> told;
         ini.SetProblemHandler([&](const std::string& problem) { told.push_back(problem); });
         ini.WriteString("o", "k", "v");

@@ -139,15 +139,16 @@ int ReadWhole(int fd, std::string& bytes) {
     }
 }
 
-// Whether the lines are empty or name one of the program's sections.
-bool HoldsOurSection(const std::vector<std::string>& lines) {
+// Whether the lines are empty or name one of `sections`.
+bool HoldsOneOf(const std::vector<std::string>& lines, const std::vector<std::string>& sections) {
     bool empty = true;
     for (const std::string& line : lines) {
         empty = empty && TrimSpacesAndTabs(line).empty();
-        const auto name = SectionName(line);
-        for (const char* ours : {"windows", "paths", "options", "masks", "custom"}) {
-            if (name && SameName(*name, ours)) {
-                return true;
+        if (const auto name = SectionName(line)) {
+            for (const std::string& ours : sections) {
+                if (SameName(*name, ours)) {
+                    return true;
+                }
             }
         }
     }
@@ -270,7 +271,8 @@ std::string Said(const char* words, const std::string& path, const std::string& 
 
 } // namespace
 
-IniFile::IniFile(std::string path) : path_(std::move(path)) {
+IniFile::IniFile(std::string path, std::vector<std::string> ownSections)
+    : path_(std::move(path)), ownSections_(std::move(ownSections)) {
 }
 
 void IniFile::Problem(const std::string& text) const {
@@ -342,7 +344,8 @@ void IniFile::LoadIfChanged() const {
         return; // still no file: the lines in memory stand
     }
     std::vector<std::string> lines = SplitLines(bytes);
-    if (!vetted_ && target.path != path_ && !HoldsOurSection(lines)) {
+    if (!vetted_ && target.path != path_ && !ownSections_.empty() &&
+        !HoldsOneOf(lines, ownSections_)) {
         // A link to a file kept elsewhere (as dotfile managers make them) is written through;
         // one to some other file, not empty and with none of our sections, is not ours to change.
         giveUp(kCannotBeUsed, QT_TRANSLATE_NOOP("Remark", "it links to a file that holds no "
@@ -405,7 +408,8 @@ void IniFile::RewriteSection(std::string_view section,
            rewrite = std::move(rewrite)](std::vector<std::string>& lines) {
         Entries now;
         if (const auto header = FindSection(lines, section)) {
-            for (size_t i = *header + 1; i < SectionEnd(lines, *header); ++i) {
+            const size_t end = SectionEnd(lines, *header);
+            for (size_t i = *header + 1; i < end; ++i) {
                 if (const auto name = KeyName(lines[i])) {
                     now.emplace_back(*name, *ReadValue(lines, *header, *name));
                 }

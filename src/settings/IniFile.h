@@ -30,8 +30,9 @@
 // written, and that too is told once.
 class IniFile {
 public:
-    // Touches nothing until first used.
-    explicit IniFile(std::string path);
+    // Touches nothing until first used. `ownSections`: the sections a file of this kind holds;
+    // a link that leads to a file with none of them, not empty, is some other file, left alone.
+    explicit IniFile(std::string path, std::vector<std::string> ownSections = {});
 
     const std::string& Path() const { return path_; }
     // Whether a settings file is there and was read.
@@ -114,6 +115,7 @@ private:
     void Problem(const std::string& text) const;
 
     std::string path_;
+    std::vector<std::string> ownSections_;
     mutable std::vector<std::string> lines_;
     mutable std::optional<Signature> loaded_; // the file the lines were read from (size -1: none)
     mutable bool memoryOnly_ = false;

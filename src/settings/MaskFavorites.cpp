@@ -63,21 +63,19 @@ std::vector<std::string> MaskFavorites::Merge(const std::vector<std::string>& di
     return merged.ShowsPlaceholder() ? std::vector<std::string>() : merged.entries_;
 }
 
-void MaskFavorites::Save(modPProfile& profile) {
-    if (entries_[0] == kPlaceholder) {
-        return;
-    }
-    const std::vector<std::string> base = loaded_;
-    const std::vector<std::string> mine = entries_;
+void MaskFavorites::WriteMerged(modPProfile& profile, std::vector<std::string> base,
+                                std::vector<std::string> mine, Order order) {
     profile.File().RewriteSection(
-        "masks", [base, mine](const IniFile::Entries& now) -> std::optional<IniFile::Entries> {
+        "masks",
+        [base = std::move(base), mine = std::move(mine),
+         order](const IniFile::Entries& now) -> std::optional<IniFile::Entries> {
             std::vector<std::string> disk;
             for (const auto& entry : now) {
                 disk.push_back(entry.second);
             }
-            const auto merged = Merge(disk, base, mine, Order::Disk);
-            if (merged.empty() || merged == disk) {
-                return std::nullopt; // nothing to add: what is there stays as it is
+            const auto merged = Merge(disk, base, mine, order);
+            if (merged == disk || (merged.empty() && order == Order::Disk)) {
+                return std::nullopt; // what is there stays as it is
             }
             IniFile::Entries entries;
             for (size_t i = 0; i < merged.size(); ++i) {
@@ -85,6 +83,13 @@ void MaskFavorites::Save(modPProfile& profile) {
             }
             return entries;
         });
+}
+
+void MaskFavorites::Save(modPProfile& profile) {
+    if (entries_[0] == kPlaceholder) {
+        return;
+    }
+    WriteMerged(profile, loaded_, entries_, Order::Disk);
     loaded_ = entries_;
 }
 

@@ -44,6 +44,10 @@ public:
     static std::vector<std::string> Merge(const std::vector<std::string>& disk,
                                           const std::vector<std::string>& base,
                                           const std::vector<std::string>& mine, Order order);
+    // Writes [masks] as that merge with the list on disk when it is written (under the lock);
+    // a merge that changes nothing writes nothing, nor does an empty one in the disk's order.
+    static void WriteMerged(modPProfile& profile, std::vector<std::string> base,
+                            std::vector<std::string> mine, Order order);
 
     // `AddMaskFavorite`, after every search: the trimmed mask joins the list unless it is
     // "*.*" or "*.*;" or already there (compared trimmed and lower-cased).

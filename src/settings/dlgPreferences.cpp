@@ -491,19 +491,7 @@ void dlgPreferences::CommitMasks() {
     for (int row = 0; row < lstMasks->count(); ++row) {
         mine.push_back(lstMasks->item(row)->text().toStdString());
     }
-    profile_.File().RewriteSection(
-        "masks", [base = masksLoaded_, mine](const IniFile::Entries& now) {
-            std::vector<std::string> disk;
-            for (const auto& entry : now) {
-                disk.push_back(entry.second);
-            }
-            IniFile::Entries entries;
-            for (const std::string& mask :
-                 MaskFavorites::Merge(disk, base, mine, MaskFavorites::Order::Mine)) {
-                entries.emplace_back("mask" + std::to_string(entries.size() + 1), mask);
-            }
-            return std::optional(entries);
-        });
+    MaskFavorites::WriteMerged(profile_, masksLoaded_, std::move(mine), MaskFavorites::Order::Mine);
     masksChanged_ = false;
     if (masksCommitted_) {
         masksCommitted_();

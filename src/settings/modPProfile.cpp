@@ -155,7 +155,8 @@ const std::array<const char*, 10> modPProfile::kHeader = {
 };
 
 modPProfile::modPProfile(std::string settingsPath, std::string home)
-    : file_(std::move(settingsPath)), home_(std::move(home)) {
+    : file_(std::move(settingsPath), {kWindows, kPaths, kOptions, kMasks, kCustom}),
+      home_(std::move(home)) {
 }
 
 std::string modPProfile::RootFolder() const {
