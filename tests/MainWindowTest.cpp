@@ -183,7 +183,9 @@ TEST_F(MainWindowTest, CancelAndCloseDuringTheWalkKeepWhatWasFound) {
     for (int i = 0; i < 3000; ++i) {
         tree.File("d" + std::to_string(i % 30) + "/f" + std::to_string(i) + ".txt");
     }
-    // The Cancel button, then closing the window, each while the store fills.
+    // The Cancel button, then closing the window, each while the store fills; the walk is not
+    // left behind, however long it takes to stop.
+    window->Search().SetCancelGraceForTesting(24 * 3600 * 1000);
     for (const bool closing : {false, true}) {
         int yields = 0;
         // On the walk's thread; what it does to the window runs on the window's, while the walk
@@ -232,6 +234,7 @@ TEST_F(MainWindowTest, CancelLeavesBehindAWalkThatAShareKeepsWaiting) {
             }
             return openat(dirFd, name, flags);
         });
+    window->Search().SetCancelGraceForTesting(0); // it never stops by itself here
     prompts.answers = {MessageAnswer::Ok};
     Search(tree.Root(), "*.txt");
     EXPECT_EQ(prompts.Texts(),

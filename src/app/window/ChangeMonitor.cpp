@@ -57,12 +57,13 @@ void ChangeMonitor::Watch(const SearchSession& session) {
     // window when it is done, and a watch begun since makes the word stale.
     QMetaObject::invokeMethod(
         &window_,
-        [this, folders = FolderPaths(session.Store()), added, generation = generation_]() mutable {
+        [this, &session, added, generation = generation_] {
             if (generation != generation_) {
                 added->set_value();
                 return;
             }
-            watch_->Start(std::move(folders), [this, added, generation] {
+            // The same search still (a new one makes the word stale): its store stands.
+            watch_->Start(FolderPaths(session.Store()), [this, added, generation] {
                 QMetaObject::invokeMethod(
                     &window_, [this, generation] { Added(generation); }, Qt::QueuedConnection);
                 added->set_value();

@@ -160,7 +160,7 @@ void SearchController::CancelWalk() {
     if (walkLoop_ != nullptr && !cancelling_) {
         cancelling_ = true;
         shared_.session.CancelWalk();
-        QTimer::singleShot(kCancelGrace, walkLoop_, [this] {
+        QTimer::singleShot(cancelGrace_, walkLoop_, [this] {
             cancelling_ = false;
             if (walkLoop_ != nullptr) {
                 walkLoop_->quit();

@@ -20,6 +20,9 @@ public:
     bool Searching() const { return searching_; }
     // Cancels the search or the command running (the close box, for one).
     void Cancel();
+    // How long a cancelled walk is given to stop by itself before it is left behind; tests
+    // give it no time, or all the time there is.
+    void SetCancelGraceForTesting(int milliseconds) { cancelGrace_ = milliseconds; }
     // Runs whenever the walk yields, on the walk's own thread (tests cancel or close from here,
     // running that on the window's thread and waiting for it).
     void SetWalkObserver(std::function<void()> observer) { walkObserver_ = std::move(observer); }
@@ -45,6 +48,7 @@ private:
     WindowContext& shared_;
     bool searching_ = false;
     bool cancelling_ = false;
+    int cancelGrace_ = kCancelGrace;
     QEventLoop* walkLoop_ = nullptr; // while a walk runs
     std::function<void()> walkObserver_;
 };
