@@ -17,6 +17,7 @@
 #include <QTimer>
 #include <atomic>
 #include <mutex>
+#include <optional>
 
 // Keeps what the walk last told, on the walk's thread, for the window's thread to show when it
 // next looks: formatting a text for every folder would cost more than the walk.
@@ -110,7 +111,7 @@ void SearchController::ButtonClicked() {
     window_.SetBusy(true);
     shared_.status.Set(StatusPart::Message, tr("Searching..."));
 
-    WaitForWalk();
+    const std::optional<std::string> notAnswering = WaitForWalk();
     if (shared_.session.ResultsAvailable()) {
         ShowMatches();
     } else {
@@ -120,12 +121,20 @@ void SearchController::ButtonClicked() {
     searching_ = false;
     window_.SetBusy(false);
     window_.Results().ResetPlaceholder();
+    if (notAnswering) {
+        shared_.prompts.Message(
+            tr("The search was cancelled while ' %1 ' did not answer. What was found before it "
+               "is shown.")
+                .arg(DisplayPath(*notAnswering)),
+            MessageIcon::Information, MessageButtons::Ok);
+    }
 }
 
 // The walk runs on a thread of its own; this one keeps the window alive, shows the walk's
 // status as it goes, and answers Cancel, Escape and the close box. A walk that does not stop
-// soon after a cancel (its share does not answer) is left behind with what it found.
-void SearchController::WaitForWalk() {
+// soon after a cancel (its share does not answer) is left behind with what it found: the
+// folder it waits on is returned.
+std::optional<std::string> SearchController::WaitForWalk() {
     SearchSession& session = shared_.session;
     const auto listener = std::make_shared<StatusListener>(walkObserver_);
     QEventLoop loop;
@@ -148,12 +157,9 @@ void SearchController::WaitForWalk() {
     walkLoop_ = nullptr;
     listener->Detach();
     if (session.Collect()) {
-        shared_.prompts.Message(
-            tr("The search was cancelled while ' %1 ' did not answer. What was found before it "
-               "is shown.")
-                .arg(DisplayPath(listener->WaitedOn())),
-            MessageIcon::Information, MessageButtons::Ok);
+        return listener->WaitedOn();
     }
+    return std::nullopt;
 }
 
 void SearchController::CancelWalk() {

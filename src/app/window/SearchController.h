@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 #include <functional>
+#include <optional>
+#include <string>
 
 class QEventLoop;
 class frmMain;
@@ -37,7 +39,7 @@ private:
 
     // Empties the window of the last results; false when the mask is refused.
     bool Prepare();
-    void WaitForWalk();
+    std::optional<std::string> WaitForWalk();
     void CancelWalk();
     void ShowNoMatches();
     void ShowMatches();
