@@ -108,7 +108,8 @@ protected:
                 [] {},
                 {},
                 nullptr,
-                &faults};
+                &faults,
+                {}};
     }
     DeleteOutcome Run() {
         CommandContext context = Context();

@@ -64,6 +64,9 @@ public:
     // Takes the item out of the (temporary) test tree, unless a refusal is set up for it.
     std::string MoveToTrash(const std::string& path) override {
         Record("trash", path);
+        if (beforeTrash) {
+            beforeTrash(path);
+        }
         if (auto refusal = trashRefusals.find(path); refusal != trashRefusals.end()) {
             return refusal->second;
         }
@@ -76,6 +79,7 @@ public:
 
     std::vector<std::string> calls;
     std::map<std::string, std::string> trashRefusals;
+    std::function<void(const std::string&)> beforeTrash; // a share that stops answering
 
 private:
     bool Record(const char* verb, const std::string& path) {

@@ -1,5 +1,6 @@
 #include "WindowFixture.h"
 #include "analysis/Census.h"
+#include "fileops/CommandThread.h"
 #include "fileops/dlgCopyErr.h"
 
 #include <QCheckBox>
@@ -8,6 +9,7 @@
 #include <QHeaderView>
 #include <QTableWidget>
 #include <QTimer>
+#include <future>
 #include <sys/stat.h>
 
 namespace {
@@ -75,6 +77,39 @@ TEST_F(WindowCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
     EXPECT_EQ(Status(StatusPart::Message), " Ready! (The list has changed - rescan recommended.)")
         << "the program's own change is told as commands tell it, and nothing more";
     EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "&Begin Search");
+}
+
+// A share that stops answering holds the command's own thread, not the window: Cancel leaves
+// that thread behind, says which file did not answer, and nothing after it is done.
+TEST_F(WindowCommandsTest, ACancelledCommandStuckInACallIsLeftBehind) {
+    tree.File({"a.txt", "b.txt"});
+    profile->Settings().AutoRescanAfterAction = true;
+    profile->Settings().ConfirmOnEachFileDelete = false;
+    Search(tree.Root(), "*.txt");
+    const QStringList found = Rows("List1");
+    std::promise<void> shareAnswers;
+    const std::shared_future<void> answered = shareAnswers.get_future().share();
+    desktop.beforeTrash = [&](const std::string&) {
+        cancel.Raise(); // the user's Cancel while the call waits
+        answered.wait();
+    };
+    CommandThread::SetGraceForTesting(0);
+    SelectRows({0, 1});
+    Key(Find<QTreeView>("List1"), Qt::Key_Delete);
+    prompts.answers = {MessageAnswer::Yes, MessageAnswer::Ok};
+    RunPendingCommand();
+    EXPECT_EQ(prompts.Texts(),
+              QStringList({"Are you sure you want to delete both selected files?",
+                           "The command was cancelled while ' " + found[1] +
+                               " ' did not answer. What was done before it stays done."}));
+    EXPECT_EQ(Status(StatusPart::Message), " Ready! (The list has changed - rescan recommended.)")
+        << "no rescan of a share that does not answer";
+    EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "&Begin Search");
+    shareAnswers.set_value();
+    CommandThread::WaitForAllForTesting();
+    CommandThread::SetGraceForTesting(CommandThread::kGraceTicks);
+    EXPECT_EQ(desktop.calls, std::vector<std::string>{"trash " + found[1].toStdString()});
+    EXPECT_TRUE(Exists(found[0].toStdString())) << "the cancelled command went no further";
 }
 
 // Every view of a folders-only search lists folders: a type view's too.

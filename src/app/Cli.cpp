@@ -948,7 +948,10 @@ int RunFileCommand(const Request& request, const SearchSession& session, CancelF
                            [&](std::string_view path) {
                                out.WriteName(path);
                                out.Put(end);
-                           }};
+                           },
+                           nullptr,
+                           nullptr,
+                           {}};
     std::vector<SkippedItem> notProcessed;
     {
         InterruptCancels interrupts(cancel);

@@ -46,10 +46,17 @@ bool SameFile(const std::string& a, const std::string& b) {
     return StatItem(a, x) && StatItem(b, y) && x.st_dev == y.st_dev && x.st_ino == y.st_ino;
 }
 
+void Working(const CommandContext& context, const std::string& path) {
+    if (context.working) {
+        context.working(path);
+    }
+}
+
 // A folder copy's or move's reach: the prompts for names already there, the trash for what a
 // Replace takes away.
 TreeCopyContext TreeContext(CommandContext& context) {
-    TreeCopyContext tree{context.cancel, context.progress, context.yield, {}, {}, context.faults};
+    TreeCopyContext tree{context.cancel, context.progress, context.yield, {}, {},
+                         context.faults, context.working};
     tree.conflict = [&context](const std::string& existing, const std::string& source) {
         return context.prompts.AskConflict(ConflictQuestion(existing, source));
     };
@@ -249,6 +256,7 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
             context.yield();
         }
         const std::string& path = selection[position].path;
+        Working(context, path);
         if (!Exists(path)) {
             run.Skip(position, QT_TRANSLATE_NOOP("Remark", "file doesn't exist"));
         } else {
@@ -279,6 +287,7 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
 
 bool DeleteFolder(const std::string& folder, CommandContext& context) {
     std::string reason;
+    Working(context, folder);
     if (!IsFolder(folder)) {
         reason = QT_TRANSLATE_NOOP("Remark", "it is not a folder any more");
     } else {
@@ -359,6 +368,7 @@ void CopyItem(size_t slot, const SelectedItem& item, const CopyTarget& into,
         outcome.notProcessed.push_back(
             {slot, item.path, item.lastWriteTime, remark, target, reason});
     };
+    Working(context, item.path);
     const ItemAt source = OpenItem(item.path);
     struct stat st {};
     if (!source ||
@@ -457,6 +467,7 @@ bool CopyFolder(const std::string& folder, const std::string& destination, Pendi
             copied ? (contents ? Text::tr("Contents copied") : Text::tr("Folder copied"))
                    : (contents ? Text::tr("Contents not copied") : Text::tr("Folder not copied")));
     };
+    Working(context, folder);
     if (!IsFolder(folder)) {
         finish(false);
         return false;
@@ -483,6 +494,7 @@ bool CopyFolder(const std::string& folder, const std::string& destination, Pendi
 bool MoveFolder(const std::string& folder, const std::string& destination, CommandContext& context,
                 std::vector<SkippedItem>& notProcessed) {
     MoveOutcome outcome;
+    Working(context, folder);
     if (IsFolder(folder)) {
         TreeCopyContext tree = TreeContext(context);
         const FolderProgress window(context.progress);

@@ -67,6 +67,7 @@ struct CommandContext {
     std::function<void(std::string_view)> handled; // hears each item trashed, or each copy made
     Progress* progress = nullptr;                  // the progress window, when there is one
     const CopyFaults* faults = nullptr;            // faults a test puts into copies
+    std::function<void(std::string_view)> working; // hears each item before it is touched
 };
 
 // The question a command asks before it runs, by its confirmation setting and the number of

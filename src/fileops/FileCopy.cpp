@@ -355,6 +355,9 @@ private:
 
     void Entry(int sourceDir, const std::string& name, const std::string& sourcePath, int targetDir,
                const std::string& targetName, const std::string& targetPath) {
+        if (c_.working) {
+            c_.working(sourcePath);
+        }
         struct stat st {};
         if (fstatat(sourceDir, name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
             Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "source file not found"),
@@ -798,6 +801,9 @@ static MoveOutcome MoveByCopy(const ItemAt& from, const ItemAt& to, const std::s
         identities[{identity.device, identity.inode}] = identity;
     }
     MoveOutcome moved{MoveResult::Moved, {}, {}};
+    if (context.working) {
+        context.working(source);
+    }
     RemoveMoved(fromFd.Get(), into.Get(), source, identities, moved.problems);
     if (moved.problems.empty() &&
         unlinkat(from.folder.Get(), from.name.c_str(), AT_REMOVEDIR) != 0) {

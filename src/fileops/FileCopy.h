@@ -81,6 +81,7 @@ struct TreeCopyContext {
     // Sends what a Replace takes away to the trash: "" when it went, else why not.
     std::function<std::string(const std::string& path)> trash;
     const CopyFaults* faults = nullptr;
+    std::function<void(std::string_view path)> working; // hears each item before it is touched
 };
 
 struct TreeOutcome {

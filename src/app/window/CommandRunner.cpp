@@ -7,6 +7,7 @@
 #include "app/window/SearchRequest.h"
 #include "app/window/TypeCommands.h"
 #include "app/window/WindowContext.h"
+#include "fileops/CommandThread.h"
 #include "fileops/dlgCopyErr.h"
 #include "fileops/dlgProgress.h"
 #include "platform/CancelFlag.h"
@@ -17,6 +18,7 @@
 #include "settings/modPProfile.h"
 
 #include <QCoreApplication>
+#include <QFont>
 #include <QFontMetrics>
 #include <QLabel>
 #include <QTimer>
@@ -38,13 +40,15 @@ void CommandRunner::Request(PendingAction action) {
 
 void CommandRunner::TimerFired() {
     Timer1->stop();
+    leftBehind_ = false;
     if (!Run(pending_)) {
         shared_.status.Set(StatusPart::Message, tr("Ready!"));
         return;
     }
     // The census counted a disk that is no longer so.
     window_.Types().UnloadCensus();
-    if (!shared_.profile.Settings().AutoRescanAfterAction) {
+    // A rescan would wait on the share that did not answer.
+    if (!shared_.profile.Settings().AutoRescanAfterAction || leftBehind_) {
         shared_.status.Set(StatusPart::Message, ChangedListText());
         return;
     }
@@ -78,35 +82,65 @@ bool CommandRunner::Run(PendingAction action) {
 }
 
 CommandContext CommandRunner::Context() {
-    return CommandContext{
-        shared_.profile.Settings(),
-        shared_.prompts,
-        shared_.desktop,
-        shared_.cancel,
-        shared_.status,
-        [this] { shared_.yield.Yield(); },
-        [this](std::string_view path) {
-            // Shortened in its middle to fit the message part after "Deleting ".
-            const QLabel* part = window_.MessagePart();
-            const QFontMetrics metrics = part->fontMetrics();
-            const int room =
-                part->contentsRect().width() -
-                metrics.horizontalAdvance(
-                    QCoreApplication::translate("FileCommands", "Deleting %1").arg(QString())) -
-                8;
-            return metrics.elidedText(DisplayPath(path), Qt::ElideMiddle, std::max(room, 40));
-        },
-        [this](std::string_view path) {
-            window_.Results().RemoveFromViews(path, window_.Request().Mask());
-        },
-        [this] {
-            window_.SetBusy(true);
-            running_ = true;
-            shared_.status.State(QStringLiteral("save&clear"));
-            window_.Request().ShowRunning(true);
-        },
-        {},
-        shared_.progress};
+    // Shortened in its middle to fit the message part after "Deleting ". The command's thread
+    // measures with a font of its own, made from the label's.
+    const QLabel* part = window_.MessagePart();
+    const int room =
+        part->contentsRect().width() -
+        part->fontMetrics().horizontalAdvance(
+            QCoreApplication::translate("FileCommands", "Deleting %1").arg(QString())) -
+        8;
+    const QString font = part->font().toString();
+    return CommandContext{shared_.profile.Settings(),
+                          shared_.prompts,
+                          shared_.desktop,
+                          shared_.cancel,
+                          shared_.status,
+                          [this] { shared_.yield.Yield(); },
+                          [font, room](std::string_view path) {
+                              QFont own;
+                              own.fromString(font);
+                              return QFontMetrics(own).elidedText(
+                                  DisplayPath(path), Qt::ElideMiddle, std::max(room, 40));
+                          },
+                          [this](std::string_view path) {
+                              window_.Results().RemoveFromViews(path, window_.Request().Mask());
+                          },
+                          [this] {
+                              window_.SetBusy(true);
+                              running_ = true;
+                              shared_.status.State(QStringLiteral("save&clear"));
+                              window_.Request().ShowRunning(true);
+                          },
+                          {},
+                          shared_.progress,
+                          nullptr,
+                          {}};
+}
+
+// The command's calls run on a thread of their own, so that a share that stops answering
+// holds no more than that thread; the window waits here with its event loop running. Nothing
+// when the command was left behind in a call that did not return: the user is told which.
+template <class Result>
+std::optional<Result> CommandRunner::OffThread(const CommandContext& context,
+                                               std::function<Result(CommandContext&)> body) {
+    const auto thread = CommandThread::Make(shared_.cancel);
+    const auto threaded = ThreadedContext::Make(thread, context);
+    const auto result = std::make_shared<Result>();
+    if (thread->Run(
+            [threaded, result, body = std::move(body)] { *result = body(threaded->Context()); })) {
+        return std::move(*result);
+    }
+    NotAnswering(thread->WaitedOn());
+    return std::nullopt;
+}
+
+void CommandRunner::NotAnswering(const std::string& path) {
+    leftBehind_ = true;
+    shared_.prompts.Message(tr("The command was cancelled while ' %1 ' did not answer. What was "
+                               "done before it stays done.")
+                                .arg(DisplayPath(path)),
+                            MessageIcon::Information, MessageButtons::Ok);
 }
 
 void CommandRunner::Ended() {
@@ -135,13 +169,14 @@ bool CommandRunner::DeleteFiles() {
     if (!PrepareDelete(PendingAction::DeleteFiles, results.SelectedPaths(), context)) {
         return false;
     }
-    const DeleteOutcome outcome = DeleteSelectedFiles(selection, context);
+    const std::optional<DeleteOutcome> outcome = OffThread<DeleteOutcome>(
+        context, [selection](CommandContext& c) { return DeleteSelectedFiles(selection, c); });
     results.UpdateSelectedCount();
-    if (!outcome.notProcessed.empty()) {
-        ShowNotProcessed(PendingAction::DeleteFiles, outcome.notProcessed);
+    if (outcome && !outcome->notProcessed.empty()) {
+        ShowNotProcessed(PendingAction::DeleteFiles, outcome->notProcessed);
     }
     Ended();
-    return outcome.changed;
+    return !outcome || outcome->changed;
 }
 
 std::optional<std::string>
@@ -162,13 +197,23 @@ bool CommandRunner::CopyFiles() {
     if (!destination) {
         return false;
     }
-    const CopyFilesOutcome outcome = CopySelectedFiles(selection, *destination, context);
-    if (!outcome.notProcessed.empty()) {
-        ShowNotProcessed(PendingAction::CopyFiles, outcome.notProcessed);
+    const std::optional<CopyFilesOutcome> outcome =
+        OffThread<CopyFilesOutcome>(context, [selection, to = *destination](CommandContext& c) {
+            return CopySelectedFiles(selection, to, c);
+        });
+    if (outcome && !outcome->notProcessed.empty()) {
+        ShowNotProcessed(PendingAction::CopyFiles, outcome->notProcessed);
     }
     Ended();
-    return outcome.changed;
+    return !outcome || outcome->changed;
 }
+
+namespace {
+struct FolderOutcome {
+    bool changed = false;
+    std::vector<SkippedItem> notProcessed;
+};
+} // namespace
 
 bool CommandRunner::FolderCommand(PendingAction command) {
     shared_.cancel.Lower();
@@ -181,18 +226,21 @@ bool CommandRunner::FolderCommand(PendingAction command) {
     if (!destination) {
         return false;
     }
-    std::vector<SkippedItem> notProcessed;
-    const bool changed =
-        command == PendingAction::MoveFolder
-            ? MoveFolder(selected.front(), *destination, context, notProcessed)
-            : CopyFolder(selected.front(), *destination, command, context, notProcessed);
-    const QString outcome = shared_.status.Text(StatusPart::Message);
-    if (!notProcessed.empty()) {
-        ShowNotProcessed(command, notProcessed);
+    const std::optional<FolderOutcome> outcome = OffThread<FolderOutcome>(
+        context, [command, folder = selected.front(), to = *destination](CommandContext& c) {
+            FolderOutcome done;
+            done.changed = command == PendingAction::MoveFolder
+                               ? MoveFolder(folder, to, c, done.notProcessed)
+                               : CopyFolder(folder, to, command, c, done.notProcessed);
+            return done;
+        });
+    const QString message = shared_.status.Text(StatusPart::Message);
+    if (outcome && !outcome->notProcessed.empty()) {
+        ShowNotProcessed(command, outcome->notProcessed);
     }
     Ended();
-    shared_.status.Set(StatusPart::Message, outcome.trimmed());
-    return changed;
+    shared_.status.Set(StatusPart::Message, message.trimmed());
+    return !outcome || outcome->changed;
 }
 
 bool CommandRunner::DeleteFolder() {
@@ -202,9 +250,12 @@ bool CommandRunner::DeleteFolder() {
     if (selected.size() != 1 || !PrepareDelete(PendingAction::DeleteFolder, selected, context)) {
         return false;
     }
-    const bool deleted = ::DeleteFolder(selected.front(), context);
-    const QString outcome = shared_.status.Text(StatusPart::Message);
+    const std::optional<bool> deleted =
+        OffThread<bool>(context, [folder = selected.front()](CommandContext& c) {
+            return ::DeleteFolder(folder, c);
+        });
+    const QString message = shared_.status.Text(StatusPart::Message);
     Ended();
-    shared_.status.Set(StatusPart::Message, outcome.trimmed());
-    return deleted;
+    shared_.status.Set(StatusPart::Message, message.trimmed());
+    return !deleted || *deleted;
 }

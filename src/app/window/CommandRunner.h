@@ -3,6 +3,7 @@
 #include "fileops/FileCommands.h"
 
 #include <QCoreApplication>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,6 +30,10 @@ public:
 private:
     bool Run(PendingAction action);
     CommandContext Context();
+    template <class Result>
+    std::optional<Result> OffThread(const CommandContext& context,
+                                    std::function<Result(CommandContext&)> body);
+    void NotAnswering(const std::string& path);
     void Ended();
     void ShowNotProcessed(PendingAction command, const std::vector<SkippedItem>& items);
     bool DeleteFiles();
@@ -46,4 +51,5 @@ private:
     QTimer* Timer1;
     PendingAction pending_ = PendingAction::None;
     bool running_ = false;
+    bool leftBehind_ = false; // the last command did not end: its thread waits on a call
 };
