@@ -2,6 +2,7 @@
 #include "TestTree.h"
 #include "output/ClipboardExport.h"
 #include "output/ListSaving.h"
+#include "platform/CancelFlag.h"
 #include "output/TextFile.h"
 #include "search/FileDataArray.h"
 
@@ -79,6 +80,17 @@ TEST(ListSaving, SaveAllWritesEverySlotButTheLast) {
     EXPECT_EQ(ReadBytes(t.Path("l.txt")), "A\r\nb\r\n\xff\r\n");
     EXPECT_EQ(WriteLines(t.Path("l.txt"), {"b", "A"}, false), "");
     EXPECT_EQ(ReadBytes(t.Path("l.txt")), "b\r\nA\r\n");
+    // Told to stop (its thread was left behind), a write reads no more and leaves nothing.
+    FileDataArray store;
+    Fill(store, {"a", "b", "c"});
+    Recorded progress;
+    WriteProgress hooks = progress.Hooks();
+    CancelFlag stop;
+    stop.Raise();
+    hooks.stop = &stop;
+    EXPECT_EQ(WriteResultsUnsorted(store, t.Path("s.txt"), hooks),
+              "Cannot write " + t.Path("s.txt") + ": Operation canceled");
+    EXPECT_EQ(ReaddirOrder(t.Root()), std::vector<std::string>{t.Path("l.txt")});
 }
 
 TEST(ClipboardExport, TextAndTheDotsOnTheStatusLine) {

@@ -57,16 +57,11 @@ std::string WriteCensusReport(const std::string& path, TextFile::Mode mode,
     return file.Error();
 }
 
-std::string WriteTypeExport(const std::string& path, const FileDataArray& store,
-                            std::string_view extension) {
-    TextFile file;
-    if (!file.Open(path, TextFile::Mode::Replace)) {
-        return file.Error();
-    }
+std::vector<std::string> TypeExportLines(const FileDataArray& store, std::string_view extension) {
+    std::vector<std::string> lines;
     PathComposer composer(store);
     for (const int32_t record : RecordsOfExtension(store, extension)) {
-        file.WriteLine(composer.FullPath(record));
+        lines.emplace_back(composer.FullPath(record));
     }
-    file.Close();
-    return file.Error();
+    return lines;
 }

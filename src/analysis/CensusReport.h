@@ -21,7 +21,6 @@ std::string WriteCensusReport(const std::string& path, TextFile::Mode mode,
                               const std::vector<CensusType>& shown, std::string_view rootPath,
                               std::string_view maskText);
 
-// Writes the full path of every record whose extension is exactly `extension`, in store order
-// (replacing the file, which the user agreed to).
-std::string WriteTypeExport(const std::string& path, const FileDataArray& store,
-                            std::string_view extension);
+// The full path of every record whose extension is exactly `extension`, in store order: the
+// lines of a type's export.
+std::vector<std::string> TypeExportLines(const FileDataArray& store, std::string_view extension);

@@ -2,6 +2,8 @@
 
 #include "analysis/CensusReport.h"
 #include "analysis/LetterMenu.h"
+#include "fileops/CommandThread.h"
+#include "output/ListSaving.h"
 #include "output/modFileDialog.h"
 #include "platform/EventYield.h"
 #include "platform/Progress.h"
@@ -393,6 +395,11 @@ std::string dlgStarDotStar::AskForFile(const std::string& defaultName) {
                                            false);
 }
 
+void dlgStarDotStar::reject() {
+    stop_.Raise();
+    QDialog::reject();
+}
+
 void dlgStarDotStar::ReportError(const std::string& error) {
     if (!error.empty()) {
         prompts_.Message(QString::fromStdString(error), MessageIcon::Critical, MessageButtons::Ok);
@@ -407,8 +414,12 @@ void dlgStarDotStar::SaveCensusReport() {
     }
     const std::string path = AskForFile(CensusReportFileName(census_.FilterIndex()));
     if (!path.empty()) {
-        ReportError(WriteCensusReport(path, TextFile::Mode::Replace, census_.Shown(), rootPath_,
-                                      maskText_));
+        stop_.Lower();
+        ReportError(WriteOffThread(
+            stop_, path,
+            [path, shown = census_.Shown(), root = rootPath_, mask = maskText_](CommandThread&) {
+                return WriteCensusReport(path, TextFile::Mode::Replace, shown, root, mask);
+            }));
     }
 }
 
@@ -420,7 +431,12 @@ void dlgStarDotStar::ExportSelectedType() {
     const std::string extension = ExtensionOf(selected.front());
     const std::string path = AskForFile(TypeExportFileName(extension));
     if (!path.empty()) {
-        ReportError(WriteTypeExport(path, store_, extension));
+        stop_.Lower();
+        ReportError(WriteOffThread(
+            stop_, path,
+            [path, lines = TypeExportLines(store_, extension)](CommandThread&) mutable {
+                return WriteLines(path, std::move(lines), false);
+            }));
     }
 }
 

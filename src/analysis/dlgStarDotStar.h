@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analysis/Census.h"
+#include "platform/CancelFlag.h"
 
 #include <QDialog>
 #include <array>
@@ -55,8 +56,11 @@ public:
     int Result() const { return result_; }
     const Census& CensusData() const { return census_; }
     int FilterIndex() const { return census_.FilterIndex(); }
+    // Closing while a file is written stops the write.
+    void reject() override;
 
 private:
+    CancelFlag stop_; // raised by closing: a write that does not answer is left behind
     void BuildMenus(QWidget* bar);
     void BuildHeader();
     class QLayout* Buttons();

@@ -1,5 +1,7 @@
 #include "fileops/CommandThread.h"
 
+#include "search/PathText.h"
+
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QTimer>
@@ -132,4 +134,19 @@ void CommandThread::SetGraceForTesting(int ticks) {
 void CommandThread::WaitForAllForTesting() {
     std::unique_lock lock(Threads().mutex);
     Threads().ended.wait(lock, [] { return Threads().count == 0; });
+}
+
+std::string WriteOffThread(const CancelFlag& cancel, const std::string& path,
+                           std::function<std::string(CommandThread&)> write) {
+    const auto thread = CommandThread::Make(cancel);
+    const auto error = std::make_shared<std::string>();
+    thread->Working(path);
+    if (thread->Run(
+            [self = thread.get(), error, write = std::move(write)] { *error = write(*self); })) {
+        return *error;
+    }
+    return FillIn(QCoreApplication::translate("TextFile", "Cannot write %1: the file system did "
+                                                          "not answer")
+                      .toStdString(),
+                  {path});
 }

@@ -68,6 +68,13 @@ private:
     std::string waitedOn_;
 };
 
+// Writes a file the user named (`write`, on a thread of its own, which may post to the window
+// and should stop once the thread's cancel flag is raised) while the event loop runs: the
+// failure, or "" when it was written. Cancelled while a call did not return, the write is left
+// behind, and the failure says that the file system did not answer.
+std::string WriteOffThread(const CancelFlag& cancel, const std::string& path,
+                           std::function<std::string(CommandThread&)> write);
+
 struct CommandContext;
 
 // What a command's body reaches from a thread of its own: the window's prompts, status line,

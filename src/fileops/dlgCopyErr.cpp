@@ -2,6 +2,7 @@
 
 #include "app/FileDrag.h"
 #include "app/ListCellDelegate.h"
+#include "fileops/CommandThread.h"
 #include "fileops/modShell.h"
 #include "output/ListSaving.h"
 #include "output/modFileDialog.h"
@@ -274,9 +275,20 @@ void dlgCopyErr::FileSaveListview(bool allItems) {
     if (path.empty()) {
         return;
     }
-    if (const std::string error = WriteLines(path, Paths(!allItems), false); !error.empty()) {
+    stop_.Lower();
+    if (const std::string error =
+            WriteOffThread(stop_, path,
+                           [path, lines = Paths(!allItems)](CommandThread&) mutable {
+                               return WriteLines(path, std::move(lines), false);
+                           });
+        !error.empty()) {
         prompts_.Message(QString::fromStdString(error), MessageIcon::Critical, MessageButtons::Ok);
     }
+}
+
+void dlgCopyErr::reject() {
+    stop_.Raise();
+    QDialog::reject();
 }
 
 void dlgCopyErr::CopyToClipboard() {

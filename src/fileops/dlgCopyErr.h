@@ -1,6 +1,7 @@
 #pragma once
 
 #include "fileops/FileCommands.h"
+#include "platform/CancelFlag.h"
 
 #include <QDialog>
 #include <functional>
@@ -42,8 +43,11 @@ public:
     QTableWidget* List() const { return ListView1; }
     // What Edit > "Preferences..." opens; the view settings are applied again afterwards.
     void SetPreferencesOpener(std::function<void()> open) { openPreferences_ = std::move(open); }
+    // Closing while the list is written stops the write.
+    void reject() override;
 
 private:
+    CancelFlag stop_; // raised by closing: a write that does not answer is left behind
     std::vector<std::string> Paths(bool selectedOnly) const;
     void BuildMenus(QMenu* file, QMenu* edit, QMenu* view);
 

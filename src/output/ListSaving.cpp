@@ -1,7 +1,10 @@
 #include "output/ListSaving.h"
 
 #include "output/TextFile.h"
+#include "platform/CancelFlag.h"
+#include "platform/FileReplacement.h"
 #include "search/FileDataArray.h"
+#include "search/PathText.h"
 #include "search/SearchStatus.h"
 #include "search/SortStrings.h"
 
@@ -53,14 +56,21 @@ std::string WriteStore(const FileDataArray& store, const std::string& path,
             error = file.Error();
         } else {
             PathComposer composer(store);
-            for (int32_t i = 0; i < upper; ++i) {
+            int32_t i = 0;
+            for (; i < upper && !(progress.stop && progress.stop->IsRaised()); ++i) {
                 file.WriteLine(composer.FullPath(i));
                 if (i % 20 == 1) {
                     progress.step();
                 }
             }
-            file.Close();
-            error = file.Error();
+            if (i < upper) { // stopped: the unfinished file goes with `file`
+                error = FillIn(
+                    QCoreApplication::translate("TextFile", "Cannot write %1: %2").toStdString(),
+                    {path, SystemReason(ECANCELED)});
+            } else {
+                file.Close();
+                error = file.Error();
+            }
         }
     }
     progress.finish();

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+class CancelFlag;
 class FileDataArray;
 
 // Writing result lists to text files: one path per line, each line ended by CR LF.
@@ -15,6 +16,8 @@ struct WriteProgress {
     std::function<void(const QString& message)> message;
     std::function<void()> step; // after the line of every index i with i mod 20 = 1
     std::function<void()> finish;
+    // Looked at after every line: a write told to stop reads no more of the store.
+    const CancelFlag* stop = nullptr;
 };
 
 // The whole store, "Save All": slots 0 to UBound - 1, deliberately leaving out the last slot

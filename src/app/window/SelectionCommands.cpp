@@ -4,6 +4,7 @@
 #include "app/window/ResultPane.h"
 #include "app/window/SearchRequest.h"
 #include "app/window/WindowContext.h"
+#include "fileops/CommandThread.h"
 #include "fileops/dlgProgress.h"
 #include "fileops/modShell.h"
 #include "output/ClipboardExport.h"
@@ -77,13 +78,14 @@ void SelectionCommands::SaveResultList() {
     bool entireList = true;
     const std::string path = modFileDialog::AskForOutputFile(shared_.prompts, shared_.profile, true,
                                                              entireList, "", true);
+    shared_.cancel.Lower();
     if (!path.empty()) {
-        const std::string error = WriteLines(path, window_.Results().RowPaths(!entireList),
-                                             shared_.profile.Settings().QSSortResultsOnSave);
-        if (!error.empty()) {
-            shared_.prompts.Message(QString::fromStdString(error), MessageIcon::Critical,
-                                    MessageButtons::Ok);
-        }
+        ShowWriteError(WriteOffThread(
+            shared_.cancel, path,
+            [path, lines = window_.Results().RowPaths(!entireList),
+             sorted = shared_.profile.Settings().QSSortResultsOnSave](CommandThread&) mutable {
+                return WriteLines(path, std::move(lines), sorted);
+            }));
     }
     window_.SetBusy(false);
 }
@@ -96,26 +98,39 @@ void SelectionCommands::SaveAllResults() {
     bool entireList = true;
     const std::string path = modFileDialog::AskForOutputFile(shared_.prompts, shared_.profile,
                                                              false, entireList, "", true);
-    shared_.yield.Now();
+    shared_.cancel.Lower();
     if (!path.empty()) {
-        Progress& progress = *shared_.progress;
-        const WriteProgress hooks{[&](int maximum) { progress.Create(20, maximum, false); },
-                                  [&](const QString& message) { progress.SetMessage(message); },
-                                  [&] {
-                                      progress.Update(20);
-                                      shared_.yield.Yield();
-                                  },
-                                  [&] { progress.Destroy(); }};
+        Progress* progress = shared_.progress;
         const FileDataArray& store = shared_.session.Store();
-        const std::string error = shared_.profile.Settings().QSSortResultsOnSave
-                                      ? WriteResultsSorted(store, path, hooks)
-                                      : WriteResultsUnsorted(store, path, hooks);
-        if (!error.empty()) {
-            shared_.prompts.Message(QString::fromStdString(error), MessageIcon::Critical,
-                                    MessageButtons::Ok);
-        }
+        const bool sorted = shared_.profile.Settings().QSSortResultsOnSave;
+        // The store stays as it is while the window is busy; a write left behind stops
+        // reading it once its call returns.
+        ShowWriteError(WriteOffThread(
+            shared_.cancel, path, [&store, path, progress, sorted](CommandThread& thread) {
+                const auto post = [&thread, progress](std::function<void(Progress&)> call) {
+                    thread.Post([progress, call = std::move(call)] { call(*progress); });
+                };
+                const WriteProgress hooks{
+                    [post](int maximum) {
+                        post([maximum](Progress& p) { p.Create(20, maximum, false); });
+                    },
+                    [post](const QString& message) {
+                        post([message](Progress& p) { p.SetMessage(message); });
+                    },
+                    [post] { post([](Progress& p) { p.Update(20); }); },
+                    [post] { post([](Progress& p) { p.Destroy(); }); }, &thread.Cancel()};
+                return sorted ? WriteResultsSorted(store, path, hooks)
+                              : WriteResultsUnsorted(store, path, hooks);
+            }));
     }
     window_.SetBusy(false);
+}
+
+void SelectionCommands::ShowWriteError(const std::string& error) {
+    if (!error.empty()) {
+        shared_.prompts.Message(QString::fromStdString(error), MessageIcon::Critical,
+                                MessageButtons::Ok);
+    }
 }
 
 void SelectionCommands::CopySelectionToClipboard() {

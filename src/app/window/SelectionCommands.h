@@ -30,6 +30,7 @@ public:
     void CopySelectionToClipboard();
 
 private:
+    void ShowWriteError(const std::string& error);
     frmMain& window_;
     WindowContext& shared_;
 };
