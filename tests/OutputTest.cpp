@@ -2,8 +2,8 @@
 #include "TestTree.h"
 #include "output/ClipboardExport.h"
 #include "output/ListSaving.h"
-#include "platform/CancelFlag.h"
 #include "output/TextFile.h"
+#include "platform/CancelFlag.h"
 #include "search/FileDataArray.h"
 
 #include <csignal>
