@@ -259,7 +259,20 @@ TEST(Cli, TrashAsksOnTheTerminalAndListsWhatDidNotGo) {
                            [&](const std::string& question) {
                                asked.push_back(question);
                                return answer;
+                           },
+                           [&](const std::string& url, const CancelFlag&, std::string& why) {
+                               why = "Connection refused";
+                               return url == "sftp://host/share" ? t.Root() : std::string();
                            }};
+    // A share's URL is searched at its local path, or refused with the share's reason.
+    const std::string found =
+        RunCli({"search", "sftp://host/share", "*.txt", "--no-recurse"}, system).out;
+    EXPECT_EQ(std::count(found.begin(), found.end(), '\n'), 3);
+    EXPECT_NE(found.find(t.Path("keep.txt") + "\n"), std::string::npos);
+    const CliRun refused = RunCli({"search", "smb://other/share", "*"}, system);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err,
+              "tallymoor: ' smb://other/share ' cannot be searched: Connection refused\n");
     // No terminal: nothing goes without --yes; "n" declines.
     EXPECT_EQ(RunCli({"trash", t.Root(), "*.txt"}, system).status, 2);
     answer = "n";

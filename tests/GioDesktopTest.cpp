@@ -2,6 +2,7 @@
 
 #include "ScriptedPrompts.h"
 #include "TestTree.h"
+#include "platform/CancelFlag.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -159,6 +160,16 @@ TEST_F(GioDesktopTest, FailedLaunchesSayWhatAndWhy) {
     for (const auto& asked : prompts.asked) {
         EXPECT_EQ(asked.icon, MessageIcon::Critical);
     }
+}
+
+// A file: URL is its own path; a scheme nothing here serves is refused with GIO's reason.
+TEST_F(GioDesktopTest, LocationUrlsAreTheirLocalPathsOrRefused) {
+    const CancelFlag cancel;
+    std::string why;
+    EXPECT_EQ(LocalPathOfUrl("file://" + t.Path("a%20b"), nullptr, cancel, why), t.Path("a b"));
+    EXPECT_EQ(LocalPathOfUrl("nosuch://host/share", nullptr, cancel, why), "");
+    EXPECT_EQ(why, "nothing here serves nosuch: locations (the desktop's gvfs backends are not "
+                   "installed)");
 }
 
 // The Path= lines of a trash's info files, each with its deletion date to the second, and how

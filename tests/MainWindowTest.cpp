@@ -154,6 +154,23 @@ TEST_F(MainWindowTest, RefusedMasksAndSearchesThatFindNothing) {
     EXPECT_EQ(Status(StatusPart::Message), " Ready!");
 }
 
+// A share's URL as the Start Path is searched where the share is mounted; one that cannot be
+// had is refused with the share's reason, and the results stay.
+TEST_F(MainWindowTest, AShareGivenByItsUrlIsSearchedWhereItIsMounted) {
+    tree.File("a.txt");
+    desktop.mounts["sftp://host/share"] = tree.Root();
+    Search("sftp://host/share", "*.txt");
+    const QStringList found{QString::fromStdString(tree.Path("a.txt"))};
+    EXPECT_EQ(Rows("List1"), found);
+    prompts.answers.push_back(MessageAnswer::Ok);
+    Search("smb://server/gone", "*.txt");
+    EXPECT_EQ(prompts.Texts(),
+              QStringList{"' smb://server/gone ' cannot be searched: Operation not supported"});
+    EXPECT_EQ(Rows("List1"), found);
+    EXPECT_EQ(Status(StatusPart::Message), " Ready!");
+    EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "&Begin Search");
+}
+
 // Over the list limit (lowered here from 32 701 to 2) the list explains, and the explanation
 // is no result: it cannot be selected, saved, copied or opened.
 TEST_F(MainWindowTest, OverTheListLimitTheExplanationIsNoResult) {

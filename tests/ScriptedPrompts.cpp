@@ -79,6 +79,17 @@ std::optional<int32_t> ScriptedPrompts::ChooseColor(int32_t, std::array<int32_t,
     return Next(colors, "colour picker");
 }
 
+// No test mounts a real share: a question of one is unexpected.
+MountLoginAnswer ScriptedPrompts::AskMountLogin(const MountLogin& request) {
+    ADD_FAILURE() << "unscripted mount login: " << request.message.toStdString();
+    return {};
+}
+
+int ScriptedPrompts::AskMountChoice(const QString& message, const QStringList&) {
+    ADD_FAILURE() << "unscripted mount question: " << message.toStdString();
+    return -1;
+}
+
 int ScriptedPrompts::ShowModal(QDialog* dialog) {
     const auto answer =
         Next(modals, "dialog", std::function<int(QDialog*)>([](QDialog*) { return 0; }));

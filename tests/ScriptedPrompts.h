@@ -33,6 +33,8 @@ public:
     void ShowFileProperties(const std::string& path) override;
     ConflictAnswer AskConflict(const QString& text) override;
     std::optional<int32_t> ChooseColor(int32_t bgr, std::array<int32_t, 16>& custom) override;
+    MountLoginAnswer AskMountLogin(const MountLogin& request) override;
+    int AskMountChoice(const QString& message, const QStringList& choices) override;
     int ShowModal(QDialog* dialog) override;
 
     // The texts asked, in order.
@@ -80,6 +82,17 @@ public:
     std::vector<std::string> calls;
     std::map<std::string, std::string> trashRefusals;
     std::function<void(const std::string&)> beforeTrash; // a share that stops answering
+    // The shares "mounted": URL to local path; any other URL is refused with `mountRefusal`.
+    std::string LocalPathOf(const std::string& url, const CancelFlag&, std::string& why) override {
+        Record("mount", url);
+        if (auto found = mounts.find(url); found != mounts.end()) {
+            return found->second;
+        }
+        why = mountRefusal;
+        return {};
+    }
+    std::map<std::string, std::string> mounts;
+    std::string mountRefusal = "Operation not supported";
 
 private:
     bool Record(const char* verb, const std::string& path) {

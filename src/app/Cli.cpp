@@ -150,7 +150,9 @@ constexpr const char* kEndOfOptions = QT_TRANSLATE_NOOP(
     "Cli", "  --                 end of options (for a ROOT or MASK that begins with \"-\")\n");
 
 constexpr const char* kCounts = QT_TRANSLATE_NOOP(
-    "Cli", "The closing counts go to standard error. A folder that cannot be read is said there\n"
+    "Cli", "ROOT may be a share's URL (sftp://host/dir, smb://server/share): it is searched at\n"
+           "its local path through GIO, the share mounted first when it is not.\n"
+           "The closing counts go to standard error. A folder that cannot be read is said there\n"
            "as \"tallymoor: PATH: reason\", and the walk goes on.\n");
 
 constexpr const char* kExitStatuses = QT_TRANSLATE_NOOP(
@@ -996,6 +998,20 @@ int RunCommand(const CommandInfo& command, const std::vector<std::string>& args,
                 cancel.Raise(); // nobody reads what more the walk would find
             }
         });
+    }
+    if (IsLocationUrl(request.root)) {
+        std::string why = "Operation not supported";
+        std::string local;
+        if (system.localPathOf) {
+            const InterruptCancels interrupts(cancel);
+            local = system.localPathOf(request.root, cancel, why);
+        }
+        if (local.empty()) {
+            PrintLine(err, Text::tr("tallymoor: ' %1 ' cannot be searched: %2")
+                               .arg(DisplayPath(request.root), RemarkText(why)));
+            return kExitNothingFound;
+        }
+        request.root = local;
     }
     if (const int status = Search(request, session, cancel, err, read); status >= 0) {
         return status;

@@ -21,11 +21,16 @@ bool IsCommandLineInvocation(const std::vector<std::string>& args);
 class WalkListener;
 
 // What the command line reaches beyond its streams.
+class CancelFlag;
+
 struct CliSystem {
     // Sends an item to the trash: "" when it went, else why not.
     std::function<std::string(const std::string& path)> moveToTrash;
     // Asks a question on the terminal and returns the answer; nothing without a terminal.
     std::function<std::optional<std::string>(const std::string& question)> askTerminal;
+    // The local path of a share's URL, mounted when it is not: "" and why when it cannot be had.
+    std::function<std::string(const std::string& url, const CancelFlag& cancel, std::string& why)>
+        localPathOf;
 };
 
 // Asks on standard error and reads standard input, when standard input is a terminal.

@@ -42,7 +42,11 @@ int main(int argc, char** argv) {
     std::setvbuf(stdout, outBuffer, _IOFBF, sizeof outBuffer);
     QCoreApplication app(argc, argv);
     InstallTranslations(app);
-    const CliSystem system{[](const std::string& path) { return MoveToTrash(path); },
-                           AskOnTerminal};
+    // A share's questions (a login, an unknown host) go unanswered here: a share the desktop
+    // has not mounted yet needs no questions, or is refused.
+    const CliSystem system{[](const std::string& path) { return MoveToTrash(path); }, AskOnTerminal,
+                           [](const std::string& url, const CancelFlag& cancel, std::string& why) {
+                               return LocalPathOfUrl(url, nullptr, cancel, why);
+                           }};
     return RunCommandLine(args, stdout, stderr, nullptr, system);
 }

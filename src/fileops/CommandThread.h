@@ -75,7 +75,12 @@ private:
 std::string WriteOffThread(const CancelFlag& cancel, const std::string& path,
                            std::function<std::string(CommandThread&)> write);
 
+class Prompts;
 struct CommandContext;
+
+// The window's prompts as a body reaches them from its thread: asked on the window's thread
+// while the body waits, cancelled once it is left behind.
+std::unique_ptr<Prompts> PromptsThrough(CommandThread& thread, Prompts& window);
 
 // What a command's body reaches from a thread of its own: the window's prompts, status line,
 // progress window and views, each reached through the thread on the window's thread (status

@@ -50,6 +50,16 @@ public:
         thread_.Ask([&] { answer = window_.AskConflict(text); });
         return answer;
     }
+    MountLoginAnswer AskMountLogin(const MountLogin& request) override {
+        MountLoginAnswer answer;
+        thread_.Ask([&] { answer = window_.AskMountLogin(request); });
+        return answer;
+    }
+    int AskMountChoice(const QString& message, const QStringList& choices) override {
+        int answer = -1;
+        thread_.Ask([&] { answer = window_.AskMountChoice(message, choices); });
+        return answer;
+    }
 
 private:
     CommandThread& thread_;
@@ -193,6 +203,10 @@ private:
 };
 
 } // namespace
+
+std::unique_ptr<Prompts> PromptsThrough(CommandThread& thread, Prompts& window) {
+    return std::make_unique<ThreadPrompts>(thread, window);
+}
 
 std::shared_ptr<ThreadedContext> ThreadedContext::Make(const std::shared_ptr<CommandThread>& thread,
                                                        const CommandContext& window) {

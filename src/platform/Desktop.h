@@ -2,6 +2,8 @@
 
 #include <string>
 
+class CancelFlag;
+
 // Every request to the desktop goes through here, so tests record what would be launched.
 // Paths are bytes, as the file system gave them. Each call tells the user itself when it fails
 // (which application, and why) and returns false then.
@@ -24,6 +26,11 @@ public:
     // Sends a file or folder to the desktop's trash, where the user can restore it. Returns ""
     // when it went, else why it did not (the item is then where it was). Says nothing itself.
     virtual std::string MoveToTrash(const std::string& path) = 0;
+    // The local path of a location named by a URL ("sftp://host/dir", "smb://server/share"),
+    // its share mounted first when it is not, with the share's questions asked. "" and `why`
+    // when it cannot be had; `cancel` ends the wait.
+    virtual std::string LocalPathOf(const std::string& url, const CancelFlag& cancel,
+                                    std::string& why) = 0;
 };
 
 // A desktop that launches nothing and has no trash (the command line gives it one).
@@ -36,4 +43,8 @@ public:
     bool OpenInTextEditor(const std::string&) override { return false; }
     bool OpenWith(const std::string&) override { return false; }
     std::string MoveToTrash(const std::string&) override { return "Operation not supported"; }
+    std::string LocalPathOf(const std::string&, const CancelFlag&, std::string& why) override {
+        why = "Operation not supported";
+        return {};
+    }
 };

@@ -4,6 +4,7 @@
 
 #include <functional>
 
+class CancelFlag;
 class Prompts;
 typedef struct _GAppInfo GAppInfo; // as GIO declares it
 
@@ -29,6 +30,9 @@ public:
     bool OpenInTextEditor(const std::string& path) override;
     bool OpenWith(const std::string& path) override;
     std::string MoveToTrash(const std::string& path) override;
+    // Mounts on a thread of its own, the window's event loop running.
+    std::string LocalPathOf(const std::string& url, const CancelFlag& cancel,
+                            std::string& why) override;
 
 private:
     bool OpenWithDefaultFor(const std::string& contentType, const std::string& path);
@@ -44,6 +48,13 @@ private:
 // file manager). A name too long for GIO's trash info file goes to the home trash under a
 // shortened name, its whole original path kept in the info file. "" when it went, else why not.
 std::string MoveToTrash(const std::string& path);
+
+// The local path of a location named by a URL: a file: URL's own, or that of a share through
+// GIO's FUSE bridge (gvfs-fuse), the share mounted first when it is not; `prompts` answers its
+// questions (none: each is declined), `cancel` ends the wait. "" and `why` when it cannot be
+// had.
+std::string LocalPathOfUrl(const std::string& url, Prompts* prompts, const CancelFlag& cancel,
+                           std::string& why);
 
 // Asks the session's file manager over D-Bus (org.freedesktop.FileManager1).
 bool AskFileManager(const char* method, const std::string& uri);

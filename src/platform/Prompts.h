@@ -73,6 +73,24 @@ struct ConflictAnswer {
     bool forAll = false;
 };
 
+// What mounting a share asks for: a login (GIO's message, the fields it needs, its defaults).
+struct MountLogin {
+    QString message;
+    QString user;
+    QString domain;
+    bool needUser = false;
+    bool needDomain = false;
+    bool needPassword = false;
+    bool anonymousAllowed = false;
+};
+struct MountLoginAnswer {
+    bool cancelled = true;
+    bool anonymous = false;
+    QString user;
+    QString domain;
+    QString password;
+};
+
 // Every modal interaction of the program goes through here: the program uses real dialogs, tests
 // a scripted double that records each question and answers from a queue. Boxes are owned by the
 // window the user is working in.
@@ -96,6 +114,11 @@ public:
     virtual std::optional<int32_t> ChooseColor(int32_t bgr, std::array<int32_t, 16>& custom) = 0;
     // Skip, Replace or Cancel for a name already at a copy's target, with "for all remaining".
     virtual ConflictAnswer AskConflict(const QString& text) = 0;
+    // A share being mounted asks for a login.
+    virtual MountLoginAnswer AskMountLogin(const MountLogin& request) = 0;
+    // A share being mounted asks a question (an unknown host key): the choice's index, -1 on
+    // cancel.
+    virtual int AskMountChoice(const QString& message, const QStringList& choices) = 0;
 };
 
 // Prompts where nobody answers (the command line, the development tools): every dialog is
@@ -109,6 +132,8 @@ public:
     void ShowFileProperties(const std::string&) override {}
     std::optional<int32_t> ChooseColor(int32_t, std::array<int32_t, 16>&) override { return {}; }
     ConflictAnswer AskConflict(const QString&) override { return {ConflictChoice::Skip, true}; }
+    MountLoginAnswer AskMountLogin(const MountLogin&) override { return {}; }
+    int AskMountChoice(const QString&, const QStringList&) override { return -1; }
 };
 
 // The application title, also the main window's caption: " Tallymoor", leading blank included.

@@ -7,16 +7,20 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QColorDialog>
+#include <QDialogButtonBox>
 #include <QFile>
 #include <QFileDialog>
+#include <QFormLayout>
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QTreeView>
+#include <algorithm>
 
 // A message's text laid out so that a path it quotes stays whole: its blanks do not break, it
 // goes to a line of its own when the line is too narrow for it, and only a path wider than the
@@ -182,6 +186,67 @@ ConflictAnswer QtPrompts::AskConflict(const QString& text) {
                                   : box.clickedButton() == replace ? ConflictChoice::Replace
                                                                    : ConflictChoice::Cancel;
     return {choice, forAll->isChecked()};
+}
+
+// GIO's own words for the share, then a field for each thing it needs; a share that takes
+// guests offers to connect as one.
+MountLoginAnswer QtPrompts::AskMountLogin(const MountLogin& request) {
+    QDialog dialog(Owner());
+    dialog.setWindowTitle(tr("Connect to Share"));
+    auto* form = new QFormLayout(&dialog);
+    auto* message = new QLabel(request.message);
+    message->setWordWrap(true);
+    form->addRow(message);
+    QCheckBox* anonymous = nullptr;
+    if (request.anonymousAllowed) {
+        anonymous = new QCheckBox(tr("Connect &anonymously"));
+        form->addRow(anonymous);
+    }
+    const auto field = [&](bool needed, const QString& label, const QString& text,
+                           const char* name) -> QLineEdit* {
+        if (!needed) {
+            return nullptr;
+        }
+        auto* edit = new QLineEdit(text);
+        edit->setObjectName(name);
+        form->addRow(label, edit); // the label names the field for screen readers too
+        if (anonymous) {
+            QObject::connect(anonymous, &QCheckBox::toggled, edit, &QWidget::setDisabled);
+        }
+        return edit;
+    };
+    QLineEdit* user = field(request.needUser, tr("&User name:"), request.user, "txtUser");
+    QLineEdit* domain = field(request.needDomain, tr("&Domain:"), request.domain, "txtDomain");
+    QLineEdit* password = field(request.needPassword, tr("&Password:"), {}, "txtPassword");
+    if (password) {
+        password->setEchoMode(QLineEdit::Password);
+    }
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    form->addRow(buttons);
+    if (dialog.exec() != QDialog::Accepted) {
+        return {};
+    }
+    const auto text = [](const QLineEdit* edit) { return edit ? edit->text() : QString(); };
+    return {false, anonymous && anonymous->isChecked(), text(user), text(domain), text(password)};
+}
+
+int QtPrompts::AskMountChoice(const QString& message, const QStringList& choices) {
+    QMessageBox box(Owner());
+    box.setWindowTitle(tr("Connect to Share"));
+    box.setIcon(QMessageBox::Question);
+    box.setTextFormat(Qt::PlainText);
+    box.setText(message);
+    std::vector<QAbstractButton*> buttons;
+    for (const QString& choice : choices) {
+        buttons.push_back(box.addButton(choice, QMessageBox::AcceptRole));
+    }
+    box.addButton(QMessageBox::Cancel);
+    box.setEscapeButton(QMessageBox::Cancel);
+    box.exec();
+    const auto chosen = std::find(buttons.begin(), buttons.end(), box.clickedButton());
+    return chosen == buttons.end() ? -1 : static_cast<int>(chosen - buttons.begin());
 }
 
 std::optional<int32_t> QtPrompts::ChooseColor(int32_t bgr, std::array<int32_t, 16>& custom) {

@@ -1,6 +1,8 @@
 #include "search/PathText.h"
 
 #include <QChar>
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -237,4 +239,15 @@ std::string TerminalSafe(std::string_view text) {
         }
     }
     return out;
+}
+
+bool IsLocationUrl(std::string_view text) {
+    const size_t end = text.find("://");
+    if (end == std::string_view::npos || end == 0 ||
+        !std::isalpha(static_cast<unsigned char>(text[0]))) {
+        return false;
+    }
+    return std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end), [](char c) {
+        return std::isalnum(static_cast<unsigned char>(c)) || c == '+' || c == '-' || c == '.';
+    });
 }

@@ -57,3 +57,7 @@ std::string TerminalQuoted(std::string_view name);
 // One line of a message for a terminal: every control character but a tab, and every C1
 // control, shown as "?", as find shows them; a name inside cannot move the cursor or fake a line.
 std::string TerminalSafe(std::string_view text);
+
+// Whether a Start Path names a location by URL ("sftp://host/dir") rather than a folder: a
+// scheme (a letter, then letters, digits, "+", "-", ".") and "://".
+bool IsLocationUrl(std::string_view text);

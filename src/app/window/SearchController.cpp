@@ -7,7 +7,9 @@
 #include "app/window/SearchRequest.h"
 #include "app/window/TypeCommands.h"
 #include "app/window/WindowContext.h"
+#include "fileops/FileCommands.h"
 #include "platform/CancelFlag.h"
+#include "platform/Desktop.h"
 #include "platform/WindowPrompts.h"
 #include "search/PathText.h"
 #include "search/SearchStatus.h"
@@ -102,7 +104,8 @@ void SearchController::ButtonClicked() {
         return;
     }
     shared_.cancel.Lower();
-    if (!Prepare()) {
+    const std::optional<std::string> root = Root();
+    if (!root || !Prepare(*root)) {
         window_.Results().ResetPlaceholder();
         return;
     }
@@ -175,7 +178,33 @@ void SearchController::CancelWalk() {
     }
 }
 
-bool SearchController::Prepare() {
+// A Start Path given as a URL is searched at its share's local path, the share mounted first
+// when it is not; the button is Cancel while the share is asked.
+std::optional<std::string> SearchController::Root() {
+    const std::string start = window_.Request().StartPath();
+    if (!IsLocationUrl(start)) {
+        return start;
+    }
+    searching_ = true;
+    window_.Request().ShowRunning(true);
+    window_.SetBusy(true);
+    const QString url = QString::fromStdString(start);
+    shared_.status.Set(StatusPart::Message, tr("Connecting to %1...").arg(url));
+    std::string why;
+    const std::string local = shared_.desktop.LocalPathOf(start, shared_.cancel, why);
+    searching_ = false;
+    window_.Request().ShowRunning(false);
+    window_.SetBusy(false);
+    if (local.empty()) {
+        shared_.status.Set(StatusPart::Message, tr("Ready!"));
+        shared_.prompts.Message(tr("' %1 ' cannot be searched: %2").arg(url, RemarkText(why)),
+                                MessageIcon::Critical, MessageButtons::Ok);
+        return std::nullopt;
+    }
+    return local;
+}
+
+bool SearchController::Prepare(const std::string& root) {
     SearchRequest& request = window_.Request();
     if (!request.ValidateMask()) {
         return false;
@@ -189,7 +218,7 @@ bool SearchController::Prepare() {
     window_.Types().UnloadCensus();
     window_.Monitor().Stop();
     results.ClearLists();
-    shared_.session.Prepare(request.StartPath(), request.Options());
+    shared_.session.Prepare(root, request.Options());
     results.SetFolderResults(false);
     shared_.cancel.Lower();
     return true;

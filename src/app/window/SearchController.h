@@ -38,7 +38,8 @@ private:
     static constexpr int kCancelGrace = 250;   // ms
 
     // Empties the window of the last results; false when the mask is refused.
-    bool Prepare();
+    std::optional<std::string> Root();
+    bool Prepare(const std::string& root);
     std::optional<std::string> WaitForWalk();
     void CancelWalk();
     void ShowNoMatches();
