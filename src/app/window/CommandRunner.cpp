@@ -131,6 +131,9 @@ std::optional<Result> CommandRunner::OffThread(const CommandContext& context,
             [threaded, result, body = std::move(body)] { *result = body(threaded->Context()); })) {
         return std::move(*result);
     }
+    if (context.progress) {
+        context.progress->Destroy(); // what the body would have closed
+    }
     NotAnswering(thread->WaitedOn());
     return std::nullopt;
 }

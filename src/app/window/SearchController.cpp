@@ -197,6 +197,9 @@ std::optional<std::string> SearchController::Root() {
     window_.SetBusy(false);
     if (local.empty()) {
         shared_.status.Set(StatusPart::Message, tr("Ready!"));
+        if (shared_.cancel.IsRaised()) {
+            return std::nullopt; // the user's own Cancel needs no word
+        }
         shared_.prompts.Message(tr("' %1 ' cannot be searched: %2").arg(url, RemarkText(why)),
                                 MessageIcon::Critical, MessageButtons::Ok);
         return std::nullopt;

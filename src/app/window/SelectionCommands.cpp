@@ -122,6 +122,7 @@ void SelectionCommands::SaveAllResults() {
                 return sorted ? WriteResultsSorted(store, path, hooks)
                               : WriteResultsUnsorted(store, path, hooks);
             }));
+        progress->Destroy(); // also when the write was left behind before it could
     }
     window_.SetBusy(false);
 }
