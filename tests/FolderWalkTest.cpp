@@ -407,6 +407,25 @@ TEST(FolderWalk, CancelUnwindsEveryLevelAndKeepsWhatWasStored) {
     EXPECT_LE(counters.MatchedCount, 6);
 }
 
+// A root that answers slowly is read as a share is, whatever its file system says.
+TEST(FolderWalk, ASlowRootIsReadAsAShareIs) {
+    TestTree t;
+    t.File("a.txt");
+    for (const auto& [slowAfter, remote] :
+         {std::pair<std::chrono::nanoseconds, bool>{std::chrono::nanoseconds(0), true},
+          {std::chrono::hours(1), false}}) {
+        CancelFlag cancel;
+        FileDataArray store;
+        store.Prepare();
+        SearchCounters counters;
+        SearchOptions options = Options("*.txt");
+        options.SlowRoot = slowAfter;
+        FolderWalk walk(options, store, counters, cancel, nullptr);
+        EXPECT_TRUE(walk.Walk(t.Root()));
+        EXPECT_EQ(walk.ReadsAsRemote(), remote || walk.RootKind() == FileSystemKind::Network);
+    }
+}
+
 // A walk on its own thread still waiting on a folder that does not answer is left behind with
 // what it stored, and stores nothing more when the call returns.
 TEST(FolderWalk, AWalkOnItsOwnThreadIsLeftBehindWithWhatItStored) {
@@ -521,7 +540,7 @@ TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
             for (const auto& [threads, remote] :
                  {std::pair{1, false}, {2, false}, {8, false}, {8, false}, {8, true}, {33, true}}) {
                 options.Threads = threads;
-                options.AsRemote = remote;
+                options.SlowRoot = remote ? std::chrono::nanoseconds(0) : std::chrono::hours(1);
                 RecordingListener listener;
                 runs.emplace_back(Search(t.Root(), options, &listener), listener.events);
                 const auto& [outcome, events] = runs.back();

@@ -231,7 +231,14 @@ bool FolderWalk::Walk(const std::string& folderPath) {
     path_ = folderPath;
     first.nameEnd = path_.size();
     RecordFolder();
-    if (!ReadEntries(root.Get(), first.entries) || cancel_.IsRaised()) {
+    const auto started = std::chrono::steady_clock::now();
+    const bool read = ReadEntries(root.Get(), first.entries);
+    // A big root takes long anywhere: each 64 KiB of its records adds to the allowance.
+    const auto allowance =
+        options_.SlowRoot * (1 + static_cast<int64_t>(first.entries.size() >> 16));
+    remote_ = rootKind_ == FileSystemKind::Network ||
+              std::chrono::steady_clock::now() - started >= allowance;
+    if (!read || cancel_.IsRaised()) {
         if (!cancel_.IsRaised() && listener_) {
             listener_->NotRead(folderPath, errno);
         }
@@ -250,9 +257,8 @@ bool FolderWalk::Walk(const std::string& folderPath) {
 // Readers for the subfolders, when there is room for them: with few descriptors to spare, or
 // nothing below the root, this thread walks alone.
 void FolderWalk::StartReadAhead(int rootFd) {
-    const bool remote = rootKind_ == FileSystemKind::Network || options_.AsRemote;
     const int threads = options_.Threads > 0 ? options_.Threads
-                        : remote             ? FolderReadAhead::kRemoteThreads + 1
+                        : remote_            ? FolderReadAhead::kRemoteThreads + 1
                                              : FolderReadAhead::DefaultThreads();
     // Each reader holds a descriptor while it reads.
     if (threads <= 1 || testOpen_ || SpareDescriptors() < 4L * threads + 16) {
@@ -267,7 +273,7 @@ void FolderWalk::StartReadAhead(int rootFd) {
         readAhead_ = std::make_unique<FolderReadAhead>(
             UniqueFd(fcntl(rootFd, F_DUPFD_CLOEXEC, 0)), threads - 1,
             static_cast<int>(std::clamp<long>(SpareDescriptors() / 4, 0, 64)), options_, cancel_,
-            remote);
+            remote_);
         if (options_.Recurse) {
             levels_[0].jobs = readAhead_->Offer({}, 0, entries);
         }

@@ -7,6 +7,7 @@
 #include "search/MaskMatcher.h"
 #include "search/StoreGate.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -30,8 +31,9 @@ struct SearchOptions {
     bool KeepStatus = true;
     // Every folder entered is kept in the store, also one with nothing stored in it (to watch)
     bool RecordFolders = false;
-    // Read as a network file system is read, wherever the root is (tests)
-    bool AsRemote = false;
+    // A root whose first read takes this long is read as a share is, whatever its file system
+    // (a disk that seeks, a bridge statfs does not tell); tests set 0 to read every root so.
+    std::chrono::nanoseconds SlowRoot = std::chrono::milliseconds(30);
     std::string MaskText;
 };
 
@@ -95,6 +97,8 @@ public:
 
     // The kind of file system the root is on, once Walk has opened it.
     FileSystemKind RootKind() const { return rootKind_; }
+    // Whether folders are read as on a share: a network or FUSE file system, or a slow root.
+    bool ReadsAsRemote() const { return remote_; }
 
     // Another thread may take the store while this one walks: every change to the store goes
     // through `gate`, and once it is closed nothing more is stored.
@@ -172,4 +176,5 @@ private:
     std::unique_ptr<FolderReadAhead> readAhead_;
     StoreGate* gate_ = nullptr;
     FileSystemKind rootKind_ = FileSystemKind::Disk;
+    bool remote_ = false;
 };
