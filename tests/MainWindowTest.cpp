@@ -211,15 +211,19 @@ TEST_F(MainWindowTest, CancelAndCloseDuringTheWalkKeepWhatWasFound) {
             if (++yields != 500) {
                 return;
             }
+            // A promise rather than a blocking call: the wait is then one a thread checker sees.
+            const auto done = std::make_shared<std::promise<void>>();
             QMetaObject::invokeMethod(
                 window.get(),
-                [&] {
+                [this, closing, done] {
                     EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "Cancel");
                     EXPECT_FALSE(Action("Select All")->isEnabled());
                     closing ? void(window->close()) : Find<QPushButton>("cmdSearch")->click();
                     EXPECT_TRUE(window->isVisible()) << "closing during a search only cancels it";
+                    done->set_value();
                 },
-                Qt::BlockingQueuedConnection);
+                Qt::QueuedConnection);
+            done->get_future().wait();
         });
         Search(tree.Root(), "*.txt");
         EXPECT_EQ(Status(StatusPart::Mode), " Cancelled");
