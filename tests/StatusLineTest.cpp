@@ -16,16 +16,16 @@ TEST(StatusLine, PartsAndTheirModes) {
     }
     EXPECT_EQ(shown, (std::vector<QString>{" 0", " 1", " 2", " 3", " 4"})) << "a blank before";
     // clang-format off
-    const std::pair<const char*, std::vector<QString>> modes[] = {
-        {"save", {" 0", " 1", " 2", " 3", " 4"}},
-        {"clear", {" Ready!", "", "", "", ""}},
-        {"restore", {" Ready!", " 1", " 2", " 3", " 4"}}, // the saved message stays away
-        {"save&clear", {" Ready!", "", "", "", ""}},
-        {"something else", {" Ready!", "", "", "", ""}}};
+    using Mode = StatusLine::Mode;
+    const std::pair<Mode, std::vector<QString>> modes[] = {
+        {Mode::Save, {" 0", " 1", " 2", " 3", " 4"}},
+        {Mode::Clear, {" Ready!", "", "", "", ""}},
+        {Mode::Restore, {" Ready!", " 1", " 2", " 3", " 4"}}, // the saved message stays away
+        {Mode::SaveAndClear, {" Ready!", "", "", "", ""}}};
     // clang-format on
     for (const auto& [mode, after] : modes) {
         status.State(mode);
-        EXPECT_EQ(shown, after) << mode;
+        EXPECT_EQ(shown, after) << static_cast<int>(mode);
     }
     status.Close();
     status.Set(StatusPart::Message, "late");

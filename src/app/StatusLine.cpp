@@ -16,16 +16,15 @@ void StatusLine::SetExact(StatusPart part, const QString& text) {
     }
 }
 
-void StatusLine::State(const QString& mode) {
-    const bool save = mode == QLatin1String("save") || mode == QLatin1String("save&clear");
-    const bool clear = mode == QLatin1String("save&clear") || mode == QLatin1String("clear");
-    const bool restore = mode == QLatin1String("restore");
-    if (closed_ || (!save && !clear && !restore)) {
+void StatusLine::State(Mode mode) {
+    if (closed_) {
         return;
     }
+    const bool save = mode == Mode::Save || mode == Mode::SaveAndClear;
+    const bool restore = mode == Mode::Restore;
     if (save) {
         saved_ = texts_;
-        if (!clear) {
+        if (mode == Mode::Save) {
             return;
         }
     }

@@ -20,10 +20,11 @@ public:
     void Clear(StatusPart part) { SetExact(part, {}); }
     QString Text(StatusPart part) const { return texts_[Index(part)]; }
 
-    // "save" keeps the five texts; "save&clear" keeps them, then clears; "restore" puts the other
-    // four kept texts back (the message reads "Ready!": the kept one is deliberately not restored);
-    // "clear" leaves "Ready!" alone. Anything else does nothing.
-    void State(const QString& mode);
+    // Save keeps the five texts; SaveAndClear keeps them, then clears; Restore puts the other
+    // four kept texts back (the message reads "Ready!": the kept one is deliberately not
+    // restored); Clear leaves "Ready!" alone.
+    enum class Mode { Save, SaveAndClear, Restore, Clear };
+    void State(Mode mode);
 
     // The window is closing: from now on nothing is written.
     void Close() { closed_ = true; }

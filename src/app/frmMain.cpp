@@ -77,7 +77,7 @@ frmMain::frmMain(modPProfile& profile, WindowPrompts& prompts, Desktop& desktop,
     const AppSettings& s = profile.Settings();
     request_.SetStartPath(s.LastSourceFolder);
     request_.SetMask(QString::fromStdString(s.LastFileMask));
-    shared_.status.State(QStringLiteral("clear"));
+    shared_.status.State(StatusLine::Mode::Clear);
     results_.SyncViews();
     // A settings file that cannot be used or written is told once, when the window can say it
     // rather than in the middle of whatever wrote the setting.
@@ -126,7 +126,7 @@ void frmMain::NewResults() {
     results_.ResetPlaceholder();
     results_.ClearLists();
     results_.Views().Clear();
-    shared_.status.State(QStringLiteral("clear"));
+    shared_.status.State(StatusLine::Mode::Clear);
     types_.UnloadCensus();
     monitor_.Stop();
     shared_.session.Erase();

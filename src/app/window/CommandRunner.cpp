@@ -109,7 +109,7 @@ CommandContext CommandRunner::Context() {
                           [this] {
                               window_.SetBusy(true);
                               running_ = true;
-                              shared_.status.State(QStringLiteral("save&clear"));
+                              shared_.status.State(StatusLine::Mode::SaveAndClear);
                               window_.Request().ShowRunning(true);
                           },
                           {},
@@ -149,7 +149,7 @@ void CommandRunner::NotAnswering(const std::string& path) {
 void CommandRunner::Ended() {
     window_.Monitor().Forget(); // what the command changed is told as commands tell it
     window_.Request().ShowRunning(false);
-    shared_.status.State(QStringLiteral("restore"));
+    shared_.status.State(StatusLine::Mode::Restore);
     running_ = false;
     window_.SetBusy(false);
 }

@@ -215,7 +215,7 @@ bool SearchController::Prepare(const std::string& root) {
     ResultPane& results = window_.Results();
     results.Views().CloseViews();
     results.SyncViews();
-    shared_.status.State(QStringLiteral("clear"));
+    shared_.status.State(StatusLine::Mode::Clear);
     // The lists and the census refer to records of the store, which the search is about to
     // erase.
     window_.Types().UnloadCensus();
