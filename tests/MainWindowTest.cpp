@@ -27,6 +27,7 @@
 #include <QToolButton>
 #include <QWindow>
 #include <fcntl.h>
+#include <filesystem>
 #include <future>
 #include <map>
 #include <sys/stat.h>
@@ -560,7 +561,7 @@ TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
     dlgViewMasks viewMasks;
     dlgDosLen dosLen;
     dlgCopyErr notProcessed(*profile, prompts, desktop);
-    FolderPickerDialog picker({"Select Folder", "Pick one", "/", tree.Root(), {}});
+    FolderPickerDialog picker({"Select Folder", "Pick one", "/", tree.Root(), {}}, prompts);
     dlgOpenWith openWith({tree.Path("a.txt"), "text/plain", {}, {}});
     dlgAbout about(desktop);
     for (QWidget* dialog : std::initializer_list<QWidget*>{
@@ -577,6 +578,21 @@ TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
         EXPECT_EQ(picker.SelectedFolder(), path == tree.Dir() ? path : "")
             << "a folder, or nothing";
     }
+    // New Folder asks for a name in the folder picked, then picks the new one; what is not a
+    // name is refused.
+    typed->setText(QString::fromStdString(tree.Dir()));
+    prompts.texts = {"made", "a/b", ""};
+    prompts.answers = {MessageAnswer::Ok};
+    for (int i = 0; i < 3; ++i) {
+        picker.findChild<QPushButton*>("cmdNewFolder")->click();
+    }
+    const QString in = QString::fromStdString(tree.Dir());
+    EXPECT_EQ(prompts.textsAsked, (QStringList{"Name of the new folder in " + in + ":",
+                                               "Name of the new folder in " + in + "/made:",
+                                               "Name of the new folder in " + in + "/made:"}));
+    EXPECT_TRUE(std::filesystem::is_directory(tree.Path("made")));
+    EXPECT_EQ(prompts.Texts(),
+              QStringList{"Could not make the folder ' " + in + "/made/a/b ': Invalid argument"});
 }
 
 } // namespace

@@ -79,6 +79,13 @@ std::optional<int32_t> ScriptedPrompts::ChooseColor(int32_t, std::array<int32_t,
     return Next(colors, "colour picker");
 }
 
+std::optional<QString> ScriptedPrompts::AskText(const QString&, const QString& label,
+                                                const QString&) {
+    textsAsked << label;
+    const QString text = Next(texts, "text asked: " + label.toStdString());
+    return text.isEmpty() ? std::nullopt : std::optional<QString>(text);
+}
+
 // No test mounts a real share: a question of one is unexpected.
 MountLoginAnswer ScriptedPrompts::AskMountLogin(const MountLogin& request) {
     ADD_FAILURE() << "unscripted mount login: " << request.message.toStdString();

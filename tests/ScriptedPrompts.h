@@ -33,6 +33,8 @@ public:
     void ShowFileProperties(const std::string& path) override;
     ConflictAnswer AskConflict(const QString& text) override;
     std::optional<int32_t> ChooseColor(int32_t bgr, std::array<int32_t, 16>& custom) override;
+    std::optional<QString> AskText(const QString& title, const QString& label,
+                                   const QString& text) override;
     MountLoginAnswer AskMountLogin(const MountLogin& request) override;
     int AskMountChoice(const QString& message, const QStringList& choices) override;
     int ShowModal(QDialog* dialog) override;
@@ -47,11 +49,13 @@ public:
     std::deque<ConflictAnswer> conflicts;
     std::deque<std::optional<int32_t>> colors; // nothing cancels
     std::deque<std::function<int(QDialog*)>> modals;
+    std::deque<QString> texts; // an empty text cancels
 
     std::vector<Asked> asked;
     std::vector<FolderRequest> folderRequests;
     std::vector<SaveRequest> saveRequests;
     QStringList conflictsAsked;
+    QStringList textsAsked; // each text's label
 };
 
 // Records what would be launched, as "verb path" lines; paths keep their bytes.

@@ -7,11 +7,9 @@
 #include <QFileSystemModel>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -19,8 +17,10 @@
 #include <cstring>
 #include <sys/stat.h>
 
-FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, QWidget* parent)
-    : QDialog(parent), model_(new QFileSystemModel(this)), tree_(new QTreeView(this)) {
+FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, Prompts& prompts,
+                                       QWidget* parent)
+    : QDialog(parent), prompts_(prompts), model_(new QFileSystemModel(this)),
+      tree_(new QTreeView(this)) {
     setObjectName("FolderPicker");
     setWindowTitle(request.caption);
     auto* prompt = new QLabel(request.prompt, this);
@@ -126,12 +126,13 @@ void FolderPickerDialog::MakeFolder() {
     if (parent.empty()) {
         return;
     }
-    bool ok = false;
-    const QString name = QInputDialog::getText(
-        this, tr("New Folder"),
-        tr("Name of the new folder in %1:").arg(QFile::decodeName(parent.c_str())),
-        QLineEdit::Normal, tr("New Folder"), &ok);
-    if (!ok || name.isEmpty()) {
+    const QString name =
+        prompts_
+            .AskText(tr("New Folder"),
+                     tr("Name of the new folder in %1:").arg(QFile::decodeName(parent.c_str())),
+                     tr("New Folder"))
+            .value_or(QString());
+    if (name.isEmpty()) {
         return;
     }
     const std::string path =
@@ -141,10 +142,10 @@ void FolderPickerDialog::MakeFolder() {
         mkdir(path.c_str(), 0777) != 0) {
         const int error =
             name.contains(QLatin1Char('/')) || name == "." || name == ".." ? EINVAL : errno;
-        QMessageBox::critical(this, windowTitle(),
-                              tr("Could not make the folder ' %1 ': %2")
-                                  .arg(QFile::decodeName(path.c_str()),
-                                       QString::fromLocal8Bit(std::strerror(error))));
+        prompts_.Message(
+            tr("Could not make the folder ' %1 ': %2")
+                .arg(QFile::decodeName(path.c_str()), QString::fromLocal8Bit(std::strerror(error))),
+            MessageIcon::Critical, MessageButtons::Ok, windowTitle());
         return;
     }
     Show(QFile::decodeName(path.c_str()));

@@ -19,7 +19,8 @@ class QPushButton;
 class FolderPickerDialog : public QDialog {
     Q_OBJECT
 public:
-    FolderPickerDialog(const FolderRequest& request, QWidget* parent = nullptr);
+    // `prompts` asks for a new folder's name and says why one could not be made.
+    FolderPickerDialog(const FolderRequest& request, Prompts& prompts, QWidget* parent = nullptr);
 
     // The selected folder as bytes; empty when none is selected.
     std::string SelectedFolder() const;
@@ -36,6 +37,7 @@ private:
     void Show(const QString& folder);
     bool eventFilter(QObject* watched, QEvent* event) override;
 
+    Prompts& prompts_;
     QFileSystemModel* model_;
     bool userMoved_ = false;
     QString following_;

@@ -50,6 +50,12 @@ public:
         thread_.Ask([&] { answer = window_.AskConflict(text); });
         return answer;
     }
+    std::optional<QString> AskText(const QString& title, const QString& label,
+                                   const QString& text) override {
+        std::optional<QString> answer;
+        thread_.Ask([&] { answer = window_.AskText(title, label, text); });
+        return answer;
+    }
     MountLoginAnswer AskMountLogin(const MountLogin& request) override {
         MountLoginAnswer answer;
         thread_.Ask([&] { answer = window_.AskMountLogin(request); });

@@ -114,6 +114,9 @@ public:
     virtual std::optional<int32_t> ChooseColor(int32_t bgr, std::array<int32_t, 16>& custom) = 0;
     // Skip, Replace or Cancel for a name already at a copy's target, with "for all remaining".
     virtual ConflictAnswer AskConflict(const QString& text) = 0;
+    // A line of text (a new folder's name) under `label`, `text` offered; nothing on cancel.
+    virtual std::optional<QString> AskText(const QString& title, const QString& label,
+                                           const QString& text) = 0;
     // A share being mounted asks for a login.
     virtual MountLoginAnswer AskMountLogin(const MountLogin& request) = 0;
     // A share being mounted asks a question (an unknown host key): the choice's index, -1 on
@@ -132,6 +135,9 @@ public:
     void ShowFileProperties(const std::string&) override {}
     std::optional<int32_t> ChooseColor(int32_t, std::array<int32_t, 16>&) override { return {}; }
     ConflictAnswer AskConflict(const QString&) override { return {ConflictChoice::Skip, true}; }
+    std::optional<QString> AskText(const QString&, const QString&, const QString&) override {
+        return {};
+    }
     MountLoginAnswer AskMountLogin(const MountLogin&) override { return {}; }
     int AskMountChoice(const QString&, const QStringList&) override { return -1; }
 };

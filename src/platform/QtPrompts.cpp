@@ -13,6 +13,7 @@
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QHeaderView>
+#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -118,7 +119,7 @@ MessageAnswer QtPrompts::Message(const QString& text, MessageIcon icon, MessageB
 }
 
 std::string QtPrompts::PickFolder(const FolderRequest& request) {
-    FolderPickerDialog dialog(request, Owner());
+    FolderPickerDialog dialog(request, *this, Owner());
     if (dialog.exec() != QDialog::Accepted) {
         return {};
     }
@@ -186,6 +187,14 @@ ConflictAnswer QtPrompts::AskConflict(const QString& text) {
                                   : box.clickedButton() == replace ? ConflictChoice::Replace
                                                                    : ConflictChoice::Cancel;
     return {choice, forAll->isChecked()};
+}
+
+std::optional<QString> QtPrompts::AskText(const QString& title, const QString& label,
+                                          const QString& text) {
+    bool ok = false;
+    const QString answer =
+        QInputDialog::getText(Owner(), title, label, QLineEdit::Normal, text, &ok);
+    return ok ? std::optional<QString>(answer) : std::nullopt;
 }
 
 // GIO's own words for the share, then a field for each thing it needs; a share that takes

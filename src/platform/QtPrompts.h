@@ -28,6 +28,8 @@ public:
     void ShowFileProperties(const std::string& path) override;
     ConflictAnswer AskConflict(const QString& text) override;
     std::optional<int32_t> ChooseColor(int32_t bgr, std::array<int32_t, 16>& custom) override;
+    std::optional<QString> AskText(const QString& title, const QString& label,
+                                   const QString& text) override;
     MountLoginAnswer AskMountLogin(const MountLogin& request) override;
     int AskMountChoice(const QString& message, const QStringList& choices) override;
     int ShowModal(QDialog* dialog) override;
