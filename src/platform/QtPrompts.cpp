@@ -71,6 +71,41 @@ QString KeepPathsWhole(const QString& text, const QFontMetrics& metrics, int roo
     return lines.join(QLatin1Char('\n'));
 }
 
+namespace {
+
+QMessageBox::Icon BoxIcon(MessageIcon icon) {
+    switch (icon) {
+    case MessageIcon::Information:
+        return QMessageBox::Information;
+    case MessageIcon::Warning:
+        return QMessageBox::Warning;
+    case MessageIcon::Critical:
+        return QMessageBox::Critical;
+    case MessageIcon::Question:
+        return QMessageBox::Question;
+    case MessageIcon::None:
+        break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+QMessageBox::StandardButtons BoxButtons(MessageButtons buttons) {
+    switch (buttons) {
+    case MessageButtons::OkCancel:
+        return QMessageBox::Ok | QMessageBox::Cancel;
+    case MessageButtons::YesNo:
+    case MessageButtons::YesNoDefaultNo:
+        return QMessageBox::Yes | QMessageBox::No;
+    case MessageButtons::YesNoCancel:
+        return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    case MessageButtons::Ok:
+        break;
+    }
+    return QMessageBox::Ok;
+}
+
+} // namespace
+
 QWidget* QtPrompts::Owner() const {
     if (QWidget* modal = QApplication::activeModalWidget()) {
         return modal;
@@ -84,15 +119,8 @@ MessageAnswer QtPrompts::Message(const QString& text, MessageIcon icon, MessageB
     box.setWindowTitle(title.isEmpty() ? kApplicationTitle : title);
     box.setTextFormat(Qt::PlainText);
     box.setText(text);
-    static constexpr QMessageBox::Icon kIcons[] = {QMessageBox::NoIcon, QMessageBox::Information,
-                                                   QMessageBox::Warning, QMessageBox::Critical,
-                                                   QMessageBox::Question};
-    box.setIcon(kIcons[static_cast<int>(icon)]);
-    static constexpr QMessageBox::StandardButtons kButtons[] = {
-        QMessageBox::Ok, QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Yes | QMessageBox::No,
-        QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
-        QMessageBox::Yes | QMessageBox::No};
-    box.setStandardButtons(kButtons[static_cast<int>(buttons)]);
+    box.setIcon(BoxIcon(icon));
+    box.setStandardButtons(BoxButtons(buttons));
     if (buttons == MessageButtons::YesNoDefaultNo) {
         box.setDefaultButton(QMessageBox::No);
     }
