@@ -1,4 +1,4 @@
-#include "app/StatusLine.h"
+#include "output/StatusLine.h"
 
 #include "QtPrinters.h"
 

@@ -1,10 +1,10 @@
 #include "app/ResultListModel.h"
 
-#include "app/FileDrag.h"
-#include "app/ListCellDelegate.h"
 #include "search/FileDataArray.h"
 #include "search/PathText.h"
 #include "search/SearchStatus.h"
+#include "widgets/FileDrag.h"
+#include "widgets/ListCellDelegate.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/StatusLine.h"
 #include "fileops/modBrowse.h"
+#include "output/StatusLine.h"
 
 #include <QString>
 #include <cstdint>

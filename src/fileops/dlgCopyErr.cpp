@@ -1,7 +1,5 @@
 #include "fileops/dlgCopyErr.h"
 
-#include "app/FileDrag.h"
-#include "app/ListCellDelegate.h"
 #include "fileops/CommandThread.h"
 #include "fileops/modShell.h"
 #include "output/ListSaving.h"
@@ -9,6 +7,8 @@
 #include "platform/Prompts.h"
 #include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
+#include "widgets/FileDrag.h"
+#include "widgets/ListCellDelegate.h"
 
 #include <QActionGroup>
 #include <QApplication>

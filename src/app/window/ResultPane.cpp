@@ -1,6 +1,5 @@
 #include "app/window/ResultPane.h"
 
-#include "app/ListCellDelegate.h"
 #include "app/ResultListModel.h"
 #include "app/frmMain.h"
 #include "app/window/CommandRunner.h"
@@ -8,6 +7,7 @@
 #include "app/window/SelectionCommands.h"
 #include "app/window/WindowContext.h"
 #include "settings/modPProfile.h"
+#include "widgets/ListCellDelegate.h"
 
 #include <QContextMenuEvent>
 #include <QGridLayout>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/StatusLine.h"
+#include "output/StatusLine.h"
 #include "platform/EventYield.h"
 #include "search/SearchSession.h"
 #include "settings/MaskFavorites.h"

@@ -1,4 +1,4 @@
-#include "app/FileDrag.h"
+#include "widgets/FileDrag.h"
 
 #include "search/SearchStatus.h"
 

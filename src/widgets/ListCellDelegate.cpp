@@ -1,4 +1,4 @@
-#include "app/ListCellDelegate.h"
+#include "widgets/ListCellDelegate.h"
 
 #include "settings/AppSettings.h"
 
