@@ -1,5 +1,5 @@
-#include "app/Cli.h"
 #include "app/MainStartup.h"
+#include "cli/Cli.h"
 #include "platform/GioDesktop.h"
 #include "platform/UniqueFd.h"
 
