@@ -2,8 +2,8 @@
 // All on a result list of 500 000 rows (list and report view), after a "*.*" search of ROOT.
 // Runs on Qt's offscreen platform. Usage: viewbench ROOT [RUNS]
 #include "analysis/Census.h"
+#include "analysis/ResultViews.h"
 #include "app/ResultListModel.h"
-#include "app/ResultViews.h"
 #include "platform/CancelFlag.h"
 #include "search/SearchSession.h"
 

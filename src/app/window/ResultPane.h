@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/ResultViews.h"
+#include "analysis/ResultViews.h"
 #include "fileops/FileCommands.h"
 
 #include <QCoreApplication>

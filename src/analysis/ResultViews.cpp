@@ -1,4 +1,4 @@
-#include "app/ResultViews.h"
+#include "analysis/ResultViews.h"
 
 #include "search/FileDataArray.h"
 #include "search/PathText.h"
