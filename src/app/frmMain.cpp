@@ -59,8 +59,12 @@ frmMain::frmMain(modPProfile& profile, WindowPrompts& prompts, Desktop& desktop,
                  QWidget* parent)
     : QMainWindow(parent), shared_(profile, prompts, desktop, cancel), request_(*this, shared_),
       search_(*this, shared_), results_(*this, shared_), types_(*this, shared_),
-      selection_(*this, shared_), commands_(*this, shared_), menus_(*this, shared_),
-      monitor_(*this, shared_) {
+      selection_(*this, shared_), commands_(*this, shared_),
+      menuCommands_(results_, request_, selection_, types_, commands_, desktop,
+                    {[this] { NewResults(); }, [this] { close(); },
+                     [this](PreferencesTab tab) { ShowPreferences(tab); },
+                     [this] { emit AboutRequested(); }}),
+      menus_(*this, menuCommands_, shared_), monitor_(*this, shared_) {
     setObjectName("frmMain");
     setWindowTitle(kApplicationTitle);
     setWindowIcon(AppIcon());

@@ -3,6 +3,7 @@
 #include "app/window/ChangeMonitor.h"
 #include "app/window/CommandRunner.h"
 #include "app/window/MainMenus.h"
+#include "app/window/MenuCommands.h"
 #include "app/window/ResultPane.h"
 #include "app/window/SearchController.h"
 #include "app/window/SearchRequest.h"
@@ -75,6 +76,7 @@ private:
     TypeCommands types_;
     SelectionCommands selection_;
     CommandRunner commands_;
+    WindowMenuCommands menuCommands_;
     MainMenus menus_;
     ChangeMonitor monitor_;
 };

@@ -12,7 +12,8 @@ class QAction;
 class QMenu;
 class QMenuBar;
 class QPoint;
-class frmMain;
+class MenuCommands;
+class QWidget;
 struct WindowContext;
 
 // The menu bar and the result lists' popups, built from tables, and when each entry may be used.
@@ -20,7 +21,9 @@ class MainMenus {
     Q_DECLARE_TR_FUNCTIONS(frmMain)
 
 public:
-    MainMenus(frmMain& window, WindowContext& shared) : window_(window), shared_(shared) {}
+    // Actions and popups belong to `owner`; entries start `commands`.
+    MainMenus(QWidget& owner, MenuCommands& commands, WindowContext& shared)
+        : owner_(owner), commands_(commands), shared_(shared) {}
 
     void Build(QMenuBar* bar);
     // The Masks menu anew: its fixed entries, "*.*" and the favourites as they are now.
@@ -68,7 +71,8 @@ private:
     void BuildFolderPopup();
     bool Allows(Needs needs) const;
 
-    frmMain& window_;
+    QWidget& owner_;
+    MenuCommands& commands_;
     WindowContext& shared_;
     std::vector<std::pair<QAction*, Needs>> states_;
     QMenu* masksMenu_ = nullptr;
