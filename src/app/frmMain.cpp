@@ -57,14 +57,27 @@ private:
 
 frmMain::frmMain(modPProfile& profile, WindowPrompts& prompts, Desktop& desktop, CancelFlag& cancel,
                  QWidget* parent)
-    : QMainWindow(parent), shared_(profile, prompts, desktop, cancel), request_(*this, shared_),
-      search_(*this, shared_), results_(*this, shared_), types_(*this, shared_),
-      selection_(*this, shared_), commands_(*this, shared_),
+    : QMainWindow(parent), shared_(profile, prompts, desktop, cancel),
+      request_(*this, shared_,
+               {[this] { search_.ButtonClicked(); }, [this] { return search_.Searching(); },
+                [this] { types_.ShowFileTypes(); }}),
+      search_(*this, shared_),
+      results_(*this, shared_,
+               {[this](PendingAction action) { commands_.Request(action); },
+                [this](const QPoint& global) { menus_.ShowPopup(global); },
+                [this](bool shift) { selection_.DoubleClicked(shift); },
+                [this] { menus_.UpdateStates(); }}),
+      types_(*this, shared_), selection_(*this, shared_), commands_(*this, shared_),
       menuCommands_(results_, request_, selection_, types_, commands_, desktop,
                     {[this] { NewResults(); }, [this] { close(); },
                      [this](PreferencesTab tab) { ShowPreferences(tab); },
                      [this] { emit AboutRequested(); }}),
-      menus_(*this, menuCommands_, shared_), monitor_(*this, shared_) {
+      menus_(*this, menuCommands_, shared_),
+      monitor_(*this, shared_,
+               {[this](const QString& tip) { statusBar()->setToolTip(tip); },
+                [this] { return commands_.Running(); },
+                [this] { return results_.VisibleRowCount(); },
+                [this] { search_.ButtonClicked(); }}) {
     setObjectName("frmMain");
     setWindowTitle(kApplicationTitle);
     setWindowIcon(AppIcon());

@@ -1,9 +1,5 @@
 #include "app/window/ChangeMonitor.h"
 
-#include "app/frmMain.h"
-#include "app/window/CommandRunner.h"
-#include "app/window/ResultPane.h"
-#include "app/window/SearchController.h"
 #include "app/window/WindowContext.h"
 #include "fileops/FileCommands.h"
 #include "search/FolderWatch.h"
@@ -15,10 +11,10 @@
 #include <QStatusBar>
 #include <QTimer>
 
-ChangeMonitor::ChangeMonitor(frmMain& window, WindowContext& shared)
-    : window_(window), shared_(shared), retry_(new QTimer(&window)) {
+ChangeMonitor::ChangeMonitor(QWidget& owner, WindowContext& shared, Hooks hooks)
+    : owner_(owner), hooks_(std::move(hooks)), shared_(shared), retry_(new QTimer(&owner)) {
     retry_->setSingleShot(true);
-    QObject::connect(retry_, &QTimer::timeout, &window, [this] { Act(); });
+    QObject::connect(retry_, &QTimer::timeout, &owner, [this] { Act(); });
 }
 
 ChangeMonitor::~ChangeMonitor() {
@@ -40,23 +36,23 @@ void ChangeMonitor::Watch(const SearchSession& session) {
         return;
     }
     if (session.RootKind() != FileSystemKind::Disk) {
-        window_.statusBar()->setToolTip(FolderWatch::RemoteProblem());
+        hooks_.explain(FolderWatch::RemoteProblem());
         return;
     }
     watch_ = std::make_unique<FolderWatch>(session.Options(), limit_);
     if (watch_->CurrentState() == FolderWatch::State::Failed) {
-        window_.statusBar()->setToolTip(watch_->Problem());
+        hooks_.explain(watch_->Problem());
         watch_.reset();
         return;
     }
-    notifier_ = new QSocketNotifier(watch_->Fd(), QSocketNotifier::Read, &window_);
-    QObject::connect(notifier_, &QSocketNotifier::activated, &window_, [this] { ReadChanges(); });
+    notifier_ = new QSocketNotifier(watch_->Fd(), QSocketNotifier::Read, &owner_);
+    QObject::connect(notifier_, &QSocketNotifier::activated, &owner_, [this] { ReadChanges(); });
     auto added = std::make_shared<std::promise<void>>();
     added_ = added->get_future().share();
     // Once the list is painted (its events are posted before this); the thread tells the
     // window when it is done, and a watch begun since makes the word stale.
     QMetaObject::invokeMethod(
-        &window_,
+        &owner_,
         [this, &session, added, generation = generation_] {
             if (generation != generation_) {
                 added->set_value();
@@ -65,7 +61,7 @@ void ChangeMonitor::Watch(const SearchSession& session) {
             // The same search still (a new one makes the word stale): its store stands.
             watch_->Start(FolderPaths(session.Store()), [this, added, generation] {
                 QMetaObject::invokeMethod(
-                    &window_, [this, generation] { Added(generation); }, Qt::QueuedConnection);
+                    &owner_, [this, generation] { Added(generation); }, Qt::QueuedConnection);
                 added->set_value();
             });
         },
@@ -74,7 +70,7 @@ void ChangeMonitor::Watch(const SearchSession& session) {
 
 void ChangeMonitor::Stop() {
     ++generation_;
-    window_.statusBar()->setToolTip({}); // nothing watched, nothing to explain
+    hooks_.explain({}); // nothing watched, nothing to explain
     if (notifier_ != nullptr) {
         // Perhaps in its own signal (a change that made the search run again).
         notifier_->setEnabled(false);
@@ -101,7 +97,7 @@ void ChangeMonitor::Added(unsigned generation) {
         const QString problem = watch_->Problem();
         Stop();
         // The status line's tool tip says why nothing is watched.
-        window_.statusBar()->setToolTip(problem);
+        hooks_.explain(problem);
     }
 }
 
@@ -124,12 +120,11 @@ void ChangeMonitor::Act() {
     if (!changed_) {
         return;
     }
-    if (shared_.busy || window_.Commands().Running() || QApplication::activeModalWidget()) {
+    if (shared_.busy || hooks_.commandRunning() || QApplication::activeModalWidget()) {
         retry_->start(1000);
         return;
     }
-    const Rescan advice =
-        RescanOrAdvise(shared_.profile.Settings(), window_.Results().VisibleRowCount());
+    const Rescan advice = RescanOrAdvise(shared_.profile.Settings(), hooks_.visibleRows());
     if (advice != Rescan::Now) {
         changed_ = false;
         shared_.status.Set(StatusPart::Message, RescanAdviceText(Rescan::AdviseChanged));
@@ -141,7 +136,7 @@ void ChangeMonitor::Act() {
     }
     changed_ = false;
     lastRescan_.start();
-    window_.Search().ButtonClicked();
+    hooks_.rescan();
 }
 
 void ChangeMonitor::WaitForWatchesForTesting() {

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <functional>
 #include <future>
 #include <memory>
 #include <string>
@@ -10,7 +11,7 @@
 class FolderWatch;
 class QSocketNotifier;
 class QTimer;
-class frmMain;
+class QWidget;
 class SearchSession;
 struct WindowContext;
 
@@ -22,7 +23,16 @@ class ChangeMonitor {
     Q_DECLARE_TR_FUNCTIONS(frmMain)
 
 public:
-    ChangeMonitor(frmMain& window, WindowContext& shared);
+    // What the monitor asks of the window: a tool tip on the status bar that explains what is
+    // not watched, whether a command runs, the rows shown, and a search again.
+    struct Hooks {
+        std::function<void(const QString&)> explain;
+        std::function<bool()> commandRunning;
+        std::function<int()> visibleRows;
+        std::function<void()> rescan;
+    };
+    // Its timers and notifier belong to `owner`.
+    ChangeMonitor(QWidget& owner, WindowContext& shared, Hooks hooks);
     ~ChangeMonitor();
 
     // Begins watching the search just shown: the folders its walk entered, added in the
@@ -46,7 +56,8 @@ private:
     void Act();
     void JoinCloser();
 
-    frmMain& window_;
+    QWidget& owner_;
+    Hooks hooks_;
     WindowContext& shared_;
     std::unique_ptr<FolderWatch> watch_;
     QSocketNotifier* notifier_ = nullptr;

@@ -1,11 +1,8 @@
 #include "app/window/ResultPane.h"
 
 #include "app/ResultListModel.h"
-#include "app/frmMain.h"
-#include "app/window/CommandRunner.h"
-#include "app/window/MainMenus.h"
-#include "app/window/SelectionCommands.h"
 #include "app/window/WindowContext.h"
+#include "fileops/FileCommands.h"
 #include "settings/modPProfile.h"
 #include "widgets/ListCellDelegate.h"
 
@@ -24,8 +21,8 @@
 #include <algorithm>
 #include <numeric>
 
-ResultPane::ResultPane(frmMain& window, WindowContext& shared)
-    : window_(window), shared_(shared), views_(shared.session.Store()) {
+ResultPane::ResultPane(QWidget& owner, WindowContext& shared, Hooks hooks)
+    : owner_(owner), hooks_(std::move(hooks)), shared_(shared), views_(shared.session.Store()) {
 }
 
 QLayout* ResultPane::Build(QWidget* parent) {
@@ -49,8 +46,8 @@ QLayout* ResultPane::Build(QWidget* parent) {
 
     // The three lists share one place; only one is shown at a time.
     auto* lists = new QGridLayout;
-    model1_ = new ResultListModel(shared_.session.Store(), &window_);
-    model2_ = new ResultListModel(shared_.session.Store(), &window_);
+    model1_ = new ResultListModel(shared_.session.Store(), &owner_);
+    model2_ = new ResultListModel(shared_.session.Store(), &owner_);
     List1 = new QTreeView(parent);
     List2 = new QTreeView(parent);
     for (auto [list, model, name] :
@@ -65,7 +62,7 @@ QLayout* ResultPane::Build(QWidget* parent) {
     ResetPlaceholder();
     lists->addWidget(lstDummy, 0, 0);
     layout->addLayout(lists, 1);
-    QObject::connect(tsResults, &QTabBar::currentChanged, &window_,
+    QObject::connect(tsResults, &QTabBar::currentChanged, &owner_,
                      [this](int tab) { TabChanged(tab); });
     return layout;
 }
@@ -89,22 +86,22 @@ void ResultPane::SetUpList(QTreeView* list, ResultListModel* model, const char* 
     header->setSectionsClickable(true);
     header->setSortIndicator(-1, Qt::AscendingOrder);
     header->setSortIndicatorShown(true);
-    QObject::connect(header, &QHeaderView::sortIndicatorChanged, &window_,
+    QObject::connect(header, &QHeaderView::sortIndicatorChanged, &owner_,
                      [model](int column, Qt::SortOrder order) {
                          if (column >= 0) {
                              model->sort(column, order);
                          }
                      });
     const auto count = [this] { UpdateSelectedCount(); };
-    QObject::connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, &window_,
+    QObject::connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, &owner_,
                      count);
-    QObject::connect(model, &QAbstractItemModel::modelReset, &window_, count);
-    QObject::connect(model, &QAbstractItemModel::rowsRemoved, &window_, count);
+    QObject::connect(model, &QAbstractItemModel::modelReset, &owner_, count);
+    QObject::connect(model, &QAbstractItemModel::rowsRemoved, &owner_, count);
     // Context menus come through the event filter: a click, Shift+F10 or the Menu key.
-    list->installEventFilter(&window_);
-    list->viewport()->installEventFilter(&window_);
-    QObject::connect(list, &QAbstractItemView::doubleClicked, &window_,
-                     [this] { window_.Selection().DoubleClicked(shiftAtPress_); });
+    list->installEventFilter(&owner_);
+    list->viewport()->installEventFilter(&owner_);
+    QObject::connect(list, &QAbstractItemView::doubleClicked, &owner_,
+                     [this] { hooks_.doubleClicked(shiftAtPress_); });
 }
 
 void ResultPane::ClearLists() {
@@ -220,7 +217,7 @@ void ResultPane::SyncViews() {
         ShowList(List1);
     }
     lblResultType->setText(views_.LabelText(std::max(current, 0)));
-    window_.Menus().UpdateStates();
+    hooks_.shownListChanged();
 }
 
 void ResultPane::ShowTab(int tab) {
@@ -243,7 +240,7 @@ void ResultPane::TabChanged(int tab) {
     }
     lblResultType->setText(views_.LabelText(tab));
     UpdateSelectedCount();
-    window_.Menus().UpdateStates(); // the filters need a list of files
+    hooks_.shownListChanged(); // the filters need a list of files
 }
 
 void ResultPane::UpdateSelectedCount() {
@@ -387,20 +384,20 @@ bool ResultPane::ListEvent(QObject* watched, QEvent* event) {
         if (event->type() == QEvent::KeyPress) {
             const auto* key = static_cast<QKeyEvent*>(event);
             if (key->key() == Qt::Key_Delete && key->modifiers() == Qt::NoModifier) {
-                window_.Commands().Request(FolderResults() ? PendingAction::DeleteFolder
-                                                           : PendingAction::DeleteFiles);
+                hooks_.request(FolderResults() ? PendingAction::DeleteFolder
+                                               : PendingAction::DeleteFiles);
                 return true;
             }
             if (key->key() == Qt::Key_Menu ||
                 (key->key() == Qt::Key_F10 && key->modifiers() == Qt::ShiftModifier)) {
-                window_.Menus().ShowPopup(list->viewport()->mapToGlobal(atRow));
+                hooks_.popup(list->viewport()->mapToGlobal(atRow));
                 return true;
             }
         } else if (event->type() == QEvent::ContextMenu) {
             const auto* menu = static_cast<QContextMenuEvent*>(event);
-            window_.Menus().ShowPopup(menu->reason() == QContextMenuEvent::Keyboard
-                                          ? list->viewport()->mapToGlobal(atRow)
-                                          : menu->globalPos());
+            hooks_.popup(menu->reason() == QContextMenuEvent::Keyboard
+                             ? list->viewport()->mapToGlobal(atRow)
+                             : menu->globalPos());
             return true;
         }
     }

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QString>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,7 +18,9 @@ class QObject;
 class QTreeView;
 class QWidget;
 class ResultListModel;
-class frmMain;
+class QWidget;
+class QPoint;
+enum class PendingAction;
 struct WindowContext;
 
 // The result views and what shows them: the tabs, the two lists (the first view, and whichever
@@ -26,7 +29,17 @@ class ResultPane : private ResultViews::Observer {
     Q_DECLARE_TR_FUNCTIONS(frmMain)
 
 public:
-    ResultPane(frmMain& window, WindowContext& shared);
+    // What the lists ask of the window: a command on the selection (the Delete key), the popup
+    // at a point, a double click (with Shift as it was when the mouse went down), and the menus
+    // brought up to date when the list shown changes.
+    struct Hooks {
+        std::function<void(PendingAction)> request;
+        std::function<void(const QPoint& global)> popup;
+        std::function<void(bool shift)> doubleClicked;
+        std::function<void()> shownListChanged;
+    };
+    // The lists' models and connections belong to `owner`.
+    ResultPane(QWidget& owner, WindowContext& shared, Hooks hooks);
 
     // The tabs, the labels and the lists, on `parent`.
     QLayout* Build(QWidget* parent);
@@ -87,7 +100,8 @@ private:
     void RowRemoving(int tab, int row) override;
     void RowRemoved(int tab) override;
 
-    frmMain& window_;
+    QWidget& owner_;
+    Hooks hooks_;
     WindowContext& shared_;
     ResultViews views_;
     bool folderResults_ = false;

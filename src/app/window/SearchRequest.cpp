@@ -1,6 +1,5 @@
 #include "app/window/SearchRequest.h"
 
-#include "app/frmMain.h"
 #include "app/window/WindowContext.h"
 #include "fileops/modBrowse.h"
 #include "platform/WindowPrompts.h"
@@ -75,9 +74,9 @@ QLayout* SearchRequest::BuildOptions(QWidget* parent) {
     for (int i = 0; i < 3; ++i) {
         chkOpts[i] = new QCheckBox(tr(optionTexts[i]), parent);
         chkOpts[i]->setObjectName(QStringLiteral("chkOpts_%1").arg(i));
-        QObject::connect(chkOpts[i], &QCheckBox::clicked, &window_,
+        QObject::connect(chkOpts[i], &QCheckBox::clicked, &owner_,
                          [this, i] { OptionClicked(static_cast<OptionBox>(i)); });
-        chkOpts[i]->installEventFilter(&window_);
+        chkOpts[i]->installEventFilter(&owner_);
         options->addWidget(chkOpts[i]);
     }
     Box(OptionBox::Subfolders)->setChecked(true);
@@ -88,7 +87,7 @@ QLayout* SearchRequest::BuildOptions(QWidget* parent) {
         optListTypes[i] = new QRadioButton(tr(typeTexts[i]), parent);
         optListTypes[i]->setObjectName(QStringLiteral("optListTypes_%1").arg(i));
         listTypes->addButton(optListTypes[i], i);
-        optListTypes[i]->installEventFilter(&window_);
+        optListTypes[i]->installEventFilter(&owner_);
         options->addWidget(optListTypes[i]);
     }
     optListTypes[0]->setChecked(true);
@@ -96,19 +95,18 @@ QLayout* SearchRequest::BuildOptions(QWidget* parent) {
 }
 
 void SearchRequest::Connect() {
-    QObject::connect(cmdSearch, &QPushButton::clicked, &window_,
-                     [this] { window_.Search().ButtonClicked(); });
+    QObject::connect(cmdSearch, &QPushButton::clicked, &owner_, [this] { hooks_.searchClicked(); });
     // Enter in either field starts a search, as the default button would.
     for (QLineEdit* field : {txtStartPath, txtObjMask}) {
-        QObject::connect(field, &QLineEdit::returnPressed, &window_, [this] {
-            if (!window_.Search().Searching()) {
-                window_.Search().ButtonClicked();
+        QObject::connect(field, &QLineEdit::returnPressed, &owner_, [this] {
+            if (!hooks_.searching()) {
+                hooks_.searchClicked();
             }
         });
     }
-    QObject::connect(cmdPathBack, &QToolButton::clicked, &window_, [this] { PathBackClicked(); });
-    QObject::connect(cmdFileTypes, &QPushButton::clicked, &window_,
-                     [this] { window_.Types().ShowFileTypes(); });
+    QObject::connect(cmdPathBack, &QToolButton::clicked, &owner_, [this] { PathBackClicked(); });
+    QObject::connect(cmdFileTypes, &QPushButton::clicked, &owner_,
+                     [this] { hooks_.fileTypesClicked(); });
 }
 
 SearchOptions SearchRequest::Options() const {
@@ -234,7 +232,7 @@ void SearchRequest::OptionClicked(OptionBox box) {
         } else {
             status.Clear(StatusPart::Mode);
         }
-        if (window_.Search().Searching()) {
+        if (hooks_.searching()) {
             // Folder names will no longer appear on the status line.
             status.Clear(StatusPart::Matched);
             if (checked) {

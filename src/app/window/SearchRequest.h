@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QString>
 #include <array>
+#include <functional>
 #include <string>
 
 class QCheckBox;
@@ -16,7 +17,7 @@ class QPushButton;
 class QRadioButton;
 class QToolButton;
 class QWidget;
-class frmMain;
+class QWidget;
 namespace modBrowse {
 enum class PickPurpose;
 }
@@ -31,7 +32,16 @@ class SearchRequest {
     Q_DECLARE_TR_FUNCTIONS(frmMain)
 
 public:
-    SearchRequest(frmMain& window, WindowContext& shared) : window_(window), shared_(shared) {}
+    // What the fields ask of the window: Begin Search (or its Cancel) clicked, whether a search
+    // runs, and the census.
+    struct Hooks {
+        std::function<void()> searchClicked;
+        std::function<bool()> searching;
+        std::function<void()> fileTypesClicked;
+    };
+    // Connections and event filters belong to `owner`.
+    SearchRequest(QWidget& owner, WindowContext& shared, Hooks hooks)
+        : owner_(owner), hooks_(std::move(hooks)), shared_(shared) {}
 
     // The controls, on `parent`, as two rows.
     QLayout* Build(QWidget* parent);
@@ -72,7 +82,8 @@ private:
     void OptionClicked(OptionBox box);
     QCheckBox* Box(OptionBox box) const { return chkOpts[static_cast<size_t>(box)]; }
 
-    frmMain& window_;
+    QWidget& owner_;
+    Hooks hooks_;
     WindowContext& shared_;
     std::string startPathBytes_;
     QString startPathShown_;
