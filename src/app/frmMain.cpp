@@ -67,7 +67,8 @@ frmMain::frmMain(modPProfile& profile, WindowPrompts& prompts, Desktop& desktop,
                 [this](const QPoint& global) { menus_.ShowPopup(global); },
                 [this](bool shift) { selection_.DoubleClicked(shift); },
                 [this] { menus_.UpdateStates(); }}),
-      types_(*this, shared_), selection_(*this, shared_), commands_(*this, shared_),
+      types_(*this, results_, request_, shared_), selection_(results_, request_, shared_),
+      commands_(*this, shared_),
       menuCommands_(results_, request_, selection_, types_, commands_, desktop,
                     {[this] { NewResults(); }, [this] { close(); },
                      [this](PreferencesTab tab) { ShowPreferences(tab); },
@@ -79,6 +80,11 @@ frmMain::frmMain(modPProfile& profile, WindowPrompts& prompts, Desktop& desktop,
                 [this] { return results_.VisibleRowCount(); },
                 [this] { search_.ButtonClicked(); }}) {
     setObjectName("frmMain");
+    shared_.busyChanged = [this](bool busy) {
+        menus_.SetBusy(busy);
+        request_.SetBusy(busy);
+        results_.SetBusy(busy);
+    };
     setWindowTitle(kApplicationTitle);
     setWindowIcon(AppIcon());
     shared_.progress = new dlgProgress(cancel, profile.Settings(), shared_.yield, this);
@@ -130,10 +136,7 @@ void frmMain::BuildStatusBar() {
 }
 
 void frmMain::SetBusy(bool busy) {
-    shared_.busy = busy;
-    menus_.SetBusy(busy);
-    request_.SetBusy(busy);
-    results_.SetBusy(busy);
+    shared_.SetBusy(busy);
 }
 
 void frmMain::NewResults() {

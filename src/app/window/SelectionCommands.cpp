@@ -1,6 +1,5 @@
 #include "app/window/SelectionCommands.h"
 
-#include "app/frmMain.h"
 #include "app/window/ResultPane.h"
 #include "app/window/SearchRequest.h"
 #include "app/window/WindowContext.h"
@@ -18,41 +17,38 @@
 
 void SelectionCommands::OpenSelected() {
     if (!shared_.busy) {
-        modShell::ShellOpenSelected(window_.Results().SelectedPaths(),
-                                    window_.Results().FolderResults(), shared_.profile.Settings(),
-                                    shared_.prompts, shared_.desktop);
+        modShell::ShellOpenSelected(results_.SelectedPaths(), results_.FolderResults(),
+                                    shared_.profile.Settings(), shared_.prompts, shared_.desktop);
     }
 }
 
 void SelectionCommands::OpenSelectedWithNotepad() {
     if (!shared_.busy) {
-        modShell::ShellOpenWithNotepad(window_.Results().SelectedPaths(),
-                                       shared_.profile.Settings(), shared_.prompts,
-                                       shared_.desktop);
+        modShell::ShellOpenWithNotepad(results_.SelectedPaths(), shared_.profile.Settings(),
+                                       shared_.prompts, shared_.desktop);
     }
 }
 
 void SelectionCommands::OpenSelectedWithDialog() {
     if (!shared_.busy) {
-        modShell::ShellOpenWithDialog(window_.Results().SelectedPaths(), shared_.profile.Settings(),
+        modShell::ShellOpenWithDialog(results_.SelectedPaths(), shared_.profile.Settings(),
                                       shared_.prompts, shared_.desktop);
     }
 }
 
 void SelectionCommands::ShowSelectedProperties() {
     if (!shared_.busy) {
-        modShell::ShellShowProperties(window_.Results().SelectedPaths(), shared_.prompts,
-                                      shared_.desktop);
+        modShell::ShellShowProperties(results_.SelectedPaths(), shared_.prompts, shared_.desktop);
     }
 }
 
 void SelectionCommands::SetAsNewStartPath() {
-    const std::vector<std::string> paths = window_.Results().SelectedPaths();
+    const std::vector<std::string> paths = results_.SelectedPaths();
     if (shared_.busy || paths.empty()) {
         return;
     }
-    window_.Request().SetStartPath(paths.front());
-    window_.Request().ClearFoldersOnly();
+    request_.SetStartPath(paths.front());
+    request_.ClearFoldersOnly();
 }
 
 void SelectionCommands::DoubleClicked(bool shiftHeld) {
@@ -65,7 +61,7 @@ void SelectionCommands::DoubleClicked(bool shiftHeld) {
         ShowSelectedProperties();
         break;
     case DoubleClickAction::SelectAll:
-        window_.Results().SelectAll();
+        results_.SelectAll();
         break;
     }
 }
@@ -74,7 +70,7 @@ void SelectionCommands::SaveResultList() {
     if (shared_.busy) {
         return;
     }
-    window_.SetBusy(true);
+    shared_.SetBusy(true);
     bool entireList = true;
     const std::string path = modFileDialog::AskForOutputFile(shared_.prompts, shared_.profile, true,
                                                              entireList, "", true);
@@ -82,19 +78,19 @@ void SelectionCommands::SaveResultList() {
     if (!path.empty()) {
         ShowWriteError(WriteOffThread(
             shared_.cancel, path,
-            [path, lines = window_.Results().RowPaths(!entireList),
+            [path, lines = results_.RowPaths(!entireList),
              sorted = shared_.profile.Settings().QSSortResultsOnSave](CommandThread&) mutable {
                 return WriteLines(path, std::move(lines), sorted);
             }));
     }
-    window_.SetBusy(false);
+    shared_.SetBusy(false);
 }
 
 void SelectionCommands::SaveAllResults() {
     if (shared_.busy || shared_.session.Store().UBound() < 0) {
         return;
     }
-    window_.SetBusy(true);
+    shared_.SetBusy(true);
     bool entireList = true;
     const std::string path = modFileDialog::AskForOutputFile(shared_.prompts, shared_.profile,
                                                              false, entireList, "", true);
@@ -124,7 +120,7 @@ void SelectionCommands::SaveAllResults() {
             }));
         progress->Destroy(); // also when the write was left behind before it could
     }
-    window_.SetBusy(false);
+    shared_.SetBusy(false);
 }
 
 void SelectionCommands::ShowWriteError(const std::string& error) {
@@ -138,7 +134,7 @@ void SelectionCommands::CopySelectionToClipboard() {
     if (shared_.busy) {
         return;
     }
-    const int selected = window_.Results().SelectedCount();
+    const int selected = results_.SelectedCount();
     if (selected > kClipboardLimit) {
         shared_.prompts.Message(
             tr("Over 1000 items have been selected, which can seriously degrade system "
@@ -149,7 +145,7 @@ void SelectionCommands::CopySelectionToClipboard() {
     StatusLine& status = shared_.status;
     if (selected > 0) {
         const std::string text =
-            ClipboardText(window_.Results().SelectedPaths(), [&status](const QString& message) {
+            ClipboardText(results_.SelectedPaths(), [&status](const QString& message) {
                 status.Set(StatusPart::Message, message);
             });
         QClipboard* clipboard = QGuiApplication::clipboard();

@@ -2,7 +2,8 @@
 
 #include <QCoreApplication>
 
-class frmMain;
+class ResultPane;
+class SearchRequest;
 struct WindowContext;
 
 // What is done with the shown list's results outside the store: the desktop's verbs on the
@@ -11,7 +12,8 @@ class SelectionCommands {
     Q_DECLARE_TR_FUNCTIONS(frmMain)
 
 public:
-    SelectionCommands(frmMain& window, WindowContext& shared) : window_(window), shared_(shared) {}
+    SelectionCommands(ResultPane& results, SearchRequest& request, WindowContext& shared)
+        : results_(results), request_(request), shared_(shared) {}
 
     void OpenSelected();
     void OpenSelectedWithNotepad();
@@ -31,6 +33,7 @@ public:
 
 private:
     void ShowWriteError(const std::string& error);
-    frmMain& window_;
+    ResultPane& results_;
+    SearchRequest& request_;
     WindowContext& shared_;
 };

@@ -4,7 +4,6 @@
 #include "analysis/dlgRegFiles.h"
 #include "analysis/dlgStarDotStar.h"
 #include "analysis/dlgViewMasks.h"
-#include "app/frmMain.h"
 #include "app/window/ResultPane.h"
 #include "app/window/SearchRequest.h"
 #include "app/window/WindowContext.h"
@@ -15,8 +14,9 @@
 
 #include <QApplication>
 
-TypeCommands::TypeCommands(frmMain& window, WindowContext& shared)
-    : window_(window), shared_(shared) {
+TypeCommands::TypeCommands(QWidget& owner, ResultPane& results, SearchRequest& request,
+                           WindowContext& shared)
+    : owner_(owner), results_(results), request_(request), shared_(shared) {
 }
 
 TypeCommands::~TypeCommands() = default;
@@ -40,11 +40,11 @@ bool TypeCommands::CountTypes() {
     shared_.progress->Create(1, 42, false);
     census_ =
         std::make_unique<dlgStarDotStar>(shared_.session.Store(), shared_.profile, shared_.prompts,
-                                         *shared_.progress, shared_.yield, &window_);
+                                         *shared_.progress, shared_.yield, &owner_);
     census_->CreateMaskArrayCountSR(kAllResults);
-    census_->SetupControls(tr("File Types in %1").arg(window_.Results().Views()[0].caption),
+    census_->SetupControls(tr("File Types in %1").arg(results_.Views()[0].caption),
                            static_cast<int>(census_->CensusData().Hidden().size()));
-    census_->SetSearchData(window_.Request().StartPath(), window_.Request().Mask().toStdString());
+    census_->SetSearchData(request_.StartPath(), request_.Mask().toStdString());
     QApplication::restoreOverrideCursor();
     return true;
 }
@@ -72,11 +72,11 @@ void TypeCommands::CreateTypeViews(const SelectedTypeArray& types) {
     if (shared_.busy || types.empty()) {
         return;
     }
-    window_.SetBusy(true);
+    shared_.SetBusy(true);
     dlgProgress& progress = *shared_.progress;
     progress.Create(1, static_cast<int>(types.size()), false);
     int lastNew = -1;
-    ResultPane& results = window_.Results();
+    ResultPane& results = results_;
     for (const SelectedTypeEntry& type : types) {
         progress.SetMessage(tr("Processing... %1").arg(QString::fromStdString(type.Extension)));
         progress.Update(1);
@@ -85,7 +85,7 @@ void TypeCommands::CreateTypeViews(const SelectedTypeArray& types) {
         lastNew = tab >= 0 ? tab : lastNew;
     }
     progress.Destroy();
-    window_.SetBusy(false);
+    shared_.SetBusy(false);
     results.SyncViews();
     results.ShowTab(lastNew > 0 ? lastNew : -1);
 }
@@ -94,18 +94,18 @@ void TypeCommands::ShowRegisteredTypes() {
     if (shared_.busy) {
         return;
     }
-    dlgRegFiles dialog(shared_.profile, shared_.prompts, &window_);
+    dlgRegFiles dialog(shared_.profile, shared_.prompts, &owner_);
     dialog.PrefillList();
-    dialog.SetCurrentObjectMask(window_.Request().Mask());
+    dialog.SetCurrentObjectMask(request_.Mask());
     // Nothing picked leaves the field as it was.
     if (shared_.prompts.ShowModal(&dialog) == QDialog::Accepted &&
         !dialog.CurrentObjectMask().isEmpty()) {
-        window_.Request().SetMask(dialog.CurrentObjectMask());
+        request_.SetMask(dialog.CurrentObjectMask());
     }
 }
 
 void TypeCommands::FilterOnCurrentType() {
-    ResultPane& results = window_.Results();
+    ResultPane& results = results_;
     if (shared_.busy || !shared_.session.ResultsAvailable() || results.FolderResults()) {
         return;
     }
@@ -123,11 +123,11 @@ void TypeCommands::FilterOnCurrentType() {
 }
 
 void TypeCommands::FilterOnMultipleTypes(bool viewEach) {
-    ResultPane& results = window_.Results();
+    ResultPane& results = results_;
     if (shared_.busy || !shared_.session.ResultsAvailable() || results.FolderResults()) {
         return;
     }
-    dlgViewMasks dialog(&window_);
+    dlgViewMasks dialog(&owner_);
     dialog.SetupMaskArray(OfferedExtensions(shared_.session.Store()));
     dialog.SetCurrentObjectMask({});
     dialog.SetupControls(results.TabText(0));
@@ -136,8 +136,8 @@ void TypeCommands::FilterOnMultipleTypes(bool viewEach) {
     }
     const std::vector<std::string> picked = dialog.GetSelectedItemArray();
     if (!dialog.CommandFilter()) {
-        window_.Request().SetMask(dialog.Mask());
-        window_.Request().ListMatches();
+        request_.SetMask(dialog.Mask());
+        request_.ListMatches();
         return;
     }
     if (viewEach) {

@@ -6,7 +6,9 @@
 #include <memory>
 
 class dlgStarDotStar;
-class frmMain;
+class QWidget;
+class ResultPane;
+class SearchRequest;
 struct WindowContext;
 
 // Views and masks made of file types: the census of the last search (counted once per search,
@@ -15,7 +17,9 @@ class TypeCommands {
     Q_DECLARE_TR_FUNCTIONS(frmMain)
 
 public:
-    TypeCommands(frmMain& window, WindowContext& shared);
+    // Its dialogs belong to `owner`.
+    TypeCommands(QWidget& owner, ResultPane& results, SearchRequest& request,
+                 WindowContext& shared);
     ~TypeCommands();
 
     // Opens the census of the last search.
@@ -37,7 +41,9 @@ public:
 private:
     bool CountTypes();
 
-    frmMain& window_;
+    QWidget& owner_;
+    ResultPane& results_;
+    SearchRequest& request_;
     WindowContext& shared_;
     std::unique_ptr<dlgStarDotStar> census_;
 };

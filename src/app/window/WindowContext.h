@@ -5,6 +5,8 @@
 #include "search/SearchSession.h"
 #include "settings/MaskFavorites.h"
 
+#include <functional>
+
 class CancelFlag;
 class Desktop;
 class WindowPrompts;
@@ -29,4 +31,12 @@ struct WindowContext {
     dlgProgress* progress = nullptr; // the window's own, transient for it
     // While set, every command that would touch the result store is refused.
     bool busy = false;
+    // Sets the busy flag and tells `busyChanged` (the window: its controls follow).
+    void SetBusy(bool isBusy) {
+        busy = isBusy;
+        if (busyChanged) {
+            busyChanged(isBusy);
+        }
+    }
+    std::function<void(bool)> busyChanged;
 };
