@@ -1,6 +1,5 @@
 #include "app/window/CommandRunner.h"
 
-#include "app/frmMain.h"
 #include "app/window/ChangeMonitor.h"
 #include "app/window/ResultPane.h"
 #include "app/window/SearchController.h"
@@ -23,11 +22,14 @@
 #include <QLabel>
 #include <QTimer>
 
-CommandRunner::CommandRunner(frmMain& window, WindowContext& shared)
-    : window_(window), shared_(shared), Timer1(new QTimer(&window)) {
+CommandRunner::CommandRunner(QWidget& owner, WindowContext& shared, ResultPane& results,
+                             SearchRequest& request, TypeCommands& types, ChangeMonitor& monitor,
+                             Hooks hooks)
+    : owner_(owner), shared_(shared), results_(results), request_(request), types_(types),
+      monitor_(monitor), hooks_(std::move(hooks)), Timer1(new QTimer(&owner)) {
     Timer1->setObjectName("Timer1");
     Timer1->setSingleShot(true);
-    QObject::connect(Timer1, &QTimer::timeout, &window, [this] { TimerFired(); });
+    QObject::connect(Timer1, &QTimer::timeout, &owner, [this] { TimerFired(); });
 }
 
 void CommandRunner::Request(PendingAction action) {
@@ -46,16 +48,15 @@ void CommandRunner::TimerFired() {
         return;
     }
     // The census counted a disk that is no longer so.
-    window_.Types().UnloadCensus();
+    types_.UnloadCensus();
     // A rescan would wait on the share that did not answer.
     if (!shared_.profile.Settings().AutoRescanAfterAction || leftBehind_) {
         shared_.status.Set(StatusPart::Message, ChangedListText());
         return;
     }
-    const Rescan advice =
-        RescanOrAdvise(shared_.profile.Settings(), window_.Results().VisibleRowCount());
+    const Rescan advice = RescanOrAdvise(shared_.profile.Settings(), results_.VisibleRowCount());
     if (advice == Rescan::Now) {
-        window_.Search().ButtonClicked();
+        hooks_.rescan();
     } else {
         shared_.status.Set(StatusPart::Message, RescanAdviceText(advice));
     }
@@ -84,38 +85,37 @@ bool CommandRunner::Run(PendingAction action) {
 CommandContext CommandRunner::Context() {
     // Shortened in its middle to fit the message part after "Deleting ". The command's thread
     // measures with a font of its own, made from the label's.
-    const QLabel* part = window_.MessagePart();
+    const QLabel* part = hooks_.messagePart();
     const int room =
         part->contentsRect().width() -
         part->fontMetrics().horizontalAdvance(
             QCoreApplication::translate("FileCommands", "Deleting %1").arg(QString())) -
         8;
     const QString font = part->font().toString();
-    return CommandContext{shared_.profile.Settings(),
-                          shared_.prompts,
-                          shared_.desktop,
-                          shared_.cancel,
-                          shared_.status,
-                          [this] { shared_.yield.Yield(); },
-                          [font, room](std::string_view path) {
-                              QFont own;
-                              own.fromString(font);
-                              return QFontMetrics(own).elidedText(
-                                  DisplayPath(path), Qt::ElideMiddle, std::max(room, 40));
-                          },
-                          [this](std::string_view path) {
-                              window_.Results().RemoveFromViews(path, window_.Request().Mask());
-                          },
-                          [this] {
-                              window_.SetBusy(true);
-                              running_ = true;
-                              shared_.status.State(StatusLine::Mode::SaveAndClear);
-                              window_.Request().ShowRunning(true);
-                          },
-                          {},
-                          shared_.progress,
-                          nullptr,
-                          {}};
+    return CommandContext{
+        shared_.profile.Settings(),
+        shared_.prompts,
+        shared_.desktop,
+        shared_.cancel,
+        shared_.status,
+        [this] { shared_.yield.Yield(); },
+        [font, room](std::string_view path) {
+            QFont own;
+            own.fromString(font);
+            return QFontMetrics(own).elidedText(DisplayPath(path), Qt::ElideMiddle,
+                                                std::max(room, 40));
+        },
+        [this](std::string_view path) { results_.RemoveFromViews(path, request_.Mask()); },
+        [this] {
+            shared_.SetBusy(true);
+            running_ = true;
+            shared_.status.State(StatusLine::Mode::SaveAndClear);
+            request_.ShowRunning(true);
+        },
+        {},
+        shared_.progress,
+        nullptr,
+        {}};
 }
 
 // The command's calls run on a thread of their own, so that a share that stops answering
@@ -147,26 +147,26 @@ void CommandRunner::NotAnswering(const std::string& path) {
 }
 
 void CommandRunner::Ended() {
-    window_.Monitor().Forget(); // what the command changed is told as commands tell it
-    window_.Request().ShowRunning(false);
+    monitor_.Forget(); // what the command changed is told as commands tell it
+    request_.ShowRunning(false);
     shared_.status.State(StatusLine::Mode::Restore);
     running_ = false;
-    window_.SetBusy(false);
+    shared_.SetBusy(false);
 }
 
 void CommandRunner::ShowNotProcessed(PendingAction command, const std::vector<SkippedItem>& items) {
-    dlgCopyErr dialog(shared_.profile, shared_.prompts, shared_.desktop, &window_);
+    dlgCopyErr dialog(shared_.profile, shared_.prompts, shared_.desktop, &owner_);
     dialog.Create(command);
     dialog.AddItems(items);
     dialog.CreateFinalize();
-    dialog.SetPreferencesOpener([this] { window_.ShowPreferences(PreferencesTab::General); });
+    dialog.SetPreferencesOpener([this] { hooks_.showPreferences(PreferencesTab::General); });
     shared_.status.Set(StatusPart::Message, tr("Ready!"));
     shared_.prompts.ShowModal(&dialog);
 }
 
 bool CommandRunner::DeleteFiles() {
     shared_.cancel.Lower();
-    ResultPane& results = window_.Results();
+    ResultPane& results = results_;
     const std::vector<SelectedItem> selection = results.SelectedItems();
     CommandContext context = Context();
     if (!PrepareDelete(PendingAction::DeleteFiles, results.SelectedPaths(), context)) {
@@ -186,17 +186,17 @@ std::optional<std::string>
 CommandRunner::PrepareCopyCommand(PendingAction command, const std::vector<std::string>& selected,
                                   CommandContext& context) {
     return PrepareCopy(command, selected, context, [this](modBrowse::PickPurpose purpose) {
-        return modBrowse::PickFolder(purpose, true, window_.Request().StartPath(), shared_.profile,
+        return modBrowse::PickFolder(purpose, true, request_.StartPath(), shared_.profile,
                                      shared_.prompts);
     });
 }
 
 bool CommandRunner::CopyFiles() {
     shared_.cancel.Lower();
-    const std::vector<SelectedItem> selection = window_.Results().SelectedItems();
+    const std::vector<SelectedItem> selection = results_.SelectedItems();
     CommandContext context = Context();
     const auto destination =
-        PrepareCopyCommand(PendingAction::CopyFiles, window_.Results().SelectedPaths(), context);
+        PrepareCopyCommand(PendingAction::CopyFiles, results_.SelectedPaths(), context);
     if (!destination) {
         return false;
     }
@@ -220,7 +220,7 @@ struct FolderOutcome {
 
 bool CommandRunner::FolderCommand(PendingAction command) {
     shared_.cancel.Lower();
-    const std::vector<std::string> selected = window_.Results().SelectedPaths();
+    const std::vector<std::string> selected = results_.SelectedPaths();
     CommandContext context = Context();
     if (selected.size() != 1) {
         return false;
@@ -248,7 +248,7 @@ bool CommandRunner::FolderCommand(PendingAction command) {
 
 bool CommandRunner::DeleteFolder() {
     shared_.cancel.Lower();
-    const std::vector<std::string> selected = window_.Results().SelectedPaths();
+    const std::vector<std::string> selected = results_.SelectedPaths();
     CommandContext context = Context();
     if (selected.size() != 1 || !PrepareDelete(PendingAction::DeleteFolder, selected, context)) {
         return false;

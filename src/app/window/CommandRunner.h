@@ -9,7 +9,13 @@
 #include <vector>
 
 class QTimer;
-class frmMain;
+class ChangeMonitor;
+class QLabel;
+class QWidget;
+class ResultPane;
+class SearchRequest;
+class TypeCommands;
+enum class PreferencesTab;
 struct WindowContext;
 
 // The file commands: each started through a one-shot timer once the menu or key that asked for
@@ -19,7 +25,16 @@ class CommandRunner {
     Q_DECLARE_TR_FUNCTIONS(frmMain)
 
 public:
-    CommandRunner(frmMain& window, WindowContext& shared);
+    // What the runner asks of the window: a search again, the preferences (from the list of
+    // what was not processed), and the status line's message part (paths are fitted to it).
+    struct Hooks {
+        std::function<void()> rescan;
+        std::function<void(PreferencesTab)> showPreferences;
+        std::function<const QLabel*()> messagePart;
+    };
+    // Its timer and dialogs belong to `owner`.
+    CommandRunner(QWidget& owner, WindowContext& shared, ResultPane& results,
+                  SearchRequest& request, TypeCommands& types, ChangeMonitor& monitor, Hooks hooks);
 
     // Starts a copy, move or delete once the event that asked for it is over.
     void Request(PendingAction action);
@@ -46,8 +61,13 @@ private:
                                                   const std::vector<std::string>& selected,
                                                   CommandContext& context);
 
-    frmMain& window_;
+    QWidget& owner_;
     WindowContext& shared_;
+    ResultPane& results_;
+    SearchRequest& request_;
+    TypeCommands& types_;
+    ChangeMonitor& monitor_;
+    Hooks hooks_;
     QTimer* Timer1;
     PendingAction pending_ = PendingAction::None;
     bool running_ = false;

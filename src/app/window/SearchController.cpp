@@ -1,6 +1,5 @@
 #include "app/window/SearchController.h"
 
-#include "app/frmMain.h"
 #include "app/window/ChangeMonitor.h"
 #include "app/window/CommandRunner.h"
 #include "app/window/ResultPane.h"
@@ -95,7 +94,7 @@ void SearchController::Cancel() {
 }
 
 void SearchController::ButtonClicked() {
-    if (searching_ || window_.Commands().Running()) {
+    if (searching_ || commandRunning_()) {
         Cancel();
         shared_.yield.Now();
         return;
@@ -106,12 +105,12 @@ void SearchController::ButtonClicked() {
     shared_.cancel.Lower();
     const std::optional<std::string> root = Root();
     if (!root || !Prepare(*root)) {
-        window_.Results().ResetPlaceholder();
+        results_.ResetPlaceholder();
         return;
     }
     searching_ = true;
-    window_.Request().ShowRunning(true);
-    window_.SetBusy(true);
+    request_.ShowRunning(true);
+    shared_.SetBusy(true);
     shared_.status.Set(StatusPart::Message, tr("Searching..."));
 
     const std::optional<std::string> notAnswering = WaitForWalk();
@@ -120,10 +119,10 @@ void SearchController::ButtonClicked() {
     } else {
         ShowNoMatches();
     }
-    window_.Request().ShowRunning(false);
+    request_.ShowRunning(false);
     searching_ = false;
-    window_.SetBusy(false);
-    window_.Results().ResetPlaceholder();
+    shared_.SetBusy(false);
+    results_.ResetPlaceholder();
     if (notAnswering) {
         shared_.prompts.Message(
             tr("The search was cancelled while ' %1 ' did not answer. What was found before it "
@@ -181,20 +180,20 @@ void SearchController::CancelWalk() {
 // A Start Path given as a URL is searched at its share's local path, the share mounted first
 // when it is not; the button is Cancel while the share is asked.
 std::optional<std::string> SearchController::Root() {
-    const std::string start = window_.Request().StartPath();
+    const std::string start = request_.StartPath();
     if (!IsLocationUrl(start)) {
         return start;
     }
     searching_ = true;
-    window_.Request().ShowRunning(true);
-    window_.SetBusy(true);
+    request_.ShowRunning(true);
+    shared_.SetBusy(true);
     const QString url = QString::fromStdString(start);
     shared_.status.Set(StatusPart::Message, tr("Connecting to %1...").arg(url));
     std::string why;
     const std::string local = shared_.desktop.LocalPathOf(start, shared_.cancel, why);
     searching_ = false;
-    window_.Request().ShowRunning(false);
-    window_.SetBusy(false);
+    request_.ShowRunning(false);
+    shared_.SetBusy(false);
     if (local.empty()) {
         shared_.status.Set(StatusPart::Message, tr("Ready!"));
         if (shared_.cancel.IsRaised()) {
@@ -208,18 +207,18 @@ std::optional<std::string> SearchController::Root() {
 }
 
 bool SearchController::Prepare(const std::string& root) {
-    SearchRequest& request = window_.Request();
+    SearchRequest& request = request_;
     if (!request.ValidateMask()) {
         return false;
     }
-    ResultPane& results = window_.Results();
+    ResultPane& results = results_;
     results.Views().CloseViews();
     results.SyncViews();
     shared_.status.State(StatusLine::Mode::Clear);
     // The lists and the census refer to records of the store, which the search is about to
     // erase.
-    window_.Types().UnloadCensus();
-    window_.Monitor().Stop();
+    types_.UnloadCensus();
+    monitor_.Stop();
     results.ClearLists();
     shared_.session.Prepare(root, request.Options());
     results.SetFolderResults(false);
@@ -229,20 +228,20 @@ bool SearchController::Prepare(const std::string& root) {
 
 void SearchController::ShowNoMatches() {
     // The old results are gone with the store: the window shows what File > New gives.
-    ResultPane& results = window_.Results();
+    ResultPane& results = results_;
     results.Views().Clear();
     results.SyncViews();
     results.ShowFirstList();
     const SearchOptions& options = shared_.session.Options();
-    shared_.prompts.Message(NoMatchesMessage(options.FoldersOnly, window_.Request().Mask(),
+    shared_.prompts.Message(NoMatchesMessage(options.FoldersOnly, request_.Mask(),
                                              DisplayPath(shared_.session.RootPath())),
                             MessageIcon::Information, MessageButtons::Ok);
     shared_.status.Set(StatusPart::Message, tr("Ready!"));
 }
 
 void SearchController::ShowMatches() {
-    ResultPane& results = window_.Results();
-    const QString mask = window_.Request().Mask();
+    ResultPane& results = results_;
+    const QString mask = request_.Mask();
     const bool foldersOnly = shared_.session.Options().FoldersOnly;
     // The caption and tag while the list loads; ShowSearchResults adds the count.
     results.SetTabText(0, tr("All Results (%1)").arg(mask));
@@ -265,29 +264,29 @@ void SearchController::ShowMatches() {
     results.ShowFirstList();
     ShowSearchResults(shared_.session.ElapsedSeconds());
     // The list is there: its folders are watched from now on.
-    window_.Monitor().Watch(shared_.session);
+    monitor_.Watch(shared_.session);
     if (!listed) {
         results.ShowTooManyToList();
         // Views of a part of the results are made from the census.
-        window_.Types().ShowFileTypes();
+        types_.ShowFileTypes();
     } else if (shared_.session.StarDotStarSearched() &&
                shared_.profile.Settings().AlwaysShowCountWhenSDS) {
-        window_.Types().ShowFileTypes();
+        types_.ShowFileTypes();
     }
 }
 
 void SearchController::ShowSearchResults(float elapsedSeconds) {
     const SearchCounters& counters = shared_.session.Counters();
-    window_.Results().SetFolderResults(shared_.session.Options().FoldersOnly);
+    results_.SetFolderResults(shared_.session.Options().FoldersOnly);
     StatusLine& status = shared_.status;
     status.Set(StatusPart::Message, tr("Ready!"));
     status.Set(StatusPart::Objects, ObjectsText(counters.ObjectCount));
     status.Set(StatusPart::Matched, MatchedText(counters.MatchedCount));
     status.Set(StatusPart::Elapsed, ElapsedText(elapsedSeconds));
     status.Set(StatusPart::Mode, OutcomeText(shared_.cancel.IsRaised()));
-    window_.Results().SetResultType(window_.Results().Views().LabelText(0));
+    results_.SetResultType(results_.Views().LabelText(0));
 
-    const std::string mask = window_.Request().Mask().toStdString();
+    const std::string mask = request_.Mask().toStdString();
     shared_.favorites.Add(mask);
     shared_.profile.Settings().LastFileMask = mask;
     shared_.profile.ProfileSetOptionsKey("LastFileMask", mask);

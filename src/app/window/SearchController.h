@@ -6,7 +6,10 @@
 #include <string>
 
 class QEventLoop;
-class frmMain;
+class ChangeMonitor;
+class ResultPane;
+class SearchRequest;
+class TypeCommands;
 struct WindowContext;
 
 // What Begin Search runs: the walk with its status line, then the results handed to the views,
@@ -15,7 +18,12 @@ class SearchController {
     Q_DECLARE_TR_FUNCTIONS(frmMain)
 
 public:
-    SearchController(frmMain& window, WindowContext& shared) : window_(window), shared_(shared) {}
+    // `commandRunning`: whether a file command runs (the button then cancels it).
+    SearchController(WindowContext& shared, SearchRequest& request, ResultPane& results,
+                     TypeCommands& types, ChangeMonitor& monitor,
+                     std::function<bool()> commandRunning)
+        : shared_(shared), request_(request), results_(results), types_(types), monitor_(monitor),
+          commandRunning_(std::move(commandRunning)) {}
 
     // The search button: begins a search, or cancels the one (or the command) running.
     void ButtonClicked();
@@ -47,8 +55,12 @@ private:
     // The closing status line of a search, and its mask remembered.
     void ShowSearchResults(float elapsedSeconds);
 
-    frmMain& window_;
     WindowContext& shared_;
+    SearchRequest& request_;
+    ResultPane& results_;
+    TypeCommands& types_;
+    ChangeMonitor& monitor_;
+    std::function<bool()> commandRunning_;
     bool searching_ = false;
     bool cancelling_ = false;
     int cancelGrace_ = kCancelGrace;
