@@ -19,9 +19,9 @@ class QLabel;
 enum class PreferencesTab;
 
 // `frmMain`: the main window, a frame that owns its parts (the request, the search, the result
-// views, the menus and the commands) and what they share. Long work runs on this thread and
-// lets the event loop run now and then; while a search or command runs (the busy flag) every
-// command that would touch the result store is refused.
+// views, the menus and the commands) and what they share, and wires them to each other. Long
+// work runs on threads of its own while this one keeps the event loop running; while a search
+// or command runs (the busy flag) every command that would touch the result store is refused.
 class frmMain : public QMainWindow {
     Q_OBJECT
 public:
