@@ -8,6 +8,7 @@
 #include "platform/OpenFileGuard.h"
 #include "platform/PathAccess.h"
 #include "platform/UniqueFd.h"
+#include "search/PathText.h"
 #include "settings/AppSettings.h"
 
 #include <climits>

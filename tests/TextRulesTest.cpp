@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
+#include <tuple>
 
 namespace {
 
@@ -38,6 +39,16 @@ TEST(PathText, NamesAndPaths) {
     // clang-format on
     for (const auto& [path, parent] : parents) {
         EXPECT_EQ(ParentFolder(path), parent) << path;
+    }
+    // clang-format off
+    const std::tuple<const char*, const char*, const char*, const char*> splits[] = {
+        {"/a/b/c.txt", "/a/b", "c.txt", "/a/b"}, {"/c", "/", "c", "/"},
+        {"c", "", "c", "."}, {"/a/", "/a", "", "/a"}};
+    // clang-format on
+    for (const auto& [path, folder, name, system] : splits) {
+        EXPECT_EQ(SplitPath(path).folder, folder) << path;
+        EXPECT_EQ(SplitPath(path).name, name) << path;
+        EXPECT_EQ(FolderOfPath(path), system) << path;
     }
     EXPECT_EQ(WithTrailingSlash("/tmp"), "/tmp/");
     EXPECT_EQ(WithTrailingSlash("/tmp/"), "/tmp/");

@@ -58,10 +58,10 @@ std::vector<int32_t> RecordsOfExtensions(const FileDataArray& store,
 }
 
 std::string ExtensionOfPath(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    const std::string_view name = SplitPath(path).name;
     const size_t dot = name.rfind('.');
-    return dot == std::string::npos || dot == 0 ? std::string() : name.substr(dot);
+    return dot == std::string_view::npos || dot == 0 ? std::string()
+                                                     : std::string(name.substr(dot));
 }
 
 std::vector<RegisteredType> RegisteredTypes(int dosLength) {

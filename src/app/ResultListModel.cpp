@@ -12,14 +12,11 @@
 namespace {
 
 std::string_view NameOf(std::string_view path) {
-    const size_t slash = path.rfind('/');
-    return slash == std::string_view::npos ? path : path.substr(slash + 1);
+    return SplitPath(path).name;
 }
 
 std::string_view FolderOf(std::string_view path) {
-    const size_t slash = path.rfind('/');
-    return slash == std::string_view::npos ? std::string_view()
-                                           : path.substr(0, slash == 0 ? 1 : slash);
+    return SplitPath(path).folder;
 }
 
 // The type as the census names it (lower case); nothing for folders and names without one,

@@ -5,6 +5,7 @@
 #include "output/ListSaving.h"
 #include "output/modFileDialog.h"
 #include "platform/Prompts.h"
+#include "search/PathText.h"
 #include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
 #include "widgets/FileDrag.h"
@@ -188,10 +189,9 @@ void dlgCopyErr::AddItems(const std::vector<SkippedItem>& items) {
     for (const SkippedItem& item : items) {
         const int row = ListView1->rowCount();
         ListView1->insertRow(row);
-        const size_t slash = item.path.rfind('/');
-        const std::string name =
-            slash == std::string::npos ? item.path : item.path.substr(slash + 1);
-        const std::string folder = slash == std::string::npos ? "" : item.path.substr(0, slash + 1);
+        const PathParts parts = SplitPath(item.path);
+        const std::string name(parts.name);
+        const std::string folder = WithTrailingSlash(parts.folder);
         const QString status = item.reason.empty()
                                    ? RemarkText(item.remark)
                                    : tr("%1 (%2)", "a remark and its reason")

@@ -1,5 +1,6 @@
 #include "fileops/dlgProperties.h"
 
+#include "search/PathText.h"
 #include "search/SearchStatus.h"
 
 #include <QDateTime>
@@ -48,9 +49,9 @@ QString dlgProperties::PermissionsText(unsigned mode) {
 dlgProperties::dlgProperties(const std::string& path, QWidget* parent)
     : QDialog(parent), form_(new QFormLayout) {
     setObjectName("dlgProperties");
-    const size_t slash = path.rfind('/');
-    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
-    const std::string folder = slash == std::string::npos ? "" : path.substr(0, slash + 1);
+    const PathParts parts = SplitPath(path);
+    const std::string name(parts.name);
+    const std::string folder = WithTrailingSlash(parts.folder);
     setWindowTitle(tr("Properties of %1").arg(Bytes(name)));
     const auto add = [this](const QString& label, const QString& value) {
         auto* field = new QLabel(value, this);

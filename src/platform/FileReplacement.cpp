@@ -1,5 +1,7 @@
 #include "platform/FileReplacement.h"
 
+#include "search/PathText.h"
+
 #include <QtGlobal>
 #include <cerrno>
 #include <climits>
@@ -36,21 +38,8 @@ mode_t NewFileMode() {
 
 } // namespace
 
-std::string BaseName(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
 std::string SystemReason(int error) {
     return std::strerror(error);
-}
-
-std::string FolderOfPath(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    if (slash == std::string::npos) {
-        return ".";
-    }
-    return slash == 0 ? "/" : path.substr(0, slash);
 }
 
 ReplaceTarget ResolveReplaceTarget(const std::string& path) {

@@ -75,10 +75,5 @@ void RemoveStaleTemporaries(int folder, const std::vector<std::string>& names, t
 // regular files whose name is NamePrefix and six characters. Returns how many it removed.
 int RemoveLeftoverTemporaries(const std::string& target);
 
-// The folder of a path ("." for a bare name, "/" for a name in the root).
-std::string FolderOfPath(const std::string& path);
-// The last name of a path ("" for "/").
-std::string BaseName(const std::string& path);
-
 // "No such file or directory": the system's words for an error number.
 std::string SystemReason(int error);

@@ -3,6 +3,7 @@
 
 #include "platform/PathAccess.h"
 #include "platform/Prompts.h"
+#include "search/PathText.h"
 #include "search/SearchStatus.h"
 
 #include <QCoreApplication>
@@ -87,11 +88,7 @@ std::string ContentTypeOf(const std::string& path) {
 }
 
 std::string FolderOf(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    if (slash == std::string::npos) {
-        return {};
-    }
-    return slash == 0 ? "/" : path.substr(0, slash);
+    return std::string(SplitPath(path).folder);
 }
 
 // Runs in the launched program's process between fork and exec: only async-signal-safe calls.

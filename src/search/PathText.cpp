@@ -172,6 +172,23 @@ std::string AbsolutePath(std::string_view path) {
     return WithTrailingSlash(folder) + std::string(path);
 }
 
+PathParts SplitPath(std::string_view path) {
+    const size_t slash = path.rfind('/');
+    if (slash == std::string_view::npos) {
+        return {{}, path};
+    }
+    return {path.substr(0, slash == 0 ? 1 : slash), path.substr(slash + 1)};
+}
+
+std::string BaseName(std::string_view path) {
+    return std::string(SplitPath(path).name);
+}
+
+std::string FolderOfPath(std::string_view path) {
+    const std::string_view folder = SplitPath(path).folder;
+    return folder.empty() ? std::string(".") : std::string(folder);
+}
+
 std::string ParentFolder(std::string_view path) {
     if (path == "/") {
         return "/";

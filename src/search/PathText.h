@@ -48,6 +48,18 @@ std::string AbsolutePath(std::string_view path);
 // root "/" stays as it is; a path of one relative name gives "".
 std::string ParentFolder(std::string_view path);
 
+// A path as the folder its last name is in and that name: "/a/b" and "c.txt" of "/a/b/c.txt",
+// "/" and "c" of "/c", "" and the path of a bare name. Every split of a path goes through here.
+struct PathParts {
+    std::string_view folder;
+    std::string_view name;
+};
+PathParts SplitPath(std::string_view path);
+// The last name of a path.
+std::string BaseName(std::string_view path);
+// The folder a path's last name is in, "." for a bare name (as the system reads it).
+std::string FolderOfPath(std::string_view path);
+
 // A name as a terminal may be given it, quoted as ls quotes it: unchanged unless it holds a
 // control character (an escape sequence, a line end), a C1 control or a byte that is not UTF-8;
 // then written $'...' with such characters as escapes ("\n", "\033", "\377"), which a shell
