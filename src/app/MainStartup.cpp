@@ -19,15 +19,7 @@
 #include <QTranslator>
 #include <cstdlib>
 
-namespace {
-
-struct TwipScale {
-    double dpi;
-    int32_t ToTwips(int pixels) const { return static_cast<int32_t>(pixels * 1440.0 / dpi); }
-    int ToPixels(int32_t twips) const { return static_cast<int>(twips * dpi / 1440.0); }
-};
-
-} // namespace
+namespace {} // namespace
 
 void PlaceMainWindow(frmMain& window, modPProfile& profile) {
     const QScreen* screen = window.screen() ? window.screen() : QGuiApplication::primaryScreen();

@@ -185,9 +185,9 @@ void frmMain::ShowPreferences(PreferencesTab tab) {
 }
 
 Placement frmMain::CurrentPlacementTwips() const {
-    const double dpi = screen() ? screen()->logicalDotsPerInch() : 96.0;
-    const auto twips = [dpi](int pixels) { return static_cast<int32_t>(pixels * 1440.0 / dpi); };
-    return {twips(x()), twips(y()), twips(width()), twips(height()), '0'};
+    const TwipScale scale{screen() ? screen()->logicalDotsPerInch() : 96.0};
+    return {scale.ToTwips(x()), scale.ToTwips(y()), scale.ToTwips(width()), scale.ToTwips(height()),
+            '0'};
 }
 
 void frmMain::keyPressEvent(QKeyEvent* event) {
@@ -224,10 +224,10 @@ void frmMain::closeEvent(QCloseEvent* event) {
     shared_.session.Erase();
     shared_.status.Close();
 
-    const double dpi = screen() ? screen()->logicalDotsPerInch() : 96.0;
+    const TwipScale scale{screen() ? screen()->logicalDotsPerInch() : 96.0};
     const QSize screenPixels = screen() ? screen()->size() : QSize(1920, 1080);
-    const ScreenTwips screenTwips{static_cast<int32_t>(screenPixels.width() * 1440.0 / dpi),
-                                  static_cast<int32_t>(screenPixels.height() * 1440.0 / dpi)};
+    const ScreenTwips screenTwips{scale.ToTwips(screenPixels.width()),
+                                  scale.ToTwips(screenPixels.height())};
     const WindowState state = isMinimized()   ? WindowState::Minimised
                               : isMaximized() ? WindowState::Maximised
                                               : WindowState::Normal;

@@ -17,6 +17,13 @@ struct Placement {
     char Winstate = '0'; // '0' normal, '1' minimised, '2' maximised
 };
 
+// Twips (1/1440 inch) and pixels at a screen's dots per inch, both ways: the one conversion.
+struct TwipScale {
+    double dpi = 96.0;
+    int32_t ToTwips(int pixels) const { return static_cast<int32_t>(pixels * 1440.0 / dpi); }
+    int ToPixels(int32_t twips) const { return static_cast<int>(twips * dpi / 1440.0); }
+};
+
 struct ScreenTwips {
     int32_t Width = 0;
     int32_t Height = 0;
