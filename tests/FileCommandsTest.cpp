@@ -255,7 +255,7 @@ TEST_F(CopyFiles, NothingThereIsWrittenOverAndNothingHalfCopiedStays) {
     EXPECT_EQ(Remarks(outcome),
               (std::vector<std::string>{"b.txt: duplicate file", "c.txt: duplicate file",
                                         "d.txt: source file not found", "a.txt: duplicate file"}));
-    EXPECT_EQ(outcome.notProcessed[0].remarkDate, to.Path("b.txt"));
+    EXPECT_EQ(outcome.notProcessed[0].target, to.Path("b.txt"));
     EXPECT_EQ(ReadBytes(to.Path("b.txt")), "there before");
     EXPECT_FALSE(Exists(to.Path("nowhere")));
     EXPECT_EQ(leftovers(), std::make_tuple(false, false, true))

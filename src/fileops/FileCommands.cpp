@@ -179,7 +179,8 @@ struct DeleteRun {
     void Skip(size_t slot, const char* remark, const std::string& reason = {}) {
         ++outcome.skipped;
         outcome.notProcessed.push_back(
-            {slot, selection[slot].path, selection[slot].lastWriteTime, remark, {}, reason});
+            SkippedItem::Refused(slot, selection[slot].path, remark, reason)
+                .At(selection[slot].lastWriteTime));
     }
 
     // Asks about one file, then sends it to the trash; false when the user cancels.
@@ -366,7 +367,7 @@ void CopyItem(size_t slot, const SelectedItem& item, const CopyTarget& into,
                           const std::string& reason) {
         ++outcome.skipped;
         outcome.notProcessed.push_back(
-            {slot, item.path, item.lastWriteTime, remark, target, reason});
+            SkippedItem::Refused(slot, item.path, remark, reason).At(item.lastWriteTime, target));
     };
     Working(context, item.path);
     const ItemAt source = OpenItem(item.path);
@@ -409,7 +410,10 @@ void CopyItem(size_t slot, const SelectedItem& item, const CopyTarget& into,
         break;
     case CopyResult::Failed:
     case CopyResult::Cancelled:
-        skip(std::to_string(copy.error), target, copy.reason);
+        ++outcome.skipped;
+        outcome.notProcessed.push_back(
+            SkippedItem::Failure(slot, item.path, copy.error).At(item.lastWriteTime, target));
+        outcome.notProcessed.back().reason = copy.reason;
         break;
     }
 }
@@ -513,6 +517,23 @@ bool MoveFolder(const std::string& folder, const std::string& destination, Comma
     context.status.Set(StatusPart::Message,
                        moved ? Text::tr("Folder moved") : Text::tr("Folder not moved"));
     return moved;
+}
+
+SkippedItem SkippedItem::Refused(size_t slot, std::string path, std::string remark,
+                                 std::string reason) {
+    SkippedItem item;
+    item.slot = slot;
+    item.path = std::move(path);
+    item.remark = std::move(remark);
+    item.reason = std::move(reason);
+    return item;
+}
+
+SkippedItem SkippedItem::Failure(size_t slot, std::string path, int error, std::string target) {
+    SkippedItem item = Refused(slot, std::move(path), std::to_string(error), SystemReason(error));
+    item.target = std::move(target);
+    item.error = error;
+    return item;
 }
 
 QString RemarkText(const std::string& words) {

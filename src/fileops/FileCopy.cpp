@@ -240,7 +240,7 @@ int64_t TreeBytes(int folder) {
 }
 
 SkippedItem NotRemoved(size_t slot, const std::string& path, const std::string& reason) {
-    return {slot, path, 0, QT_TRANSLATE_NOOP("Remark", "not removed"), {}, reason};
+    return SkippedItem::Refused(slot, path, QT_TRANSLATE_NOOP("Remark", "not removed"), reason);
 }
 
 // Removes the entry `name` of `dir` with all it holds, without following links.
@@ -308,8 +308,12 @@ private:
         return out_.cancelled;
     }
 
+    void Failed(const std::string& path, int error, const std::string& target = {}) {
+        out_.problems.push_back(SkippedItem::Failure(out_.problems.size(), path, error, target));
+    }
+
     void Problem(const std::string& path, const std::string& remark, const std::string& reason) {
-        out_.problems.push_back({out_.problems.size(), path, 0, remark, {}, reason});
+        out_.problems.push_back(SkippedItem::Refused(out_.problems.size(), path, remark, reason));
     }
 
     // A name already at the target: false when the item is not to be copied.
@@ -393,20 +397,22 @@ private:
         // The source is opened first: a folder that cannot be read gets no empty copy.
         const UniqueFd from(openat(sourceDir, name.c_str(), kFolderFlags));
         if (!from) {
-            Problem(sourcePath, std::to_string(errno), SystemReason(errno));
+            Failed(sourcePath, errno);
             return;
         }
         // Made writable for the copy; it takes the source's permissions once filled.
         if (make && mkdirat(targetDir, targetName.c_str(), 0700) != 0) {
-            Problem(sourcePath,
-                    errno == EEXIST ? QT_TRANSLATE_NOOP("Remark", "duplicate file")
-                                    : std::to_string(errno),
-                    SystemReason(errno));
+            if (errno == EEXIST) {
+                Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "duplicate file"),
+                        SystemReason(errno));
+            } else {
+                Failed(sourcePath, errno);
+            }
             return;
         }
         const UniqueFd into(openat(targetDir, targetName.c_str(), kFolderFlags));
         if (!into) {
-            Problem(sourcePath, std::to_string(errno), SystemReason(errno));
+            Failed(sourcePath, errno);
             if (make) {
                 unlinkat(targetDir, targetName.c_str(), AT_REMOVEDIR);
             }
@@ -456,7 +462,7 @@ private:
             break;
         case CopyResult::TargetExists:
             Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "duplicate file"), copy.reason);
-            out_.problems.back().remarkDate = targetPath;
+            out_.problems.back().target = targetPath;
             break;
         case CopyResult::SourceMissing:
             Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "source file not found"), copy.reason);
@@ -474,8 +480,8 @@ private:
             out_.cancelled = true;
             break;
         case CopyResult::Failed:
-            Problem(sourcePath, std::to_string(copy.error), copy.reason);
-            out_.problems.back().remarkDate = targetPath;
+            Failed(sourcePath, copy.error, targetPath);
+            out_.problems.back().reason = copy.reason;
             break;
         }
         if (c_.yield) {
@@ -507,7 +513,7 @@ void RemoveCopiedFile(int dir, const std::string& name, const std::string& path,
             openat(dir, name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC));
         if (fd &&
             lease.emplace(fd.Get(), FileSystemKindOf(fd.Get()) == FileSystemKind::Disk).InUse()) {
-            problems.push_back({problems.size(), path, 0, kInUse, {}, kWriterHasIt});
+            problems.push_back(SkippedItem::Refused(problems.size(), path, kInUse, kWriterHasIt));
             return;
         }
         // Looked at again under the lease: a write since the name was looked at shows now.
@@ -706,7 +712,8 @@ TreeOutcome CopyTree(const std::string& source, const std::string& target, bool 
                      TreeCopyContext& context) {
     const auto failed = [](const std::string& path, const char* remark, int error) {
         TreeOutcome outcome;
-        outcome.problems.push_back({0, path, 0, remark, {}, SystemReason(error)});
+        outcome.problems.push_back(SkippedItem::Refused(0, path, remark, SystemReason(error)));
+        outcome.problems.back().error = error;
         return outcome;
     };
     if (contentsOnly) {
@@ -771,16 +778,14 @@ static MoveOutcome MoveByCopy(const ItemAt& from, const ItemAt& to, const std::s
     if (fromFd && into) {
         copied = TreeCopier(copying).Contents(fromFd.Get(), source, into.Get(), target);
     } else {
-        copied.problems.push_back({0,
-                                   source,
-                                   0,
-                                   QT_TRANSLATE_NOOP("Remark", "folder not opened"),
-                                   {},
-                                   SystemReason(errno)});
+        const int error = errno;
+        copied.problems.push_back(SkippedItem::Refused(
+            0, source, QT_TRANSLATE_NOOP("Remark", "folder not opened"), SystemReason(error)));
+        copied.problems.back().error = error;
     }
     // The copy must be on the disk before any of its source goes.
     if (copied.Complete() && syncfs(into.Get()) != 0) {
-        copied.problems.push_back({0, target, 0, std::to_string(errno), {}, SystemReason(errno)});
+        copied.problems.push_back(SkippedItem::Failure(0, target, errno));
     }
     if (!copied.Complete()) {
         std::vector<SkippedItem> ignored;

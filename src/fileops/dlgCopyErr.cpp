@@ -200,7 +200,7 @@ void dlgCopyErr::AddItems(const std::vector<SkippedItem>& items) {
         int64_t targetTicks = 0;
         if (copyLayout_) {
             cells = {DisplayPath(name), DisplayPath(folder), FileTimeText(item.lastWriteTime),
-                     TargetDateText(item.remarkDate, targetTicks), status};
+                     TargetDateText(item.target, targetTicks), status};
         } else {
             cells = {DisplayPath(item.path), status};
         }
