@@ -1,6 +1,6 @@
 #include "ScriptedPrompts.h"
 #include "TestTree.h"
-#include "fileops/modBrowse.h"
+#include "settings/modBrowse.h"
 #include "settings/modPProfile.h"
 
 #include <cstdlib>

@@ -6,9 +6,9 @@
 #include "app/window/MenuCommands.h"
 #include "app/window/WindowContext.h"
 #include "fileops/FileCommands.h"
-#include "fileops/modBrowse.h"
 #include "platform/CancelFlag.h"
 #include "settings/dlgPreferences.h"
+#include "settings/modBrowse.h"
 #include "settings/modPProfile.h"
 
 #include <QAction>

@@ -6,7 +6,7 @@
 // cancelled copy made is taken back; a source that changed while it was copied is not passed off
 // as copied; a move removes a source only while it is still what was copied.
 
-#include "fileops/FileCommands.h"
+#include "fileops/SkippedItem.h"
 #include "platform/PathAccess.h"
 #include "platform/Prompts.h"
 

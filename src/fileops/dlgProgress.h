@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Progress.h"
+#include "widgets/ScrollStyle.h"
 
 #include <QDialog>
 
@@ -44,6 +45,3 @@ private:
     int maximum_ = 100;
     int counter_ = 0;
 };
-
-// Blocks (0) or a smooth bar (1), as PBScrollStyle says.
-void ApplyScrollStyle(QProgressBar* bar, int style);

@@ -1,9 +1,9 @@
 #include "search/FolderReadAhead.h"
 
 #include "platform/CancelFlag.h"
-#include "search/FolderWalk.h"
 #include "search/MaskMatcher.h"
 #include "search/PathText.h"
+#include "search/SearchOptions.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,12 +1,12 @@
 #include "settings/dlgPreferences.h"
 
-#include "fileops/dlgProgress.h"
-#include "fileops/modBrowse.h"
 #include "platform/Prompts.h"
 #include "search/SearchStatus.h"
 #include "search/SortStrings.h"
 #include "settings/MaskFavorites.h"
+#include "settings/modBrowse.h"
 #include "settings/modPProfile.h"
+#include "widgets/ScrollStyle.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>

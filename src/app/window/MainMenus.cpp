@@ -4,8 +4,8 @@
 #include "app/window/MenuCommands.h"
 #include "app/window/WindowContext.h"
 #include "fileops/FileCommands.h"
-#include "fileops/modBrowse.h"
 #include "settings/dlgPreferences.h"
+#include "settings/modBrowse.h"
 
 #include <QAction>
 #include <QMenu>

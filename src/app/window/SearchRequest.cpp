@@ -1,11 +1,11 @@
 #include "app/window/SearchRequest.h"
 
 #include "app/window/WindowContext.h"
-#include "fileops/modBrowse.h"
 #include "platform/WindowPrompts.h"
 #include "search/MaskRules.h"
 #include "search/PathText.h"
 #include "settings/SettingsLocation.h"
+#include "settings/modBrowse.h"
 #include "settings/modPProfile.h"
 
 #include <QAbstractButton>

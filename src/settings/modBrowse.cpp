@@ -1,4 +1,4 @@
-#include "fileops/modBrowse.h"
+#include "settings/modBrowse.h"
 
 #include "platform/Prompts.h"
 #include "search/PathText.h"
