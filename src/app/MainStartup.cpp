@@ -1,11 +1,11 @@
 #include "app/MainStartup.h"
 
 #include "app/AppIcon.h"
+#include "app/QtPrompts.h"
 #include "app/dlgAbout.h"
 #include "app/frmMain.h"
 #include "platform/CancelFlag.h"
 #include "platform/Desktop.h"
-#include "platform/QtPrompts.h"
 #include "search/PathText.h"
 #include "settings/SettingsLocation.h"
 #include "settings/modPProfile.h"

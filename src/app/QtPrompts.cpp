@@ -1,4 +1,4 @@
-#include "platform/QtPrompts.h"
+#include "app/QtPrompts.h"
 
 #include "fileops/FolderPickerDialog.h"
 #include "fileops/dlgOpenWith.h"
