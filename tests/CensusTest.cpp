@@ -5,7 +5,7 @@
 #include "analysis/CensusReport.h"
 #include "analysis/CompoundMask.h"
 #include "search/FileDataArray.h"
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QLocale>
 #include <gtest/gtest.h>

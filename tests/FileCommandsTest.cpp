@@ -8,8 +8,8 @@
 #include "platform/OpenFileGuard.h"
 #include "platform/PathAccess.h"
 #include "platform/UniqueFd.h"
-#include "search/PathText.h"
 #include "settings/AppSettings.h"
+#include "text/PathText.h"
 
 #include <climits>
 #include <fcntl.h>

@@ -2,9 +2,9 @@
 // LC_ALL=en_US.UTF-8, so numbers group with ",".
 
 #include "QtPrinters.h"
-#include "search/PathText.h"
 #include "search/SearchStatus.h"
 #include "search/SortStrings.h"
+#include "text/PathText.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "analysis/CompoundMask.h"
 
 #include "search/FileDataArray.h"
-#include "search/PathText.h"
 #include "search/SortStrings.h"
+#include "text/PathText.h"
 
 #include <QMimeDatabase>
 #include <QRegularExpression>

@@ -1,7 +1,7 @@
 #include "analysis/ResultViews.h"
 
 #include "search/FileDataArray.h"
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <numeric>

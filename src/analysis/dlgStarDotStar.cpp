@@ -9,8 +9,8 @@
 #include "platform/Progress.h"
 #include "platform/Prompts.h"
 #include "search/FileDataArray.h"
-#include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
+#include "text/DisplayText.h"
 
 #include <QApplication>
 #include <QHBoxLayout>

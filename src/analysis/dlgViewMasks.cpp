@@ -2,7 +2,7 @@
 
 #include "analysis/CompoundMask.h"
 #include "analysis/LetterMenu.h"
-#include "search/SearchStatus.h"
+#include "text/DisplayText.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>

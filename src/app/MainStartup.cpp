@@ -6,9 +6,9 @@
 #include "app/frmMain.h"
 #include "platform/CancelFlag.h"
 #include "platform/Desktop.h"
-#include "search/PathText.h"
 #include "settings/SettingsLocation.h"
 #include "settings/modPProfile.h"
+#include "text/PathText.h"
 
 #include <QApplication>
 #include <QFile>

@@ -1,8 +1,8 @@
 #include "app/ResultListModel.h"
 
 #include "search/FileDataArray.h"
-#include "search/PathText.h"
-#include "search/SearchStatus.h"
+#include "text/DisplayText.h"
+#include "text/PathText.h"
 #include "widgets/FileDrag.h"
 #include "widgets/ListCellDelegate.h"
 

@@ -2,8 +2,8 @@
 #include "cli/CliParts.h"
 #include "fileops/FileCommands.h"
 #include "platform/CancelFlag.h"
-#include "search/PathText.h"
-#include "search/SearchStatus.h"
+#include "text/DisplayText.h"
+#include "text/PathText.h"
 
 #include <cerrno>
 #include <sys/stat.h>

@@ -6,8 +6,8 @@
 #include "analysis/Census.h"
 #include "cli/Cli.h"
 #include "search/FolderWalk.h"
-#include "search/PathText.h"
 #include "search/SearchSession.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <atomic>

@@ -1,7 +1,7 @@
 // What the command line says on standard error, how it checks standard output, and Ctrl-C.
 #include "cli/CliParts.h"
 #include "platform/CancelFlag.h"
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 namespace cli {
 

@@ -2,7 +2,7 @@
 #include "Version.h"
 #include "cli/CliParts.h"
 #include "search/MaskRules.h"
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <cerrno>
 #include <cstdlib>

@@ -2,8 +2,8 @@
 #include "cli/CliParts.h"
 #include "platform/CancelFlag.h"
 #include "search/MaskRules.h"
-#include "search/PathText.h"
 #include "search/SearchStatus.h"
+#include "text/PathText.h"
 
 #include <charconv>
 

@@ -4,9 +4,9 @@
 #include "platform/CancelFlag.h"
 #include "platform/Desktop.h"
 #include "platform/Prompts.h"
-#include "search/PathText.h"
-#include "search/SearchStatus.h"
 #include "settings/AppSettings.h"
+#include "text/DisplayText.h"
+#include "text/PathText.h"
 
 #include <set>
 

@@ -1,6 +1,6 @@
 #include "fileops/CommandThread.h"
 
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

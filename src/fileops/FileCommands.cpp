@@ -7,9 +7,9 @@
 #include "platform/PathAccess.h"
 #include "platform/Progress.h"
 #include "platform/Prompts.h"
-#include "search/PathText.h"
-#include "search/SearchStatus.h"
 #include "settings/AppSettings.h"
+#include "text/DisplayText.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <algorithm>

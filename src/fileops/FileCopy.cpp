@@ -5,8 +5,8 @@
 #include "platform/OpenFileGuard.h"
 #include "platform/Progress.h"
 #include "platform/UniqueFd.h"
-#include "search/PathText.h"
-#include "search/SearchStatus.h"
+#include "text/DisplayText.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <cerrno>

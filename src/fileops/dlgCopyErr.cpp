@@ -5,9 +5,9 @@
 #include "output/ListSaving.h"
 #include "output/modFileDialog.h"
 #include "platform/Prompts.h"
-#include "search/PathText.h"
-#include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
+#include "text/DisplayText.h"
+#include "text/PathText.h"
 #include "widgets/FileDrag.h"
 #include "widgets/ListCellDelegate.h"
 

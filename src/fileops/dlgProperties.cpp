@@ -1,7 +1,7 @@
 #include "fileops/dlgProperties.h"
 
-#include "search/PathText.h"
-#include "search/SearchStatus.h"
+#include "text/DisplayText.h"
+#include "text/PathText.h"
 
 #include <QDateTime>
 #include <QDialogButtonBox>

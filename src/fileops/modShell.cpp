@@ -2,8 +2,8 @@
 
 #include "platform/Desktop.h"
 #include "platform/Prompts.h"
-#include "search/SearchStatus.h"
 #include "settings/AppSettings.h"
+#include "text/DisplayText.h"
 
 #include <QCoreApplication>
 #include <QUrl>

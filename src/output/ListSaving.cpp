@@ -4,9 +4,9 @@
 #include "platform/CancelFlag.h"
 #include "platform/FileReplacement.h"
 #include "search/FileDataArray.h"
-#include "search/PathText.h"
-#include "search/SearchStatus.h"
 #include "search/SortStrings.h"
+#include "text/DisplayText.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <string_view>

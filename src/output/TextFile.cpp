@@ -1,6 +1,6 @@
 #include "output/TextFile.h"
 
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <cerrno>

@@ -1,8 +1,8 @@
 #include "output/modFileDialog.h"
 
 #include "platform/Prompts.h"
-#include "search/PathText.h"
 #include "settings/modPProfile.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
 #include "platform/FileReplacement.h"
 
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QtGlobal>
 #include <cerrno>

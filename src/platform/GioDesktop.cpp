@@ -3,8 +3,8 @@
 
 #include "platform/PathAccess.h"
 #include "platform/Prompts.h"
-#include "search/PathText.h"
-#include "search/SearchStatus.h"
+#include "text/DisplayText.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <QString>

@@ -2,7 +2,7 @@
 #include "platform/CancelFlag.h"
 #include "platform/GioDesktop.h"
 #include "platform/Prompts.h"
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <QStringList>

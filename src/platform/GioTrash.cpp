@@ -2,7 +2,7 @@
 #include "platform/FileReplacement.h"
 #include "platform/GioDesktop.h"
 #include "platform/PathAccess.h"
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QtGlobal>
 #include <algorithm>

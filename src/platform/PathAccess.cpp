@@ -1,7 +1,7 @@
 #include "platform/PathAccess.h"
 
 #include "platform/FileReplacement.h"
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <cerrno>
 #include <climits>

@@ -2,8 +2,8 @@
 
 #include "platform/CancelFlag.h"
 #include "search/MaskMatcher.h"
-#include "search/PathText.h"
 #include "search/SearchOptions.h"
+#include "text/PathText.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 #include "search/FolderWalk.h"
 
 #include "platform/CancelFlag.h"
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <algorithm>
 #include <cerrno>

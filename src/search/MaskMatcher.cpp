@@ -1,6 +1,6 @@
 #include "search/MaskMatcher.h"
 
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QChar>
 #include <algorithm>

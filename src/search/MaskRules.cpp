@@ -1,7 +1,7 @@
 #include "search/MaskRules.h"
 
 #include "search/MaskMatcher.h"
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 

@@ -2,7 +2,7 @@
 
 #include "platform/CancelFlag.h"
 #include "search/MaskRules.h"
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QElapsedTimer>
 #include <atomic>

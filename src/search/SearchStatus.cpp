@@ -10,10 +10,6 @@ const QLocale& Locale() {
 }
 } // namespace
 
-QString FormatCount(int64_t value) {
-    return Locale().toString(static_cast<qlonglong>(value));
-}
-
 QString ObjectsText(int64_t objects) {
     return QCoreApplication::translate("SearchStatus", "Objects: %1").arg(FormatCount(objects));
 }
@@ -32,18 +28,6 @@ QString ElapsedText(float seconds) {
 QString OutcomeText(bool cancelled) {
     return cancelled ? QCoreApplication::translate("SearchStatus", "Cancelled")
                      : QCoreApplication::translate("SearchStatus", "Done");
-}
-
-QString SizeText(int64_t bytes) {
-    return Locale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
-}
-
-QString ExactSizeText(int64_t bytes) {
-    return QCoreApplication::translate("SearchStatus", "%1 bytes").arg(FormatCount(bytes));
-}
-
-QString DisplayPath(std::string_view bytes) {
-    return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
 }
 
 FolderMessage FolderMessageTexts(std::string_view folderName, int64_t objects, int32_t matched) {

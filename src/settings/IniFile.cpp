@@ -1,6 +1,6 @@
 #include "settings/IniFile.h"
 
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "settings/MaskFavorites.h"
 
-#include "search/PathText.h"
 #include "settings/modPProfile.h"
+#include "text/PathText.h"
 
 #include <algorithm>
 

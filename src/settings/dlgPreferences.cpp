@@ -1,11 +1,11 @@
 #include "settings/dlgPreferences.h"
 
 #include "platform/Prompts.h"
-#include "search/SearchStatus.h"
 #include "search/SortStrings.h"
 #include "settings/MaskFavorites.h"
 #include "settings/modBrowse.h"
 #include "settings/modPProfile.h"
+#include "text/DisplayText.h"
 #include "widgets/ScrollStyle.h"
 
 #include <QButtonGroup>

@@ -1,8 +1,8 @@
 #include "settings/modBrowse.h"
 
 #include "platform/Prompts.h"
-#include "search/PathText.h"
 #include "settings/modPProfile.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <QDir>

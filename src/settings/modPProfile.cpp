@@ -1,6 +1,6 @@
 #include "settings/modPProfile.h"
 
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <charconv>
 #include <cmath>

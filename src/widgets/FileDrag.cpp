@@ -1,6 +1,6 @@
 #include "widgets/FileDrag.h"
 
-#include "search/SearchStatus.h"
+#include "text/DisplayText.h"
 
 #include <QMimeData>
 

@@ -11,10 +11,10 @@
 #include "fileops/dlgProgress.h"
 #include "platform/CancelFlag.h"
 #include "platform/WindowPrompts.h"
-#include "search/PathText.h"
-#include "search/SearchStatus.h"
 #include "settings/dlgPreferences.h"
 #include "settings/modPProfile.h"
+#include "text/DisplayText.h"
+#include "text/PathText.h"
 
 #include <QCoreApplication>
 #include <QFont>

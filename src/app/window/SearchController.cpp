@@ -10,9 +10,9 @@
 #include "platform/CancelFlag.h"
 #include "platform/Desktop.h"
 #include "platform/WindowPrompts.h"
-#include "search/PathText.h"
 #include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
+#include "text/PathText.h"
 
 #include <QEventLoop>
 #include <QTimer>

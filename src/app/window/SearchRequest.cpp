@@ -3,10 +3,10 @@
 #include "app/window/WindowContext.h"
 #include "platform/WindowPrompts.h"
 #include "search/MaskRules.h"
-#include "search/PathText.h"
 #include "settings/SettingsLocation.h"
 #include "settings/modBrowse.h"
 #include "settings/modPProfile.h"
+#include "text/PathText.h"
 
 #include <QAbstractButton>
 #include <QButtonGroup>

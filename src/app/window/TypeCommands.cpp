@@ -9,8 +9,8 @@
 #include "app/window/WindowContext.h"
 #include "fileops/dlgProgress.h"
 #include "platform/WindowPrompts.h"
-#include "search/SearchStatus.h"
 #include "settings/modPProfile.h"
+#include "text/DisplayText.h"
 
 #include <QApplication>
 

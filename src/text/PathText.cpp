@@ -1,4 +1,4 @@
-#include "search/PathText.h"
+#include "text/PathText.h"
 
 #include <QChar>
 #include <algorithm>
