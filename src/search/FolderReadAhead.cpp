@@ -309,7 +309,7 @@ bool FolderReadAhead::Read(const Job& job, Folder& folder, UniqueFd& fd,
 }
 
 // The times and sizes of the files among `records` the walk will store, in the order it stores
-// them; -errno for a file whose status could not be read.
+// them; the error number for a file whose status could not be read.
 void FolderReadAhead::StatKeptFiles(int fd, const MaskMatcher& matcher, std::string_view records,
                                     std::vector<Kept>& kept) const {
     const bool expected = options_.ExpectedMatch == 1;
@@ -322,9 +322,9 @@ void FolderReadAhead::StatKeptFiles(int fd, const MaskMatcher& matcher, std::str
             struct stat file {};
             if (fstatat(fd, entry.d_name, &file, AT_SYMLINK_NOFOLLOW) == 0) {
                 kept.push_back(
-                    {ToFileTime(file.st_mtim.tv_sec, file.st_mtim.tv_nsec), file.st_size});
+                    {ToFileTime(file.st_mtim.tv_sec, file.st_mtim.tv_nsec), file.st_size, 0});
             } else {
-                kept.push_back({-errno, -1});
+                kept.push_back({0, -1, errno});
             }
         }
     });

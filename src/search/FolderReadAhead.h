@@ -36,10 +36,11 @@ public:
     using JobRef = std::shared_ptr<Job>;
     // A folder's subfolders' jobs, in the walk's order; none for one left to the walk.
     using Jobs = std::vector<JobRef>;
-    // A kept file's status: its time (-errno when it could not be read) and its size.
+    // A kept file's status: its time and size, or why it could not be read.
     struct Kept {
         int64_t time = 0;
         int64_t size = -1;
+        int error = 0; // the status lookup's error number; time and size are then unknown
     };
     struct Folder {
         std::vector<char> entries; // getdents64 records; d_type filled in where it was unknown

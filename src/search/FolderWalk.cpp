@@ -424,12 +424,11 @@ void FolderWalk::StoreFile(size_t level, std::string_view name) {
     } else if (const int fd = KeepsStatus() ? LevelFd(level) : -1; fd >= 0) {
         kept = fstatat(fd, name.data(), &st, AT_SYMLINK_NOFOLLOW) == 0
                    ? FolderReadAhead::Kept{ToFileTime(st.st_mtim.tv_sec, st.st_mtim.tv_nsec),
-                                           st.st_size}
-                   : FolderReadAhead::Kept{-errno, -1};
+                                           st.st_size, 0}
+                   : FolderReadAhead::Kept{0, -1, errno};
     }
-    if (kept.time < 0) { // a reader's or this stat's errno
-        TellNotRead(name, static_cast<int>(-kept.time));
-        kept.time = 0;
+    if (kept.error != 0) { // a reader's or this stat's
+        TellNotRead(name, kept.error);
     }
     const std::string_view extension = ExtensionOf(name);
     if (!Entered()) {
