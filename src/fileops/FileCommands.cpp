@@ -35,11 +35,6 @@ bool IsFolder(const std::string& path) {
     return !path.empty() && StatItem(path, st) && S_ISDIR(st.st_mode);
 }
 
-// A destination may be a link to a folder.
-bool LeadsToFolder(const std::string& path) {
-    return !path.empty() && OpenFolder(path, O_PATH | O_CLOEXEC).Valid();
-}
-
 bool SameFile(const std::string& a, const std::string& b) {
     struct stat x {};
     struct stat y {};
@@ -318,13 +313,13 @@ static_assert(static_cast<int>(modBrowse::PickPurpose::CopyFiles) ==
 
 std::optional<std::string>
 PrepareCopy(PendingAction command, const std::vector<std::string>& selected,
-            CommandContext& context,
-            const std::function<std::string(modBrowse::PickPurpose)>& pick) {
+            CommandContext& context, const std::function<std::string(modBrowse::PickPurpose)>& pick,
+            const std::function<bool(const std::string&)>& isFolder) {
     if (selected.empty() || !ConfirmAction(command, selected, context.settings, context.prompts)) {
         return std::nullopt;
     }
     std::string destination = pick(static_cast<modBrowse::PickPurpose>(command));
-    if (!LeadsToFolder(destination)) {
+    if (destination.empty() || !isFolder(destination)) {
         return std::nullopt;
     }
     while (destination.size() > 1 && destination.back() == '/') {
@@ -517,6 +512,11 @@ bool MoveFolder(const std::string& folder, const std::string& destination, Comma
     context.status.Set(StatusPart::Message,
                        moved ? Text::tr("Folder moved") : Text::tr("Folder not moved"));
     return moved;
+}
+
+// A destination may be a link to a folder.
+bool LeadsToFolder(const std::string& path) {
+    return !path.empty() && OpenFolder(path, O_PATH | O_CLOEXEC).Valid();
 }
 
 QString RemarkText(const std::string& words) {

@@ -70,13 +70,17 @@ bool ConfirmAction(PendingAction command, const std::vector<std::string>& select
 bool PrepareDelete(PendingAction command, const std::vector<std::string>& selected,
                    CommandContext& context);
 
+// Whether `path` is a folder or a link to one.
+bool LeadsToFolder(const std::string& path);
+
 // `PrepareAction` for copies and moves: the question, then the destination picked for the
-// command's purpose (`pick`: "" when cancelled), which must be an existing folder; then the window
-// prepared. The destination without a trailing "/", or nothing when the command ends.
+// command's purpose (`pick`: "" when cancelled), which must be an existing folder (`isFolder`
+// tells; the window asks it on a thread of its own); then the window prepared. The destination
+// without a trailing "/", or nothing when the command ends.
 std::optional<std::string>
 PrepareCopy(PendingAction command, const std::vector<std::string>& selected,
-            CommandContext& context,
-            const std::function<std::string(modBrowse::PickPurpose)>& pick);
+            CommandContext& context, const std::function<std::string(modBrowse::PickPurpose)>& pick,
+            const std::function<bool(const std::string&)>& isFolder = LeadsToFolder);
 
 struct DeleteOutcome {
     bool changed = false;

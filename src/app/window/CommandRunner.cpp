@@ -185,10 +185,18 @@ bool CommandRunner::DeleteFiles() {
 std::optional<std::string>
 CommandRunner::PrepareCopyCommand(PendingAction command, const std::vector<std::string>& selected,
                                   CommandContext& context) {
-    return PrepareCopy(command, selected, context, [this](modBrowse::PickPurpose purpose) {
-        return modBrowse::PickFolder(purpose, true, request_.StartPath(), shared_.profile,
-                                     shared_.prompts);
-    });
+    return PrepareCopy(
+        command, selected, context,
+        [this](modBrowse::PickPurpose purpose) {
+            return modBrowse::PickFolder(purpose, true, request_.StartPath(), shared_.profile,
+                                         shared_.prompts);
+        },
+        [this](const std::string& folder) {
+            // The destination may be on a share that stopped answering.
+            const auto thread = CommandThread::Make(shared_.cancel);
+            const auto answer = std::make_shared<bool>(false);
+            return thread->Run([answer, folder] { *answer = LeadsToFolder(folder); }) && *answer;
+        });
 }
 
 bool CommandRunner::CopyFiles() {
