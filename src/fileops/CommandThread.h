@@ -75,8 +75,13 @@ private:
 std::string WriteOffThread(const CancelFlag& cancel, const std::string& path,
                            std::function<std::string(CommandThread&)> write);
 
+class Progress;
 class Prompts;
 struct CommandContext;
+
+// The window's progress window as a body reaches it from its thread: each call posted, the bar
+// as its latest value.
+std::shared_ptr<Progress> ProgressThrough(CommandThread& thread, Progress& window);
 
 // The window's prompts as a body reaches them from its thread: asked on the window's thread
 // while the body waits, cancelled once it is left behind.

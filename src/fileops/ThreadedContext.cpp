@@ -90,13 +90,64 @@ private:
     Desktop& window_;
 };
 
-class Threaded : public ThreadedContext,
-                 public Progress,
-                 public std::enable_shared_from_this<Threaded> {
+// The progress window, through the window's thread.
+class ThreadProgress : public Progress, public std::enable_shared_from_this<ThreadProgress> {
+public:
+    ThreadProgress(CommandThread& thread, Progress& window) : thread_(thread), window_(window) {}
+
+    void Create(int stepSize, int maximum, bool cancelAllowed) override {
+        ResetBar();
+        PostToWindow([=](Progress& w) { w.Create(stepSize, maximum, cancelAllowed); });
+    }
+    void Destroy() override {
+        PostToWindow([](Progress& w) { w.Destroy(); });
+    }
+    void Reset() override {
+        ResetBar();
+        PostToWindow([](Progress& w) { w.Reset(); });
+    }
+    void SetMessage(const QString& text) override {
+        PostToWindow([text](Progress& w) { w.SetMessage(text); });
+    }
+    void Setup(int stepSize, int maximum, int value) override {
+        ResetBar();
+        PostToWindow([=](Progress& w) { w.Setup(stepSize, maximum, value); });
+    }
+    void Update(int units) override {
+        PostToWindow([units](Progress& w) { w.Update(units); });
+    }
+    // Called for every chunk copied: the window gets the latest value, not every one.
+    void UpdateDirect(int value) override {
+        thread_.Beat();
+        bar_.store(value);
+        if (!barPosted_.exchange(true)) {
+            PostToWindow([self = shared_from_this()](Progress& w) {
+                self->barPosted_.store(false);
+                w.UpdateDirect(self->bar_.load());
+            });
+        }
+    }
+
+private:
+    void PostToWindow(std::function<void(Progress&)> call) {
+        thread_.Post([self = shared_from_this(), call = std::move(call)] { call(self->window_); });
+    }
+    // A bar set anew is not overtaken by a value posted for the old one.
+    void ResetBar() { barPosted_.store(false); }
+
+    CommandThread& thread_;
+    Progress& window_;
+    std::atomic<int> bar_{0};
+    std::atomic<bool> barPosted_{false};
+};
+
+class Threaded : public ThreadedContext, public std::enable_shared_from_this<Threaded> {
 public:
     Threaded(const std::shared_ptr<CommandThread>& thread, const CommandContext& window)
         : thread_(thread), window_(window), settings_(window.settings),
           prompts_(*thread, window.prompts), desktop_(*thread, window.desktop),
+          progress_(window.progress != nullptr ? ProgressThrough(*thread, *window.progress)
+                                               : nullptr),
           context_{settings_,
                    prompts_,
                    desktop_,
@@ -111,7 +162,7 @@ public:
                    },
                    [] {},
                    {},
-                   window.progress != nullptr ? static_cast<Progress*>(this) : nullptr,
+                   progress_.get(),
                    window.faults,
                    [this](std::string_view path) { thread_->Working(path); }} {
         if (window.handled) {
@@ -126,48 +177,10 @@ public:
 
     CommandContext& Context() override { return context_; }
 
-    // The progress window, through the window's thread.
-    void Create(int stepSize, int maximum, bool cancelAllowed) override {
-        ResetBar();
-        PostToWindow(
-            [=](const CommandContext& w) { w.progress->Create(stepSize, maximum, cancelAllowed); });
-    }
-    void Destroy() override {
-        PostToWindow([](const CommandContext& w) { w.progress->Destroy(); });
-    }
-    void Reset() override {
-        ResetBar();
-        PostToWindow([](const CommandContext& w) { w.progress->Reset(); });
-    }
-    void SetMessage(const QString& text) override {
-        PostToWindow([text](const CommandContext& w) { w.progress->SetMessage(text); });
-    }
-    void Setup(int stepSize, int maximum, int value) override {
-        ResetBar();
-        PostToWindow([=](const CommandContext& w) { w.progress->Setup(stepSize, maximum, value); });
-    }
-    void Update(int units) override {
-        PostToWindow([units](const CommandContext& w) { w.progress->Update(units); });
-    }
-    // Called for every chunk copied: the window gets the latest value, not every one.
-    void UpdateDirect(int value) override {
-        thread_->Beat();
-        bar_.store(value);
-        if (!barPosted_.exchange(true)) {
-            PostToWindow([self = shared_from_this()](const CommandContext& w) {
-                self->barPosted_.store(false);
-                w.progress->UpdateDirect(self->bar_.load());
-            });
-        }
-    }
-
 private:
     void PostToWindow(std::function<void(const CommandContext&)> call) {
         thread_->Post([self = shared_from_this(), call = std::move(call)] { call(self->window_); });
     }
-    // A bar set anew is not overtaken by a value posted for the old one.
-    void ResetBar() { barPosted_.store(false); }
-
     // The status texts, in bursts of several per file: the window shows the latest of each.
     void StatusChanged(StatusPart part, const QString& text) {
         bool post = false;
@@ -199,16 +212,19 @@ private:
     AppSettings settings_;
     ThreadPrompts prompts_;
     ThreadDesktop desktop_;
+    std::shared_ptr<Progress> progress_;
     StatusLine status_;
     CommandContext context_;
-    std::atomic<int> bar_{0};
-    std::atomic<bool> barPosted_{false};
     std::mutex statusMutex_;
     std::array<std::optional<QString>, StatusLine::kParts> statusTexts_;
     bool statusPosted_ = false;
 };
 
 } // namespace
+
+std::shared_ptr<Progress> ProgressThrough(CommandThread& thread, Progress& window) {
+    return std::make_shared<ThreadProgress>(thread, window);
+}
 
 std::unique_ptr<Prompts> PromptsThrough(CommandThread& thread, Prompts& window) {
     return std::make_unique<ThreadPrompts>(thread, window);

@@ -99,11 +99,13 @@ CommandContext CommandRunner::Context() {
         shared_.cancel,
         shared_.status,
         [this] { shared_.yield.Yield(); },
-        [font, room](std::string_view path) {
-            QFont own;
-            own.fromString(font);
-            return QFontMetrics(own).elidedText(DisplayPath(path), Qt::ElideMiddle,
-                                                std::max(room, 40));
+        [font, room, metrics = std::optional<QFontMetrics>()](std::string_view path) mutable {
+            if (!metrics) { // made once, on the thread that measures
+                QFont own;
+                own.fromString(font);
+                metrics.emplace(own);
+            }
+            return metrics->elidedText(DisplayPath(path), Qt::ElideMiddle, std::max(room, 40));
         },
         [this](std::string_view path) { results_.RemoveFromViews(path, request_.Mask()); },
         [this] {

@@ -103,18 +103,11 @@ void SelectionCommands::SaveAllResults() {
         // reading it once its call returns.
         ShowWriteError(WriteOffThread(
             shared_.cancel, path, [&store, path, progress, sorted](CommandThread& thread) {
-                const auto post = [&thread, progress](std::function<void(Progress&)> call) {
-                    thread.Post([progress, call = std::move(call)] { call(*progress); });
-                };
+                const std::shared_ptr<Progress> bar = ProgressThrough(thread, *progress);
                 const WriteProgress hooks{
-                    [post](int maximum) {
-                        post([maximum](Progress& p) { p.Create(20, maximum, false); });
-                    },
-                    [post](const QString& message) {
-                        post([message](Progress& p) { p.SetMessage(message); });
-                    },
-                    [post] { post([](Progress& p) { p.Update(20); }); },
-                    [post] { post([](Progress& p) { p.Destroy(); }); }, &thread.Cancel()};
+                    [&bar](int maximum) { bar->Create(20, maximum, false); },
+                    [&bar](const QString& message) { bar->SetMessage(message); },
+                    [&bar] { bar->Update(20); }, [&bar] { bar->Destroy(); }, &thread.Cancel()};
                 return sorted ? WriteResultsSorted(store, path, hooks)
                               : WriteResultsUnsorted(store, path, hooks);
             }));
