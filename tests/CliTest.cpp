@@ -252,9 +252,11 @@ TEST(Cli, TrashAsksOnTheTerminalAndListsWhatDidNotGo) {
     t.File({"a.txt", "b.txt", "keep.txt", "d/c.txt", "d/e/f.txt"});
     std::vector<std::string> asked, trashed;
     std::optional<std::string> answer;
-    const CliSystem system{[&](const std::string& path) -> std::string {
+    const CliSystem system{[&](const std::string& path) {
                                trashed.push_back(path.substr(t.Root().size()));
-                               return path == t.Path("keep.txt") ? "Permission denied" : "";
+                               return path == t.Path("keep.txt")
+                                          ? FileOutcome::Failure(path, EACCES)
+                                          : FileOutcome::Ok(path);
                            },
                            [&](const std::string& question) {
                                asked.push_back(question);

@@ -485,6 +485,12 @@ TEST_F(CopyFiles, AMoveAcrossFileSystemsLeavesTheSourceWholeUntilAllArrived) {
     EXPECT_FALSE(MoveFolder(Path("m"), Path("m/x"), context, notProcessed));
     EXPECT_TRUE(prompts.Texts().back().endsWith("': a folder cannot be moved into itself"));
     EXPECT_EQ(ReaddirOrder(Path("m/x/")), std::vector<std::string>{});
+    // A folder that became a file since it was listed is not moved, and says so.
+    tree.File("was-folder");
+    prompts.answers = {MessageAnswer::Ok};
+    EXPECT_FALSE(MoveFolder(Path("was-folder"), Path("m/x"), context, notProcessed));
+    EXPECT_TRUE(prompts.Texts().back().endsWith("': it is not a folder any more"));
+    EXPECT_EQ(status.Text(StatusPart::Message), " Folder not moved");
 }
 
 // A writer may change a file in ways its identity never shows: through a shared mapping, or in

@@ -195,19 +195,19 @@ TEST_F(GioDesktopTest, TheTrashKeepsEveryItemWithItsWholePath) {
     for (const std::string& name : {std::string("x/same.txt"), std::string("y/same.txt"),
                                     std::string("z/odd \xff name.txt"), "z/" + longName}) {
         t.File(name);
-        EXPECT_EQ(desktop.MoveToTrash(t.Path(name)), "") << name;
+        EXPECT_TRUE(desktop.MoveToTrash(t.Path(name)).Done()) << name;
         EXPECT_FALSE(std::filesystem::exists(t.Path(name)));
     }
-    EXPECT_EQ(desktop.MoveToTrash(deep), "") << "deeper than PATH_MAX";
+    EXPECT_TRUE(desktop.MoveToTrash(deep).Done()) << "deeper than PATH_MAX";
     size_t items = 0;
     const std::set<std::string> paths = TrashedPaths(items);
     EXPECT_EQ(items, 5u);
     EXPECT_EQ(paths, (std::set<std::string>{t.Path("x/same.txt"), t.Path("y/same.txt"),
                                             t.Path("z/odd%20%FF%20name.txt"),
                                             t.Path("z/%FF" + longName.substr(1)), deep}));
-    EXPECT_EQ(desktop.MoveToTrash(t.Path("x/same.txt")), "No such file or directory");
+    EXPECT_EQ(desktop.MoveToTrash(t.Path("x/same.txt")).reason, "No such file or directory");
     // What the trash cannot take stays where it is, with the system's reason.
-    EXPECT_NE(desktop.MoveToTrash("/proc/self/status"), "");
+    EXPECT_FALSE(desktop.MoveToTrash("/proc/self/status").Done());
     EXPECT_TRUE(std::filesystem::exists("/proc/self/status"));
 }
 
@@ -231,7 +231,7 @@ TEST_F(GioDesktopTest, LongNamesGoToTheTrashOfTheirOwnFileSystem) {
         disk.Folder(".Trash");
         chmod(disk.Path(".Trash").c_str(), trash[6] == '/' ? 01777 : 0777);
         disk.File("a/" + name);
-        EXPECT_EQ(desktop.MoveToTrash(disk.Path("a/" + name)), "") << trash;
+        EXPECT_TRUE(desktop.MoveToTrash(disk.Path("a/" + name)).Done()) << trash;
         size_t items = 0;
         EXPECT_EQ(TrashedPaths(items, disk.Path(trash + "/")), std::set<std::string>{"a/" + name});
         EXPECT_EQ(items, 1u);

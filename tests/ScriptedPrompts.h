@@ -68,19 +68,19 @@ public:
     bool OpenInTextEditor(const std::string& path) override { return Record("editor", path); }
     bool OpenWith(const std::string& path) override { return Record("openwith", path); }
     // Takes the item out of the (temporary) test tree, unless a refusal is set up for it.
-    std::string MoveToTrash(const std::string& path) override {
+    FileOutcome MoveToTrash(const std::string& path) override {
         Record("trash", path);
         if (beforeTrash) {
             beforeTrash(path);
         }
         if (auto refusal = trashRefusals.find(path); refusal != trashRefusals.end()) {
-            return refusal->second;
+            return FileOutcome::Failure(path, 0, refusal->second);
         }
         std::error_code error;
         if (std::filesystem::remove_all(path, error) == 0 || error) {
-            return error ? error.message() : "No such file or directory";
+            return FileOutcome::Failure(path, error ? error.value() : ENOENT);
         }
-        return {};
+        return FileOutcome::Ok(path);
     }
 
     std::vector<std::string> calls;

@@ -182,8 +182,10 @@ TEST_F(WindowCommandsTest, TheNotProcessedListOfACopyAndItsRememberedView) {
     tree.File({"src/dup.txt", "dst/dup.txt"});
     tree.SetTime("dst/dup.txt", 1700000000, 0);
     const std::vector<SkippedItem> items = {
-        {0, tree.Path("src/dup.txt"), 0, "duplicate file", tree.Path("dst/dup.txt"), ""},
-        {1, tree.Path("src/gone.txt"), 0, "source file not found", tree.Path("dst/gone.txt"), ""}};
+        SkippedItem::Refused(0, tree.Path("src/dup.txt"), "duplicate file")
+            .At(0, tree.Path("dst/dup.txt")),
+        SkippedItem::Refused(1, tree.Path("src/gone.txt"), "source file not found")
+            .At(0, tree.Path("dst/gone.txt"))};
     const QString shown =
         QLocale::system().toString(QDateTime::fromSecsSinceEpoch(1700000000), QLocale::ShortFormat);
     {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileOutcome.h"
+
 #include <cstdio>
 #include <functional>
 #include <optional>
@@ -25,7 +27,7 @@ class CancelFlag;
 
 struct CliSystem {
     // Sends an item to the trash: "" when it went, else why not.
-    std::function<std::string(const std::string& path)> moveToTrash;
+    std::function<FileOutcome(const std::string& path)> moveToTrash;
     // Asks a question on the terminal and returns the answer; nothing without a terminal.
     std::function<std::optional<std::string>(const std::string& question)> askTerminal;
     // The local path of a share's URL, mounted when it is not: "" and why when it cannot be had.

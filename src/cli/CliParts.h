@@ -198,9 +198,9 @@ public:
     }
     // Runs `catchUp` every so many entries the walk examines.
     void SetCatchUp(std::function<void()> catchUp) { catchUp_ = std::move(catchUp); }
-    void NotRead(std::string_view path, int error) override {
+    void NotRead(const FileOutcome& failure) override {
         ++count_;
-        Say(err_, Text::tr("tallymoor: %1: %2"), {path, std::strerror(error)});
+        Say(err_, Text::tr("tallymoor: %1: %2"), {failure.path, failure.reason});
     }
     int Count() const { return count_; }
 

@@ -32,9 +32,10 @@ private:
 class TrashOnly : public NoDesktop {
 public:
     explicit TrashOnly(const CliSystem& system) : system_(system) {}
-    std::string MoveToTrash(const std::string& path) override {
-        return system_.moveToTrash ? system_.moveToTrash(path)
-                                   : QT_TRANSLATE_NOOP("Remark", "no trash");
+    FileOutcome MoveToTrash(const std::string& path) override {
+        return system_.moveToTrash
+                   ? system_.moveToTrash(path)
+                   : FileOutcome::Refusal(path, QT_TRANSLATE_NOOP("Remark", "no trash"));
     }
 
 private:

@@ -194,29 +194,31 @@ struct DeleteRun {
         }
         if (answer == MessageAnswer::No) {
             Skip(position, QT_TRANSLATE_NOOP("Remark", "file deletion skipped by user"));
-        } else if (const std::string reason = context.desktop.MoveToTrash(path);
-                   reason.empty() && !Exists(path)) {
+        } else if (const FileOutcome trashed = context.desktop.MoveToTrash(path);
+                   trashed.Done() && !Exists(path)) {
             ++outcome.deleted;
             context.removeFromViews(path);
             if (context.handled) {
                 context.handled(path);
             }
         } else {
-            StillThere(position, reason);
+            StillThere(position, trashed);
         }
         return true;
     }
 
     // The remark's wording stands although the file does exist: it is the program's own. The
     // reason says the file is still there, and why.
-    void StillThere(size_t position, const std::string& refusal) {
+    void StillThere(size_t position, const FileOutcome& trashed) {
+        const std::string& refusal = trashed.reason;
         const std::string reason =
-            refusal.empty()
+            trashed.Done()
                 ? QCoreApplication::translate("Remark", "it is still there").toStdString()
                 : FillIn(
                       QCoreApplication::translate("Remark", "it is still there: %1").toStdString(),
                       {RemarkText(refusal).toStdString()});
         Skip(position, QT_TRANSLATE_NOOP("Remark", "error: file doesn't exist"), reason);
+        outcome.notProcessed.back().error = trashed.error;
     }
 
     // The gathered files; each one the trash refuses is listed with its reason.
@@ -224,13 +226,13 @@ struct DeleteRun {
         context.status.Set(StatusPart::Message, Text::tr("Deleting"));
         for (const size_t position : batch) {
             const std::string& path = selection[position].path;
-            if (const std::string reason = context.desktop.MoveToTrash(path); reason.empty()) {
+            if (const FileOutcome trashed = context.desktop.MoveToTrash(path); trashed.Done()) {
                 ++outcome.deleted;
                 if (context.handled) {
                     context.handled(path);
                 }
             } else {
-                StillThere(position, reason);
+                StillThere(position, trashed);
             }
         }
     }
@@ -282,23 +284,21 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
 }
 
 bool DeleteFolder(const std::string& folder, CommandContext& context) {
-    std::string reason;
     Working(context, folder);
-    if (!IsFolder(folder)) {
-        reason = QT_TRANSLATE_NOOP("Remark", "it is not a folder any more");
-    } else {
-        reason = context.desktop.MoveToTrash(folder);
-    }
-    if (!reason.empty()) {
+    const FileOutcome trashed =
+        IsFolder(folder) ? context.desktop.MoveToTrash(folder)
+                         : FileOutcome::Refusal(
+                               folder, QT_TRANSLATE_NOOP("Remark", "it is not a folder any more"));
+    if (!trashed.Done()) {
         context.prompts.Message(Text::tr("Could not send ' %1 ' to the trash: %2")
-                                    .arg(Shown(folder), RemarkText(reason)),
+                                    .arg(Shown(folder), RemarkText(trashed.reason)),
                                 MessageIcon::Critical, MessageButtons::Ok);
     } else if (context.handled) {
         context.handled(folder);
     }
-    context.status.Set(StatusPart::Message, reason.empty() ? Text::tr("Folder deleted")
+    context.status.Set(StatusPart::Message, trashed.Done() ? Text::tr("Folder deleted")
                                                            : Text::tr("Folder not deleted"));
-    return reason.empty();
+    return trashed.Done();
 }
 
 // A copy or move picks its folder for the purpose of the same number.
@@ -358,18 +358,16 @@ struct CopyTarget {
 // One selected file (slot `slot`) copied into `into`, counted in `outcome`.
 void CopyItem(size_t slot, const SelectedItem& item, const CopyTarget& into,
               CommandContext& context, CopyFilesOutcome& outcome) {
-    const auto skip = [&](const std::string& remark, const std::string& target,
-                          const std::string& reason) {
-        ++outcome.skipped;
-        outcome.notProcessed.push_back(
-            SkippedItem::Refused(slot, item.path, remark, reason).At(item.lastWriteTime, target));
-    };
     Working(context, item.path);
     const ItemAt source = OpenItem(item.path);
     struct stat st {};
     if (!source ||
         fstatat(source.folder.Get(), source.name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
-        skip(QT_TRANSLATE_NOOP("Remark", "source file not found"), {}, {});
+        ++outcome.skipped;
+        outcome.notProcessed.push_back(
+            SkippedItem::Of(slot, {Outcome::SourceMissing, errno, item.path, {}},
+                            QT_TRANSLATE_NOOP("Remark", "source file not found"))
+                .At(item.lastWriteTime));
         return;
     }
     const std::string target = JoinPath(into.path, source.name);
@@ -380,37 +378,17 @@ void CopyItem(size_t slot, const SelectedItem& item, const CopyTarget& into,
     const CopyOutcome copy =
         into.fd ? CopyOneFile(source.folder.Get(), source.name, into.fd.Get(), source.name,
                               context.cancel, into.bytes, context.faults)
-                : CopyOutcome{CopyResult::Failed, into.error, SystemReason(into.error), {}};
-    switch (copy.result) {
-    case CopyResult::Copied:
+                : CopyOutcome{FileOutcome::Failure(item.path, into.error), {}};
+    if (copy.Done()) {
         ++outcome.copied;
         if (context.handled) {
             context.handled(target);
         }
-        break;
-    case CopyResult::TargetExists:
-        skip(QT_TRANSLATE_NOOP("Remark", "duplicate file"), target, {});
-        break;
-    case CopyResult::SourceMissing:
-        skip(QT_TRANSLATE_NOOP("Remark", "source file not found"), {}, {});
-        break;
-    case CopyResult::SourceChanged:
-        skip(copy.reason, target, {});
-        break;
-    case CopyResult::NotOnDisk:
-        skip(copy.reason, {}, {});
-        break;
-    case CopyResult::InUse:
-        skip(QT_TRANSLATE_NOOP("Remark", "file in use"), target, copy.reason);
-        break;
-    case CopyResult::Failed:
-    case CopyResult::Cancelled:
-        ++outcome.skipped;
-        outcome.notProcessed.push_back(
-            SkippedItem::Failure(slot, item.path, copy.error).At(item.lastWriteTime, target));
-        outcome.notProcessed.back().reason = copy.reason;
-        break;
+        return;
     }
+    ++outcome.skipped;
+    outcome.notProcessed.push_back(NotCopied(slot, copy, item.path, target));
+    outcome.notProcessed.back().lastWriteTime = item.lastWriteTime;
 }
 
 } // namespace
@@ -492,18 +470,18 @@ bool CopyFolder(const std::string& folder, const std::string& destination, Pendi
 
 bool MoveFolder(const std::string& folder, const std::string& destination, CommandContext& context,
                 std::vector<SkippedItem>& notProcessed) {
-    MoveOutcome outcome;
+    MoveOutcome outcome{
+        FileOutcome::Refusal(folder, QT_TRANSLATE_NOOP("Remark", "it is not a folder any more")),
+        {}};
     Working(context, folder);
     if (IsFolder(folder)) {
         TreeCopyContext tree = TreeContext(context);
         const FolderProgress window(context.progress);
         outcome = MoveTree(folder, JoinPath(destination, BaseName(folder)), tree);
-    } else {
-        outcome.reason = QT_TRANSLATE_NOOP("Remark", "it is not a folder any more");
     }
     notProcessed = outcome.problems;
-    const bool moved = outcome.result == MoveResult::Moved;
-    if (!moved && outcome.result != MoveResult::Cancelled && outcome.problems.empty()) {
+    const bool moved = outcome.what == Outcome::Done;
+    if (!moved && outcome.what != Outcome::Cancelled && outcome.problems.empty()) {
         context.prompts.Message(
             Text::tr("Could not move ' %1 ' to ' %2 ': %3")
                 .arg(Shown(folder), Shown(destination), RemarkText(outcome.reason)),

@@ -31,8 +31,8 @@ constexpr const char* kWriterHasIt =
     QT_TRANSLATE_NOOP("Remark", "another program has it open for writing");
 constexpr const char* kNotOnDisk = QT_TRANSLATE_NOOP("Remark", "not a regular file on disk");
 
-CopyOutcome Outcome(CopyResult result, int error) {
-    return {result, error, SystemReason(error), {}};
+CopyOutcome Result(Outcome what, const std::string& source, int error) {
+    return {FileOutcome::Of(what, source, error), {}};
 }
 
 bool SameFile(const struct stat& a, const struct stat& b) {
@@ -198,8 +198,9 @@ CopyOutcome CopyLink(int sourceDir, const std::string& source, const struct stat
     std::string to(static_cast<size_t>(st.st_size) + 1, '\0');
     const ssize_t n = readlinkat(sourceDir, source.c_str(), to.data(), to.size());
     if (n < 0 || static_cast<size_t>(n) >= to.size()) {
-        return n < 0 && errno == ENOENT ? Outcome(CopyResult::SourceMissing, ENOENT)
-                                        : Outcome(CopyResult::SourceChanged, 0);
+        return n < 0 && errno == ENOENT
+                   ? Result(Outcome::SourceMissing, source, ENOENT)
+                   : CopyOutcome{{Outcome::SourceChanged, 0, source, kChanged}, {}};
     }
     to.resize(static_cast<size_t>(n));
     std::string temporary;
@@ -207,7 +208,7 @@ CopyOutcome CopyLink(int sourceDir, const std::string& source, const struct stat
         temporary = TemporaryName(target);
         if (symlinkat(to.c_str(), targetDir, temporary.c_str()) != 0) {
             if (errno != EEXIST) {
-                return Outcome(CopyResult::Failed, errno);
+                return Result(Outcome::Failed, source, errno);
             }
             temporary.clear();
         }
@@ -215,9 +216,9 @@ CopyOutcome CopyLink(int sourceDir, const std::string& source, const struct stat
     const timespec times[2] = {st.st_atim, st.st_mtim};
     utimensat(targetDir, temporary.c_str(), times, AT_SYMLINK_NOFOLLOW);
     if (!PublishWithoutReplacing(targetDir, temporary, target)) {
-        return Outcome(errno == EEXIST ? CopyResult::TargetExists : CopyResult::Failed, errno);
+        return Result(errno == EEXIST ? Outcome::TargetExists : Outcome::Failed, source, errno);
     }
-    return {CopyResult::Copied, 0, {}, IdentityOf(st)};
+    return {FileOutcome::Ok(source), IdentityOf(st)};
 }
 
 // The bytes of the regular files below a folder, for the progress bar.
@@ -322,7 +323,9 @@ private:
         if (haveAnswerForAll_) {
             answer = answerForAll_;
         } else if (!c_.conflict) {
-            Problem(source, QT_TRANSLATE_NOOP("Remark", "duplicate file"), SystemReason(EEXIST));
+            out_.problems.push_back(NotCopied(
+                out_.problems.size(), {FileOutcome::Of(Outcome::TargetExists, source, EEXIST), {}},
+                source, existing));
             return false;
         } else {
             answer = c_.conflict(existing, source);
@@ -338,10 +341,12 @@ private:
         case ConflictChoice::Replace:
             break;
         }
-        const std::string refused =
-            c_.trash ? c_.trash(existing) : QT_TRANSLATE_NOOP("Remark", "no trash");
-        if (!refused.empty()) {
-            Problem(source, QT_TRANSLATE_NOOP("Remark", "not replaced"), refused);
+        const FileOutcome trashed =
+            c_.trash ? c_.trash(existing)
+                     : FileOutcome::Refusal(existing, QT_TRANSLATE_NOOP("Remark", "no trash"));
+        if (!trashed.Done()) {
+            Problem(source, QT_TRANSLATE_NOOP("Remark", "not replaced"), trashed.reason);
+            out_.problems.back().error = trashed.error;
             return false;
         }
         return true;
@@ -454,35 +459,14 @@ private:
                                     }};
         const CopyOutcome copy =
             CopyOneFile(sourceDir, name, targetDir, targetName, c_.cancel, progress, c_.faults);
-        switch (copy.result) {
-        case CopyResult::Copied:
+        if (copy.Done()) {
             ++out_.files;
             out_.copied.push_back(copy.copied);
             bytesDone_ += S_ISREG(st.st_mode) ? st.st_size : 0;
-            break;
-        case CopyResult::TargetExists:
-            Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "duplicate file"), copy.reason);
-            out_.problems.back().target = targetPath;
-            break;
-        case CopyResult::SourceMissing:
-            Problem(sourcePath, QT_TRANSLATE_NOOP("Remark", "source file not found"), copy.reason);
-            break;
-        case CopyResult::SourceChanged:
-            Problem(sourcePath, kChanged, {});
-            break;
-        case CopyResult::InUse:
-            Problem(sourcePath, kInUse, copy.reason);
-            break;
-        case CopyResult::NotOnDisk:
-            Problem(sourcePath, kNotOnDisk, {});
-            break;
-        case CopyResult::Cancelled:
+        } else if (copy.what == Outcome::Cancelled) {
             out_.cancelled = true;
-            break;
-        case CopyResult::Failed:
-            Failed(sourcePath, copy.error, targetPath);
-            out_.problems.back().reason = copy.reason;
-            break;
+        } else {
+            out_.problems.push_back(NotCopied(out_.problems.size(), copy, sourcePath, targetPath));
         }
         if (c_.yield) {
             c_.yield();
@@ -569,9 +553,8 @@ void RemoveMoved(int source, int target, const std::string& path, const Copied& 
     }
 }
 
-// Renames the entry `from` to the free name `to`, replacing nothing; an error number, 0 when
-// done.
-int RenameNoReplace(const ItemAt& from, const ItemAt& to, const CopyFaults* faults) {
+// Renames the entry `from` to the free name `to`, replacing nothing.
+int RenameNoReplaceError(const ItemAt& from, const ItemAt& to, const CopyFaults* faults) {
     if (const int injected = faults && faults->rename ? faults->rename() : 0) {
         return injected;
     }
@@ -594,6 +577,15 @@ int RenameNoReplace(const ItemAt& from, const ItemAt& to, const CopyFaults* faul
     const int error = errno;
     unlinkat(b, to.name.c_str(), AT_REMOVEDIR);
     return error;
+}
+
+FileOutcome RenameNoReplace(const ItemAt& from, const ItemAt& to, const CopyFaults* faults) {
+    const int error = RenameNoReplaceError(from, to, faults);
+    return FileOutcome::Of(error == 0 ? Outcome::Done : Outcome::Failed, to.name, error);
+}
+
+MoveOutcome Moving(Outcome what, const std::string& path, int error) {
+    return {FileOutcome::Of(what, path, error), {}};
 }
 
 } // namespace
@@ -621,21 +613,22 @@ static std::optional<CopyOutcome> OpenRegularSource(int sourceDir, const std::st
         const int error = errno;
         struct stat st {};
         if (fstatat(sourceDir, source.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
-            return Outcome(CopyResult::SourceMissing, errno);
+            return Result(Outcome::SourceMissing, source, errno);
         }
         if (S_ISLNK(st.st_mode)) {
             return CopyLink(sourceDir, source, st, targetDir, target);
         }
         // Refused at once rather than waited for: another program holds a lease to write it
         // (a file server's, say).
-        return error == EWOULDBLOCK ? CopyOutcome{CopyResult::InUse, error, kWriterHasIt, {}}
-                                    : Outcome(CopyResult::Failed, error);
+        return error == EWOULDBLOCK ? CopyOutcome{{Outcome::InUse, error, source, kWriterHasIt}, {}}
+                                    : Result(Outcome::Failed, source, error);
     }
     if (fstat(in.Get(), &from) != 0) {
-        return Outcome(CopyResult::Failed, errno);
+        return Result(Outcome::Failed, source, errno);
     }
     if (!S_ISREG(from.st_mode)) {
-        CopyOutcome outcome = Outcome(CopyResult::Failed, S_ISDIR(from.st_mode) ? EISDIR : EINVAL);
+        CopyOutcome outcome =
+            Result(Outcome::Failed, source, S_ISDIR(from.st_mode) ? EISDIR : EINVAL);
         if (!S_ISDIR(from.st_mode)) {
             outcome.reason = QT_TRANSLATE_NOOP("Remark", "not a regular file");
         }
@@ -645,7 +638,7 @@ static std::optional<CopyOutcome> OpenRegularSource(int sourceDir, const std::st
     // for hundreds of gigabytes) and is no file to keep.
     kind = FileSystemKindOf(in.Get());
     if (kind == FileSystemKind::Pseudo) {
-        return CopyOutcome{CopyResult::NotOnDisk, EINVAL, kNotOnDisk, {}};
+        return CopyOutcome{{Outcome::NotOnDisk, EINVAL, source, kNotOnDisk}, {}};
     }
     return std::nullopt;
 }
@@ -657,10 +650,10 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
     // caught when the copy is named.
     struct stat there {};
     if (fstatat(targetDir, target.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0) {
-        return Outcome(CopyResult::TargetExists, EEXIST);
+        return Result(Outcome::TargetExists, source, EEXIST);
     }
     if (errno != ENOENT) {
-        return Outcome(CopyResult::Failed, errno);
+        return Result(Outcome::Failed, source, errno);
     }
     UniqueFd in;
     struct stat from {};
@@ -670,13 +663,13 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
     }
     // Held until the copy has its name: no writer can open the source before then unseen.
     const ReadLease lease(in.Get(), kind == FileSystemKind::Disk && !(faults && faults->noLeases));
-    const CopyOutcome inUse{CopyResult::InUse, ETXTBSY, kWriterHasIt, {}};
+    const CopyOutcome inUse{{Outcome::InUse, ETXTBSY, source, kWriterHasIt}, {}};
     if (lease.InUse()) {
         return inUse;
     }
     NewFile out(targetDir, target);
     if (!out.Create(from.st_mode & 0777, !(faults && faults->noUnnamedFiles))) {
-        return Outcome(CopyResult::Failed, errno);
+        return Result(Outcome::Failed, source, errno);
     }
     if (progress.started) {
         progress.started(from.st_size);
@@ -688,24 +681,60 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
         return inUse;
     }
     if (error) {
-        return Outcome(error == ECANCELED && cancel.IsRaised() ? CopyResult::Cancelled
-                                                               : CopyResult::Failed,
-                       error);
+        return Result(error == ECANCELED && cancel.IsRaised() ? Outcome::Cancelled
+                                                              : Outcome::Failed,
+                      source, error);
     }
     // What was read must be the whole file as it was opened, unchanged since. A file that
     // takes no room on a disk holds less than its size says.
     struct stat after {};
     if (fstat(in.Get(), &after) != 0 || !(IdentityOf(after) == IdentityOf(from)) ||
         (from.st_blocks > 0 && done != from.st_size)) {
-        return {CopyResult::SourceChanged, 0, kChanged, {}};
+        return {{Outcome::SourceChanged, 0, source, kChanged}, {}};
     }
     // A file system that keeps no such times still holds the data: not a failure.
     const timespec times[2] = {from.st_atim, from.st_mtim};
     futimens(out.Fd(), times);
     if (!out.Publish()) {
-        return Outcome(errno == EEXIST ? CopyResult::TargetExists : CopyResult::Failed, errno);
+        return Result(errno == EEXIST ? Outcome::TargetExists : Outcome::Failed, source, errno);
     }
-    return {CopyResult::Copied, 0, {}, IdentityOf(from)};
+    return {FileOutcome::Ok(source), IdentityOf(from)};
+}
+
+SkippedItem NotCopied(size_t slot, const CopyOutcome& copy, const std::string& source,
+                      const std::string& target) {
+    std::string remark;
+    std::string reason = copy.reason;
+    bool targetShown = true;
+    switch (copy.what) {
+    case Outcome::TargetExists: // the remark says it all
+        remark = QT_TRANSLATE_NOOP("Remark", "duplicate file");
+        reason.clear();
+        break;
+    case Outcome::SourceMissing:
+        remark = QT_TRANSLATE_NOOP("Remark", "source file not found");
+        targetShown = false;
+        break;
+    case Outcome::SourceChanged:
+        remark = kChanged;
+        reason.clear();
+        break;
+    case Outcome::NotOnDisk:
+        remark = kNotOnDisk;
+        reason.clear();
+        targetShown = false;
+        break;
+    case Outcome::InUse:
+        remark = kInUse;
+        break;
+    default:
+        break;
+    }
+    SkippedItem item = SkippedItem::Of(slot, {copy.what, copy.error, source, reason}, remark);
+    if (targetShown) {
+        item.target = target;
+    }
+    return item;
 }
 
 TreeOutcome CopyTree(const std::string& source, const std::string& target, bool contentsOnly,
@@ -767,8 +796,7 @@ bool IsSameOrInside(const std::string& folder, const std::string& other) {
 static MoveOutcome MoveByCopy(const ItemAt& from, const ItemAt& to, const std::string& source,
                               const std::string& target, TreeCopyContext& context) {
     if (mkdirat(to.folder.Get(), to.name.c_str(), 0700) != 0) {
-        return {
-            errno == EEXIST ? MoveResult::Refused : MoveResult::Failed, SystemReason(errno), {}};
+        return Moving(errno == EEXIST ? Outcome::Refused : Outcome::Failed, target, errno);
     }
     const UniqueFd fromFd(openat(from.folder.Get(), from.name.c_str(), kFolderFlags));
     const UniqueFd into(openat(to.folder.Get(), to.name.c_str(), kFolderFlags));
@@ -790,8 +818,9 @@ static MoveOutcome MoveByCopy(const ItemAt& from, const ItemAt& to, const std::s
     if (!copied.Complete()) {
         std::vector<SkippedItem> ignored;
         RemoveEntry(to.folder.Get(), to.name, target, ignored);
-        return {copied.cancelled ? MoveResult::Cancelled : MoveResult::Failed,
-                QT_TRANSLATE_NOOP("Remark", "not every item could be copied"), copied.problems};
+        return {{copied.cancelled ? Outcome::Cancelled : Outcome::Failed, 0, source,
+                 QT_TRANSLATE_NOOP("Remark", "not every item could be copied")},
+                copied.problems};
     }
     struct stat st {};
     if (fstat(fromFd.Get(), &st) == 0) {
@@ -805,7 +834,7 @@ static MoveOutcome MoveByCopy(const ItemAt& from, const ItemAt& to, const std::s
     for (const FileIdentity& identity : copied.copied) {
         identities[{identity.device, identity.inode}] = identity;
     }
-    MoveOutcome moved{MoveResult::Moved, {}, {}};
+    MoveOutcome moved{FileOutcome::Ok(source), {}};
     if (context.working) {
         context.working(source);
     }
@@ -822,29 +851,30 @@ MoveOutcome MoveTree(const std::string& source, const std::string& target,
     const ItemAt from = OpenItem(source);
     const ItemAt to = OpenItem(target);
     if (!from || !to) {
-        return {MoveResult::Failed, SystemReason(from ? to.error : from.error), {}};
+        return from ? Moving(Outcome::Failed, target, to.error)
+                    : Moving(Outcome::Failed, source, from.error);
     }
     struct stat there {};
     if (fstatat(to.folder.Get(), to.name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0) {
-        return {
-            MoveResult::Refused,
-            FillIn(QCoreApplication::translate("Remark", "something named ' %1 ' is already there")
-                       .toStdString(),
-                   {to.name}),
-            {}};
-    }
-    if (IsSameOrInside(FolderOfPath(target), source)) {
-        return {MoveResult::Refused,
-                QT_TRANSLATE_NOOP("Remark", "a folder cannot be moved into itself"),
+        return {FileOutcome::Refusal(target,
+                                     FillIn(QCoreApplication::translate(
+                                                "Remark", "something named ' %1 ' is already there")
+                                                .toStdString(),
+                                            {to.name})),
                 {}};
     }
-    const int error = RenameNoReplace(from, to, context.faults);
-    if (error == 0) {
-        return {MoveResult::Moved, {}, {}};
+    if (IsSameOrInside(FolderOfPath(target), source)) {
+        return {FileOutcome::Refusal(
+                    target, QT_TRANSLATE_NOOP("Remark", "a folder cannot be moved into itself")),
+                {}};
     }
-    if (error != EXDEV) {
-        return {
-            error == EEXIST ? MoveResult::Refused : MoveResult::Failed, SystemReason(error), {}};
+    const FileOutcome renamed = RenameNoReplace(from, to, context.faults);
+    if (renamed.Done()) {
+        return {FileOutcome::Ok(source), {}};
+    }
+    if (renamed.error != EXDEV) {
+        return Moving(renamed.error == EEXIST ? Outcome::Refused : Outcome::Failed, target,
+                      renamed.error);
     }
     return MoveByCopy(from, to, source, target, context);
 }

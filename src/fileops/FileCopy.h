@@ -7,6 +7,7 @@
 // as copied; a move removes a source only while it is still what was copied.
 
 #include "fileops/SkippedItem.h"
+#include "platform/FileOutcome.h"
 #include "platform/PathAccess.h"
 #include "platform/Prompts.h"
 
@@ -40,21 +41,10 @@ struct CopyFaults {
 // The time the cleaner of a killed copy's leftovers goes by.
 time_t CleanerClock(const CopyFaults* faults);
 
-enum class CopyResult {
-    Copied,
-    SourceMissing,
-    SourceChanged,
-    InUse,     // another program has the source open for writing
-    NotOnDisk, // the source is made up by the kernel as it is read (under /proc, /sys)
-    TargetExists,
-    Failed,
-    Cancelled
-};
-struct CopyOutcome {
-    CopyResult result = CopyResult::Failed;
-    int error = 0;         // the error number of a failure
-    std::string reason;    // the system's words for it
-    FileIdentity copied{}; // the source as it was copied
+// A file copy's outcome (Done, SourceMissing, SourceChanged, InUse, NotOnDisk, TargetExists,
+// Failed, Cancelled), and the source as it was copied.
+struct CopyOutcome : FileOutcome {
+    FileIdentity copied{};
 };
 
 // Copies the file or link `source` (a name in the folder `sourceDir`) to the name `target` in
@@ -70,6 +60,12 @@ CopyOutcome CopyOneFile(int sourceDir, const std::string& source, int targetDir,
                         const std::string& target, const CancelFlag& cancel,
                         const CopyProgress& progress = {}, const CopyFaults* faults = nullptr);
 
+// What the list of files not processed shows for a file a copy kept (`copy` not Done): the
+// program's words for why, a failure's number otherwise, and the target where there is one to
+// compare with.
+SkippedItem NotCopied(size_t slot, const CopyOutcome& copy, const std::string& source,
+                      const std::string& target);
+
 // What a folder copy reaches while it runs.
 struct TreeCopyContext {
     const CancelFlag& cancel;
@@ -78,8 +74,8 @@ struct TreeCopyContext {
     // Asked for a name at the target that is not a folder to merge with: the existing path,
     // the source path. None: such names are listed and skipped.
     std::function<ConflictAnswer(const std::string& existing, const std::string& source)> conflict;
-    // Sends what a Replace takes away to the trash: "" when it went, else why not.
-    std::function<std::string(const std::string& path)> trash;
+    // Sends what a Replace takes away to the trash: Done when it went, else why not.
+    std::function<FileOutcome(const std::string& path)> trash;
     const CopyFaults* faults = nullptr;
     std::function<void(std::string_view path)> working; // hears each item before it is touched
 };
@@ -103,11 +99,10 @@ TreeOutcome CopyTree(const std::string& source, const std::string& target, bool 
 // (links and ".." resolved as the system resolves them).
 bool IsSameOrInside(const std::string& folder, const std::string& other);
 
-enum class MoveResult { Moved, Refused, Failed, Cancelled };
-struct MoveOutcome {
-    MoveResult result = MoveResult::Failed;
-    std::string reason;                // why it was refused or failed
-    std::vector<SkippedItem> problems; // items not copied, or not removed from the source
+// A folder move's outcome (Done, Refused, Failed, Cancelled; the reason says why), and the
+// items not copied, or not removed from the source.
+struct MoveOutcome : FileOutcome {
+    std::vector<SkippedItem> problems;
 };
 
 // Moves the folder `source` to the new path `target`: a rename that replaces nothing when both

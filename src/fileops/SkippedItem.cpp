@@ -1,20 +1,15 @@
 #include "fileops/SkippedItem.h"
 
-#include "platform/FileReplacement.h"
-
 SkippedItem SkippedItem::Refused(size_t slot, std::string path, std::string remark,
                                  std::string reason) {
-    SkippedItem item;
-    item.slot = slot;
-    item.path = std::move(path);
-    item.remark = std::move(remark);
-    item.reason = std::move(reason);
-    return item;
+    return Of(slot, FileOutcome::Refusal(std::move(path), std::move(reason)), std::move(remark));
 }
 
-SkippedItem SkippedItem::Failure(size_t slot, std::string path, int error, std::string target) {
-    SkippedItem item = Refused(slot, std::move(path), std::to_string(error), SystemReason(error));
-    item.target = std::move(target);
-    item.error = error;
+SkippedItem SkippedItem::Of(size_t slot, FileOutcome outcome, std::string remark) {
+    SkippedItem item;
+    static_cast<FileOutcome&>(item) = std::move(outcome);
+    item.slot = slot;
+    item.remark =
+        remark.empty() && item.error != 0 ? std::to_string(item.error) : std::move(remark);
     return item;
 }

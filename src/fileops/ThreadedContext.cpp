@@ -77,9 +77,10 @@ private:
 class ThreadDesktop : public NoDesktop {
 public:
     ThreadDesktop(CommandThread& thread, Desktop& window) : thread_(thread), window_(window) {}
-    std::string MoveToTrash(const std::string& path) override {
+    FileOutcome MoveToTrash(const std::string& path) override {
         if (thread_.LeftBehind()) {
-            return QT_TRANSLATE_NOOP("Remark", "the command was cancelled");
+            return FileOutcome::Refusal(path,
+                                        QT_TRANSLATE_NOOP("Remark", "the command was cancelled"));
         }
         thread_.Working(path);
         return window_.MoveToTrash(path);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/FileOutcome.h"
+
+#include <cerrno>
 #include <string>
 
 class CancelFlag;
@@ -23,9 +26,9 @@ public:
     virtual bool OpenInTextEditor(const std::string& path) = 0;
     // The Open With dialog for a file.
     virtual bool OpenWith(const std::string& path) = 0;
-    // Sends a file or folder to the desktop's trash, where the user can restore it. Returns ""
-    // when it went, else why it did not (the item is then where it was). Says nothing itself.
-    virtual std::string MoveToTrash(const std::string& path) = 0;
+    // Sends a file or folder to the desktop's trash, where the user can restore it: Done when
+    // it went, else why it did not (the item is then where it was). Says nothing itself.
+    virtual FileOutcome MoveToTrash(const std::string& path) = 0;
     // The local path of a location named by a URL ("sftp://host/dir", "smb://server/share"),
     // its share mounted first when it is not, with the share's questions asked. "" and `why`
     // when it cannot be had; `cancel` ends the wait.
@@ -42,7 +45,9 @@ public:
     bool ShowProperties(const std::string&) override { return false; }
     bool OpenInTextEditor(const std::string&) override { return false; }
     bool OpenWith(const std::string&) override { return false; }
-    std::string MoveToTrash(const std::string&) override { return "Operation not supported"; }
+    FileOutcome MoveToTrash(const std::string& path) override {
+        return FileOutcome::Failure(path, ENOTSUP);
+    }
     std::string LocalPathOf(const std::string&, const CancelFlag&, std::string& why) override {
         why = "Operation not supported";
         return {};

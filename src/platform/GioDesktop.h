@@ -29,7 +29,7 @@ public:
     bool ShowProperties(const std::string& path) override;
     bool OpenInTextEditor(const std::string& path) override;
     bool OpenWith(const std::string& path) override;
-    std::string MoveToTrash(const std::string& path) override;
+    FileOutcome MoveToTrash(const std::string& path) override;
     // Mounts on a thread of its own, the window's event loop running.
     std::string LocalPathOf(const std::string& url, const CancelFlag& cancel,
                             std::string& why) override;
@@ -47,7 +47,7 @@ private:
 // Sends a file or folder to the trash through GIO (the freedesktop trash: restorable from the
 // file manager). A name too long for GIO's trash info file goes to the home trash under a
 // shortened name, its whole original path kept in the info file. "" when it went, else why not.
-std::string MoveToTrash(const std::string& path);
+FileOutcome MoveToTrash(const std::string& path);
 
 // The local path of a location named by a URL: a file: URL's own, or that of a share through
 // GIO's FUSE bridge (gvfs-fuse), the share mounted first when it is not; `prompts` answers its

@@ -179,19 +179,22 @@ bool SystemInternal(dev_t device) {
 // ("name.trashinfo"), or a path longer than PATH_MAX. The item is reached through its folder's
 // descriptor and goes to the trash of its own file system under a name short enough; the info
 // file, reserved exclusively first, keeps its whole original path.
-std::string TrashByHand(const std::string& path) {
+FileOutcome TrashByHand(const std::string& path) {
     const ItemAt item = OpenItem(path);
     struct stat st {};
     if (!item || fstatat(item.folder.Get(), item.name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
-        return SystemReason(item ? errno : item.error);
+        return FileOutcome::Failure(path, item ? errno : item.error);
     }
     TrashPlace place;
     const bool home = HomeTrash(st.st_dev, path, place);
     if (!home && SystemInternal(st.st_dev)) {
-        return QT_TRANSLATE_NOOP("Remark", "Trashing on system internal mounts is not supported");
+        return FileOutcome::Refusal(
+            path,
+            QT_TRANSLATE_NOOP("Remark", "Trashing on system internal mounts is not supported"));
     }
     if (!home && !TopTrash(item, st.st_dev, path, place)) {
-        return QT_TRANSLATE_NOOP("Remark", "no trash on this file system");
+        return FileOutcome::Refusal(path,
+                                    QT_TRANSLATE_NOOP("Remark", "no trash on this file system"));
     }
     std::unique_ptr<char, decltype(&g_free)> escaped(
         g_uri_escape_string(place.path.c_str(), "/", FALSE), g_free);
@@ -206,7 +209,7 @@ std::string TrashByHand(const std::string& path) {
             if (errno == EEXIST) {
                 continue;
             }
-            return SystemReason(errno);
+            return FileOutcome::Failure(path, errno);
         }
         const bool written = write(fd.Get(), content.data(), content.size()) ==
                                  static_cast<ssize_t>(content.size()) &&
@@ -214,20 +217,20 @@ std::string TrashByHand(const std::string& path) {
         if (fd.Close() && written &&
             renameat2(item.folder.Get(), item.name.c_str(), place.files.Get(), name.c_str(),
                       RENAME_NOREPLACE) == 0) {
-            return {};
+            return FileOutcome::Ok(path);
         }
         const int error = errno;
         unlinkat(place.info.Get(), infoName.c_str(), 0);
         if (error != EEXIST) {
-            return SystemReason(error);
+            return FileOutcome::Failure(path, error);
         }
     }
-    return SystemReason(EEXIST);
+    return FileOutcome::Failure(path, EEXIST);
 }
 
 } // namespace
 
-std::string MoveToTrash(const std::string& path) {
+FileOutcome MoveToTrash(const std::string& path) {
     if (path.size() >= PATH_MAX) {
         return TrashByHand(path); // GIO names files by whole paths
     }
@@ -235,7 +238,7 @@ std::string MoveToTrash(const std::string& path) {
                                                            g_object_unref);
     GError* failure = nullptr;
     if (g_file_trash(file.get(), nullptr, &failure)) {
-        return {};
+        return FileOutcome::Ok(path);
     }
     std::unique_ptr<GError, decltype(&g_error_free)> error(failure, g_error_free);
     if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_FILENAME_TOO_LONG)) {
@@ -245,9 +248,10 @@ std::string MoveToTrash(const std::string& path) {
     // names it already, so only the reason is kept.
     const std::string message = error->message;
     const size_t named = message.find(path + ": ");
-    return named == std::string::npos ? message : message.substr(named + path.size() + 2);
+    return FileOutcome::Failure(
+        path, 0, named == std::string::npos ? message : message.substr(named + path.size() + 2));
 }
 
-std::string GioDesktop::MoveToTrash(const std::string& path) {
+FileOutcome GioDesktop::MoveToTrash(const std::string& path) {
     return ::MoveToTrash(path);
 }

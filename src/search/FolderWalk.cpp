@@ -126,7 +126,7 @@ bool FolderWalk::ReadEntries(int fd, std::vector<char>& into) {
 // `name` is an entry of the current folder.
 void FolderWalk::TellNotRead(std::string_view name, int error) {
     if (listener_ && !cancel_.IsRaised()) {
-        listener_->NotRead(path_ + std::string(name), error);
+        listener_->NotRead(FileOutcome::Failure(path_ + std::string(name), error));
     }
 }
 
@@ -220,7 +220,7 @@ bool FolderWalk::Walk(const std::string& folderPath) {
     if (!root || fstat(root.Get(), &st) != 0) {
         // A root that is there but cannot be opened is said; one that is missing is not.
         if (errno != ENOENT && errno != ENOTDIR && listener_) {
-            listener_->NotRead(folderPath, errno);
+            listener_->NotRead(FileOutcome::Failure(folderPath, errno));
         }
         return false;
     }
@@ -240,7 +240,7 @@ bool FolderWalk::Walk(const std::string& folderPath) {
               std::chrono::steady_clock::now() - started >= allowance;
     if (!read || cancel_.IsRaised()) {
         if (!cancel_.IsRaised() && listener_) {
-            listener_->NotRead(folderPath, errno);
+            listener_->NotRead(FileOutcome::Failure(folderPath, errno));
         }
         levels_.clear();
         return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FileOutcome.h"
 #include "platform/OpenFileGuard.h"
 #include "platform/UniqueFd.h"
 #include "search/FileDataArray.h"
@@ -36,9 +37,9 @@ public:
     virtual void FolderEntered(std::string_view name, int64_t objects, int32_t matched) = 0;
     // A point where the event loop may run.
     virtual void Yield() = 0;
-    // A folder that could not be opened or read, or a kept file whose time could not be read,
-    // with errno's reason; the walk goes on without it.
-    virtual void NotRead(std::string_view /*path*/, int /*error*/) {}
+    // A folder that could not be opened or read, or a kept file whose time could not be read
+    // (a Failed outcome with the system's number and words); the walk goes on without it.
+    virtual void NotRead(const FileOutcome& /*failure*/) {}
     // The walk is about to wait for a folder to be read (a share may keep it waiting): the
     // subfolder `name` of `parent`, or the root `parent` itself when `name` is empty. What it
     // waits on until the next call.
