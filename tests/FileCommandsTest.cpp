@@ -160,7 +160,16 @@ TEST_F(DeleteFiles, EachFileAskedFromTheLastUpToCancel) {
     EXPECT_FALSE(outcome.changed);
     EXPECT_TRUE(removed.empty());
     EXPECT_EQ(status.Text(StatusPart::Objects), " File: 3 of 5");
-    EXPECT_EQ(status.Text(StatusPart::Elapsed), " Skipped: 3");
+    EXPECT_EQ(status.Text(StatusPart::Elapsed), " Skipped: 4");
+}
+
+TEST_F(DeleteFiles, TheCountsShownAfterTheLastAnswer) {
+    selection.resize(3);
+    prompts.answers = {MessageAnswer::Yes, MessageAnswer::No, MessageAnswer::Yes};
+    const DeleteOutcome outcome = Run();
+    EXPECT_EQ(outcome.deleted, 2);
+    EXPECT_EQ(status.Text(StatusPart::Matched) + status.Text(StatusPart::Elapsed),
+              " Deleted: 2 Skipped: 1");
 }
 
 TEST_F(DeleteFiles, TheBatchGoesAfterAnUncancelledWalkAndListsWhatTheTrashRefused) {

@@ -4,6 +4,7 @@
 #include "QtPrinters.h"
 #include "search/SearchStatus.h"
 #include "search/SortStrings.h"
+#include "text/DisplayText.h"
 #include "text/PathText.h"
 
 #include <algorithm>
@@ -139,7 +140,13 @@ TEST(SearchStatus, TheTextsOfASearch) {
         {OutcomeText(true), "Cancelled"},
         {FolderMessageTexts("photos", 12345, 7).part0, "Searching photos "},
         {FolderMessageTexts("photos", 12345, 7).part1, " Objects: 12,345"},
-        {FolderMessageTexts("photos", 12345, 7).part2, " Matched: 7"}};
+        {FolderMessageTexts("photos", 12345, 7).part2, " Matched: 7"},
+        {SizeText(0), "0 bytes"},
+        {SizeText(1), "1 byte"},
+        {SizeText(999), "999 bytes"},
+        {SizeText(1500), "1.5 kB"},
+        {ExactSizeText(1), "1 byte"},
+        {ExactSizeText(1234567), "1,234,567 bytes"}};
     // clang-format on
     for (const auto& [actual, expected] : texts) {
         EXPECT_EQ(actual, expected);

@@ -277,6 +277,10 @@ DeleteOutcome DeleteSelectedFiles(const std::vector<SelectedItem>& selection,
     if (!batch.empty() && !cancelled) {
         run.TrashBatch(batch);
     }
+    if (eachFile) { // the counts shown with each question, after the last answer
+        status.Set(StatusPart::Matched, Text::tr("Deleted: %1").arg(outcome.deleted));
+        status.Set(StatusPart::Elapsed, Text::tr("Skipped: %1").arg(outcome.skipped));
+    }
     outcome.changed = outcome.deleted > 0;
     std::sort(outcome.notProcessed.begin(), outcome.notProcessed.end(),
               [](const SkippedItem& a, const SkippedItem& b) { return a.slot < b.slot; });

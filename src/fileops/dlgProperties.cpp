@@ -77,7 +77,7 @@ dlgProperties::dlgProperties(const std::string& path, QWidget* parent)
             type = QMimeDatabase().mimeTypeForFile(Bytes(path)).comment();
         }
         add(tr("Type"), type);
-        add(tr("Size"), tr("%1 bytes").arg(FormatCount(st.st_size)));
+        add(tr("Size"), ExactSizeText(st.st_size));
         add(tr("Modified"), TimeText(st.st_mtim));
         add(tr("Accessed"), TimeText(st.st_atim));
         add(tr("Owner"), OwnerText(st.st_uid, st.st_gid));

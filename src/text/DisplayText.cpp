@@ -15,11 +15,15 @@ QString FormatCount(int64_t value) {
 }
 
 QString SizeText(int64_t bytes) {
-    return Locale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+    // Qt says "1 bytes"; below a kilobyte the exact words read right.
+    return bytes < 1000 ? ExactSizeText(bytes)
+                        : Locale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
 }
 
 QString ExactSizeText(int64_t bytes) {
-    return QCoreApplication::translate("SearchStatus", "%1 bytes").arg(FormatCount(bytes));
+    return bytes == 1
+               ? QCoreApplication::translate("SearchStatus", "1 byte")
+               : QCoreApplication::translate("SearchStatus", "%1 bytes").arg(FormatCount(bytes));
 }
 
 QString DisplayPath(std::string_view bytes) {
