@@ -155,6 +155,32 @@ TEST_F(MainWindowTest, RefusedMasksAndSearchesThatFindNothing) {
     EXPECT_EQ(Status(StatusPart::Message), " Ready!");
 }
 
+// The mask edited while the walk runs is not the one searched; the walk's counts stay.
+TEST_F(MainWindowTest, NothingFoundQuotesTheMaskSearchedAndKeepsTheWalksCounts) {
+    tree.File({"a.txt", "sub/b.txt"});
+    std::promise<void> edited;
+    std::shared_future<void> done = edited.get_future().share();
+    window->Session().SetOpenFolderForTesting([&, done](int dirFd, const char* name, int flags) {
+        if (std::string_view(name) == "sub") {
+            QMetaObject::invokeMethod(
+                window.get(),
+                [&] {
+                    Find<QLineEdit>("txtObjMask")->setText("*.txt");
+                    edited.set_value();
+                },
+                Qt::QueuedConnection);
+            done.wait();
+        }
+        return openat(dirFd, name, flags);
+    });
+    prompts.answers.push_back(MessageAnswer::Ok);
+    Search(tree.Root(), "*.none");
+    EXPECT_EQ(prompts.Texts(),
+              QStringList{"No files matching ' *.none ' were found in or under the root path ' " +
+                          QString::fromStdString(tree.Root()) + " '"});
+    EXPECT_EQ(Status(StatusPart::Objects) + Status(StatusPart::Matched), " Objects: 2 Matched: 0");
+}
+
 // A share's URL as the Start Path is searched where the share is mounted; one that cannot be
 // had is refused with the share's reason, and the results stay.
 TEST_F(MainWindowTest, AShareGivenByItsUrlIsSearchedWhereItIsMounted) {

@@ -226,6 +226,11 @@ bool SearchController::Prepare(const std::string& root) {
     return true;
 }
 
+// The mask as it was searched: the field may have been edited during the walk.
+QString SearchController::SearchedMask() const {
+    return QString::fromStdString(shared_.session.Options().MaskText);
+}
+
 void SearchController::ShowNoMatches() {
     // The old results are gone with the store: the window shows what File > New gives.
     ResultPane& results = results_;
@@ -233,7 +238,11 @@ void SearchController::ShowNoMatches() {
     results.SyncViews();
     results.ShowFirstList();
     const SearchOptions& options = shared_.session.Options();
-    shared_.prompts.Message(NoMatchesMessage(options.FoldersOnly, request_.Mask(),
+    // The walk's own counts stay, as the last folder it entered would have shown them.
+    const SearchCounters& counters = shared_.session.Counters();
+    shared_.status.Set(StatusPart::Objects, ObjectsText(counters.ObjectCount));
+    shared_.status.Set(StatusPart::Matched, MatchedText(counters.MatchedCount));
+    shared_.prompts.Message(NoMatchesMessage(options.FoldersOnly, SearchedMask(),
                                              DisplayPath(shared_.session.RootPath())),
                             MessageIcon::Information, MessageButtons::Ok);
     shared_.status.Set(StatusPart::Message, tr("Ready!"));
@@ -241,7 +250,7 @@ void SearchController::ShowNoMatches() {
 
 void SearchController::ShowMatches() {
     ResultPane& results = results_;
-    const QString mask = request_.Mask();
+    const QString mask = SearchedMask();
     const bool foldersOnly = shared_.session.Options().FoldersOnly;
     // The caption and tag while the list loads; ShowSearchResults adds the count.
     results.SetTabText(0, tr("All Results (%1)").arg(mask));
@@ -286,7 +295,7 @@ void SearchController::ShowSearchResults(float elapsedSeconds) {
     status.Set(StatusPart::Mode, OutcomeText(shared_.cancel.IsRaised()));
     results_.SetResultType(results_.Views().LabelText(0));
 
-    const std::string mask = request_.Mask().toStdString();
+    const std::string& mask = shared_.session.Options().MaskText;
     shared_.favorites.Add(mask);
     shared_.profile.Settings().LastFileMask = mask;
     shared_.profile.ProfileSetOptionsKey("LastFileMask", mask);

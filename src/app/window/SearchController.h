@@ -50,6 +50,7 @@ private:
     bool Prepare(const std::string& root);
     std::optional<std::string> WaitForWalk();
     void CancelWalk();
+    QString SearchedMask() const;
     void ShowNoMatches();
     void ShowMatches();
     // The closing status line of a search, and its mask remembered.
