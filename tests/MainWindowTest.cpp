@@ -212,6 +212,10 @@ TEST_F(MainWindowTest, OverTheListLimitTheExplanationIsNoResult) {
                                           "Create filtered views from the File Type dialog."}));
     EXPECT_TRUE(Find<QTreeView>("List1")->isFirstColumnSpanned(1, {})) << "across the columns";
     EXPECT_EQ(Find<QTabBar>("tsResults")->tabText(0), "All Results (*.*) (3)");
+    // Views made from the census leave the explanation where it is.
+    window->Types().CreateTypeViews({{3, "."}});
+    window->Results().ShowTab(0);
+    EXPECT_EQ(Rows("List1").size(), 2);
     window->Results().SelectAll();
     EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
     SelectRows({0, 1});
@@ -338,6 +342,34 @@ TEST_F(MainWindowTest, TypeViewsTheirTabsAndWhatRemovalNewAndCloseDo) {
     EXPECT_TRUE(Rows("List1").isEmpty());
     EXPECT_EQ(window->Session().Store().UBound(), -1);
     EXPECT_FALSE(Action("New")->isEnabled()) << "nothing left to clear";
+}
+
+// The focus stays in the lists through a new view, a rescan and the keys that change tabs.
+TEST_F(MainWindowTest, TheFocusStaysOnTheListAndKeysChangeTabs) {
+    tree.File({"a.txt", "b.log", "c.txt"});
+    Search(tree.Root(), "*.*");
+    auto* list1 = Find<QTreeView>("List1");
+    auto* list2 = Find<QTreeView>("List2");
+    list1->setFocus();
+    window->Types().CreateTypeViews({{2, ".txt"}, {1, ".log"}});
+    EXPECT_EQ(window->focusWidget(), list2) << "the new view's list";
+    auto* tabs = Find<QTabBar>("tsResults");
+    // clang-format off
+    const std::tuple<int, Qt::KeyboardModifiers, int> keys[] = {
+        {Qt::Key_Tab, Qt::ControlModifier, 0},  // round the end
+        {Qt::Key_PageDown, Qt::ControlModifier, 1},
+        {Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier, 0},
+        {Qt::Key_PageUp, Qt::ControlModifier, 2},
+        {Qt::Key_PageUp, Qt::ControlModifier | Qt::KeypadModifier, 1}};
+    // clang-format on
+    for (const auto& [key, modifiers, tab] : keys) {
+        QTest::keyClick(window->focusWidget(), static_cast<Qt::Key>(key), modifiers);
+        EXPECT_EQ(tabs->currentIndex(), tab) << key;
+        EXPECT_EQ(window->focusWidget(), tab == 0 ? list1 : list2) << key;
+    }
+    tabs->setCurrentIndex(0);
+    Find<QPushButton>("cmdSearch")->click(); // a rescan, as after a command
+    EXPECT_EQ(window->focusWidget(), list1);
 }
 
 TEST_F(MainWindowTest, SelectionCommandsAndTheSelectedCount) {

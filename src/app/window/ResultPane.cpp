@@ -105,6 +105,7 @@ void ResultPane::SetUpList(QTreeView* list, ResultListModel* model, const char* 
 }
 
 void ResultPane::ClearLists() {
+    tooManyToList_ = false;
     model1_->Clear();
     model2_->Clear();
 }
@@ -137,9 +138,25 @@ void ResultPane::ApplyListView() {
 void ResultPane::ShowPlaceholder(const QString& word) {
     lstDummy->clear();
     lstDummy->addItem(word);
-    List1->hide();
-    List2->hide();
-    lstDummy->show();
+    ShowInListsPlace(lstDummy);
+}
+
+// One of the three takes the lists' place. It takes the focus too when one of them had it: a
+// hidden widget's focus would fall through to the fields above, where the next key typed for
+// the list would land.
+void ResultPane::ShowInListsPlace(QWidget* shown) {
+    const QWidget* focused = owner_.window()->focusWidget();
+    const bool listFocused = focused == List1 || focused == List2 || focused == lstDummy;
+    shown->show();
+    if (listFocused) {
+        shown->setFocus(Qt::OtherFocusReason);
+    }
+    for (QWidget* list : {static_cast<QWidget*>(List1), static_cast<QWidget*>(List2),
+                          static_cast<QWidget*>(lstDummy)}) {
+        if (list != shown) {
+            list->hide();
+        }
+    }
 }
 
 void ResultPane::ResetPlaceholder() {
@@ -148,9 +165,7 @@ void ResultPane::ResetPlaceholder() {
 }
 
 void ResultPane::ShowList(QTreeView* list) {
-    lstDummy->hide();
-    (list == List1 ? List2 : List1)->hide();
-    list->show();
+    ShowInListsPlace(list);
 }
 
 void ResultPane::ShowFirstList() {
@@ -158,6 +173,7 @@ void ResultPane::ShowFirstList() {
 }
 
 void ResultPane::ShowTooManyToList() {
+    tooManyToList_ = true;
     model1_->ShowTexts({tr("File results exceed 32 thousand files."),
                         tr("Create filtered views from the File Type dialog.")});
     for (const int row : {0, 1}) {
@@ -206,8 +222,13 @@ void ResultPane::SyncViews() {
     for (int tab = 0; tab < views_.Count(); ++tab) {
         tsResults->setTabText(tab, views_[tab].caption);
     }
-    // A view may have moved or gone: the lists are pointed at the views as they are now.
-    model1_->ShowRows(&views_[0].rows);
+    // A view may have moved or gone: the lists are pointed at the views as they are now. The
+    // first list keeps explaining results too many to list, whatever views are made.
+    if (tooManyToList_) {
+        ShowTooManyToList();
+    } else {
+        model1_->ShowRows(&views_[0].rows);
+    }
     const int current = tsResults->currentIndex();
     if (current > 0) {
         model2_->ShowRows(&views_[current].rows);
@@ -234,7 +255,6 @@ void ResultPane::TabChanged(int tab) {
     if (tab == 0) {
         ShowList(List1);
     } else {
-        List1->hide();
         model2_->ShowRows(&views_[tab].rows);
         ShowList(List2);
     }
@@ -368,6 +388,25 @@ void ResultPane::SetBusy(bool busy) {
     tsResults->setEnabled(!busy);
 }
 
+// Ctrl+Tab and Ctrl+Page Down go to the next tab, Ctrl+Shift+Tab and Ctrl+Page Up to the one
+// before, round the ends, as in a browser.
+static int TabStep(const QKeyEvent& key) {
+    const Qt::KeyboardModifiers mods = key.modifiers() & ~Qt::KeypadModifier;
+    if (mods == Qt::ControlModifier) {
+        switch (key.key()) {
+        case Qt::Key_Tab:
+        case Qt::Key_PageDown:
+            return 1;
+        case Qt::Key_PageUp:
+            return -1;
+        default:
+            return 0;
+        }
+    }
+    const bool back = key.key() == Qt::Key_Backtab || key.key() == Qt::Key_Tab;
+    return mods == (Qt::ControlModifier | Qt::ShiftModifier) && back ? -1 : 0;
+}
+
 bool ResultPane::ListEvent(QObject* watched, QEvent* event) {
     // Shift counts as it was when the mouse went down.
     if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) {
@@ -386,6 +425,13 @@ bool ResultPane::ListEvent(QObject* watched, QEvent* event) {
             if (key->key() == Qt::Key_Delete && key->modifiers() == Qt::NoModifier) {
                 hooks_.request(FolderResults() ? PendingAction::DeleteFolder
                                                : PendingAction::DeleteFiles);
+                return true;
+            }
+            if (const int step = TabStep(*key); step != 0) {
+                if (!shared_.busy && tsResults->count() > 1) {
+                    const int count = tsResults->count();
+                    ShowTab((tsResults->currentIndex() + step + count) % count);
+                }
                 return true;
             }
             if (key->key() == Qt::Key_Menu ||

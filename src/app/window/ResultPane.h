@@ -94,6 +94,7 @@ public:
 private:
     void SetUpList(QTreeView* list, ResultListModel* model, const char* name);
     void ShowList(QTreeView* list);
+    void ShowInListsPlace(QWidget* shown);
     ResultListModel* ModelOf(QTreeView* list) const;
     // The selected rows of a list, in list order (result rows only).
     std::vector<int> SelectedRows(QTreeView* list) const;
@@ -106,6 +107,7 @@ private:
     ResultViews views_;
     bool folderResults_ = false;
     bool shiftAtPress_ = false;
+    bool tooManyToList_ = false; // the first list explains instead of listing
     class QTabBar* tsResults = nullptr;
     QTreeView* List1 = nullptr;
     QTreeView* List2 = nullptr;
