@@ -368,8 +368,22 @@ TEST_F(MainWindowTest, TheFocusStaysOnTheListAndKeysChangeTabs) {
         EXPECT_EQ(window->focusWidget(), tab == 0 ? list1 : list2) << key;
     }
     tabs->setCurrentIndex(0);
-    Find<QPushButton>("cmdSearch")->click(); // a rescan, as after a command
+    // A rescan, as after a command, returns to the current row's file; when it is gone, to
+    // the row where it was.
+    const auto current = [&] {
+        return list1->currentIndex().data(ResultListModel::FullPathRole).toString();
+    };
+    list1->setCurrentIndex(list1->model()->index(1, 0));
+    const QString second = current();
+    tree.File("0.txt"); // a new file: the rows may shift
+    Find<QPushButton>("cmdSearch")->click();
     EXPECT_EQ(window->focusWidget(), list1);
+    EXPECT_EQ(current(), second);
+    EXPECT_EQ(Text("lblSelCount"), "Selected: 0");
+    const int row = list1->currentIndex().row();
+    std::filesystem::remove(second.toStdString());
+    Find<QPushButton>("cmdSearch")->click();
+    EXPECT_EQ(list1->currentIndex().row(), row);
 }
 
 TEST_F(MainWindowTest, SelectionCommandsAndTheSelectedCount) {

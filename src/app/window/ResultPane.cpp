@@ -199,6 +199,35 @@ int32_t ResultPane::CurrentItem() const {
     return current.isValid() ? ModelOf(list)->ItemIndexAt(current.row()) : -1;
 }
 
+ResultPane::Place ResultPane::CurrentPlace() const {
+    const int32_t item = CurrentItem();
+    if (item < 0) {
+        return {};
+    }
+    return {std::string(shared_.session.Store()[item].FullPath()),
+            VisibleList()->currentIndex().row(), shared_.session.RootPath()};
+}
+
+void ResultPane::ReturnTo(const Place& place) {
+    const int rows = model1_->rowCount();
+    if (place.row < 0 || rows == 0 || model1_->ItemIndexAt(0) < 0) {
+        return;
+    }
+    int row = place.root == shared_.session.RootPath() ? std::min(place.row, rows - 1) : -1;
+    for (int r = 0; r < rows; ++r) {
+        if (shared_.session.Store()[model1_->ItemIndexAt(r)].FullPath() == place.path) {
+            row = r;
+            break;
+        }
+    }
+    if (row < 0) {
+        return;
+    }
+    const QModelIndex index = model1_->index(row, 0);
+    List1->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    List1->scrollTo(index);
+}
+
 QString ResultPane::TabText(int tab) const {
     return tsResults->tabText(tab);
 }

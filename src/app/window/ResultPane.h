@@ -74,6 +74,17 @@ public:
     int VisibleRowCount() const;
     // The shown list's current row's record, or -1.
     int32_t CurrentItem() const;
+    // Where the user was in the shown list: the current row, the path it showed, the root
+    // searched.
+    struct Place {
+        std::string path;
+        int row = -1;
+        std::string root;
+    };
+    Place CurrentPlace() const;
+    // The first list's current row back at `place`'s path, or, in a search of the same root
+    // (a rescan after a delete), at its row when the path is gone; nothing is selected.
+    void ReturnTo(const Place& place);
     // The rows' paths as bytes, all or the selected ones, in list order.
     std::vector<std::string> RowPaths(bool selectedOnly) const;
     std::vector<std::string> SelectedPaths() const { return RowPaths(true); }

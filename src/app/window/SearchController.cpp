@@ -103,6 +103,7 @@ void SearchController::ButtonClicked() {
         return;
     }
     shared_.cancel.Lower();
+    const ResultPane::Place place = results_.CurrentPlace(); // a rescan returns there
     const std::optional<std::string> root = Root();
     if (!root || !Prepare(*root)) {
         results_.ResetPlaceholder();
@@ -116,6 +117,7 @@ void SearchController::ButtonClicked() {
     const std::optional<std::string> notAnswering = WaitForWalk();
     if (shared_.session.ResultsAvailable()) {
         ShowMatches();
+        results_.ReturnTo(place);
     } else {
         ShowNoMatches();
     }
