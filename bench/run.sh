@@ -8,7 +8,8 @@
 # to the two-thread floor, peak resident memory, and what each tool listed.
 # Usage: bench/run.sh [N=1000000] [RUNS=5]     BENCH_DIR=... places the tree (default bench/out)
 # Then the memory of the "*.*" store, the window's work over it (census, type views, Select
-# All), and the census of 1 000 000 records against the list-searching count.
+# All), the census of 1 000 000 records against the list-searching count, and the File Types
+# dialog selecting by count range over 20 000 types.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 n=${1:-1000000}
@@ -163,3 +164,5 @@ done
 echo
 "$top/build/bench/viewbench" "$tree" "$runs" 2>/dev/null
 "$top/build/bench/censusbench" 1000000 "$runs"
+echo
+"$top/build/bench/censusselectbench" 20000 "$runs" 2>/dev/null

@@ -104,15 +104,27 @@ TEST_F(CensusDialogTest, SizesOfTheTypesAndTheirOrderBySize) {
     OpenCensus([&](dlgStarDotStar& d) {
         auto* list = d.findChild<QListWidget*>("lstExtensions");
         const QStringList found = Lines(d);
-        QStringList bySize = {".log\t\t2 files", ".txt\t\t1 files", ".md\t\t1 files"};
+        const QStringList bySize = {".log\t\t2 files", ".txt\t\t1 files", ".md\t\t1 files"};
         auto* header = d.findChild<QHeaderView*>("hdrTypes");
         const auto click = [&](int section) {
             QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
                               {header->sectionViewportPosition(section) + 4, 5});
         };
+        EXPECT_EQ(header->model()->headerData(1, Qt::Horizontal).toString(), "Files");
         Select(d, ".txt");
-        click(1);
+        click(2);
         EXPECT_EQ(Lines(d), bySize);
+        click(2);
+        EXPECT_EQ(Lines(d), QStringList(bySize.rbegin(), bySize.rend()))
+            << "a second click: largest last";
+        click(1);
+        EXPECT_EQ(Lines(d).front(), ".log\t\t2 files");
+        // From the keyboard: the header's focus on Size, then Space.
+        header->setFocus();
+        for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Right, Qt::Key_Right, Qt::Key_Space}) {
+            QTest::keyClick(header, key);
+        }
+        EXPECT_EQ(Lines(d), bySize) << "Size again: largest first";
         EXPECT_EQ(list->item(0)->toolTip(), QLocale::system().toString(1200) + " bytes");
         Select(d, ".log");
         EXPECT_EQ(Label(d, "lblTotalFiles"), "(3 files)") << "the selection stayed";
@@ -201,6 +213,9 @@ TEST_F(CensusDialogTest, ReportAndExportAskForAFileWriteItAndSayWhatFailed) {
                      {tree.Path("no/such/folder/r.txt"), false}};
     prompts.answers = {MessageAnswer::Ok, MessageAnswer::Ok, MessageAnswer::Ok};
     OpenCensus([&](dlgStarDotStar& d) {
+        auto* header = d.findChild<QHeaderView*>("hdrTypes");
+        header->sectionClicked(1);
+        header->sectionClicked(1); // by files, largest last: the report's order too
         d.CommandAction(dlgStarDotStar::Report);
         EXPECT_EQ(d.Result(), -1) << "the dialog stays";
         Select(d, ".txt");
@@ -225,6 +240,7 @@ TEST_F(CensusDialogTest, ReportAndExportAskForAFileWriteItAndSayWhatFailed) {
                           "\r\n#     File Mask:\t*.*\r\n#"
                           "     Total Types:\t2\r\n#     Total Files:\t3\r\n"),
               std::string::npos);
+    EXPECT_TRUE(EndsWith(report, "-\r\n\r\n.log\t1\r\n.txt\t2\r\n")) << "the body, as shown";
     EXPECT_EQ(ReadBytes(tree.Path("out/txt.txt")).size(), 2 * (tree.Path("a.txt").size() + 2));
     EXPECT_EQ(
         prompts.Texts(),

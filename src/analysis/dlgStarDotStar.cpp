@@ -15,6 +15,7 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenuBar>
@@ -22,6 +23,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QStandardItemModel>
+#include <QStyleOptionFocusRect>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -50,14 +52,12 @@ std::string ExtensionOf(const QListWidgetItem* item) {
     return item->data(ExtensionRole).toByteArray().toStdString();
 }
 
-// Shows a type's line ("ext", two TABs, "N files") as two aligned columns, however long an
-// extension is, and its total size in a column of its own at the right; the item's text stays
-// the line.
+// Shows a type's line ("ext", two TABs, "N files") in the columns of the header above the list:
+// the extension, its count, and its total size at the right; the item's text stays the line.
 class TypeLineDelegate : public QStyledItemDelegate {
 public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-    void SetFirstColumnWidth(int width) { firstColumn_ = width; }
-    void SetSizeColumnWidth(int width) { sizeColumn_ = width; }
+    TypeLineDelegate(const QHeaderView* columns, QObject* parent)
+        : QStyledItemDelegate(parent), columns_(columns) {}
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override {
@@ -69,29 +69,77 @@ public:
         const QWidget* widget = plain.widget;
         QStyle* style = widget ? widget->style() : QApplication::style();
         style->drawControl(QStyle::CE_ItemViewItem, &plain, painter, widget);
-        QRect area = style->subElementRect(QStyle::SE_ItemViewItemText, &plain, widget);
-        const QRect size = area.adjusted(area.width() - sizeColumn_, 0, -4, 0);
-        area.setRight(size.left() - 1);
         painter->save();
         painter->setPen(plain.palette.color(
             option.state & QStyle::State_Selected ? QPalette::HighlightedText : QPalette::Text));
-        // As wide as the longest extension, but the counts never leave the list.
-        const int width = std::min(firstColumn_, area.width() * 2 / 3);
-        const QRect first(area.left(), area.top(), width, area.height());
-        painter->drawText(
-            first, Qt::AlignLeft | Qt::AlignVCenter,
-            plain.fontMetrics.elidedText(QString::fromStdString(std::string(extension)),
-                                         Qt::ElideMiddle, width));
-        painter->drawText(area.adjusted(width + 12, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
+        const QString type = QString::fromStdString(std::string(extension));
+        const QRect first = Column(option.rect, 0);
+        // Cut only what does not fit: the widest extension sets the column's width.
+        painter->drawText(first, Qt::AlignLeft | Qt::AlignVCenter,
+                          plain.fontMetrics.horizontalAdvance(type) <= first.width()
+                              ? type
+                              : plain.fontMetrics.elidedText(type, Qt::ElideMiddle, first.width()));
+        painter->drawText(Column(option.rect, 1), Qt::AlignLeft | Qt::AlignVCenter,
                           QString::fromStdString(std::string(rest)).trimmed());
-        painter->drawText(size, Qt::AlignRight | Qt::AlignVCenter,
+        painter->drawText(Column(option.rect, 2), Qt::AlignRight | Qt::AlignVCenter,
                           SizeText(index.data(BytesRole).toLongLong()));
         painter->restore();
     }
 
 private:
-    int firstColumn_ = 80;
-    int sizeColumn_ = 90;
+    QRect Column(const QRect& row, int section) const {
+        constexpr int kPadding = 4;
+        return {row.left() + columns_->sectionPosition(section) + kPadding, row.top(),
+                columns_->sectionSize(section) - 2 * kPadding, row.height()};
+    }
+    const QHeaderView* columns_;
+};
+// A header a keyboard reaches: Tab gives it the focus, Left and Right move it between the
+// columns (the one it is on framed), Space or Enter clicks that column.
+class ColumnHeader : public QHeaderView {
+public:
+    explicit ColumnHeader(QWidget* parent) : QHeaderView(Qt::Horizontal, parent) {
+        setFocusPolicy(Qt::TabFocus);
+    }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        switch (event->key()) {
+        case Qt::Key_Left:
+        case Qt::Key_Right:
+            current_ =
+                std::clamp(current_ + (event->key() == Qt::Key_Left ? -1 : 1), 0, count() - 1);
+            viewport()->update();
+            return;
+        case Qt::Key_Space:
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            emit sectionClicked(current_);
+            return;
+        default:
+            QHeaderView::keyPressEvent(event);
+        }
+    }
+    void paintSection(QPainter* painter, const QRect& rect, int section) const override {
+        QHeaderView::paintSection(painter, rect, section);
+        if (hasFocus() && section == current_) {
+            QStyleOptionFocusRect focus;
+            focus.initFrom(this);
+            focus.rect = rect.adjusted(2, 2, -2, -2);
+            style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter, this);
+        }
+    }
+    void focusInEvent(QFocusEvent* event) override {
+        QHeaderView::focusInEvent(event);
+        viewport()->update();
+    }
+    void focusOutEvent(QFocusEvent* event) override {
+        QHeaderView::focusOutEvent(event);
+        viewport()->update();
+    }
+
+private:
+    int current_ = 0;
 };
 } // namespace
 
@@ -112,7 +160,6 @@ dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Promp
     lstExtensions->setObjectName("lstExtensions");
     lstExtensions->setSelectionMode(QAbstractItemView::ExtendedSelection);
     lstExtensions->setUniformItemSizes(true);
-    lstExtensions->setItemDelegate(new TypeLineDelegate(lstExtensions));
     lstHidden = new QListWidget(this);
     lstHidden->setObjectName("lstHidden");
     lstHidden->hide();
@@ -125,6 +172,7 @@ dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Promp
     lblTotalSize = new QLabel(this);
     lblTotalSize->setObjectName("lblTotalSize");
     BuildHeader();
+    lstExtensions->setItemDelegate(new TypeLineDelegate(hdrTypes, lstExtensions));
 
     QLayout* buttons = Buttons();
 
@@ -174,38 +222,64 @@ QLayout* dlgStarDotStar::Buttons() {
     return buttons;
 }
 
-// Above the list, a header of its two columns: a click on Size orders the types by their size,
-// largest first; a click on Type puts them back in the census's order.
+// Above the list, a header of its three columns. A click on Files or Size orders the types by
+// it, largest first, a second click largest last; a click on Type puts them back in the
+// census's order. The header takes the keyboard focus too: Left and Right pick a column, Space
+// or Enter orders by it.
 void dlgStarDotStar::BuildHeader() {
-    auto* columns = new QStandardItemModel(0, 2, this);
-    columns->setHorizontalHeaderLabels({tr("Type"), tr("Size")});
-    columns->setHeaderData(1, Qt::Horizontal, QVariant(Qt::AlignRight | Qt::AlignVCenter),
+    auto* columns = new QStandardItemModel(0, 3, this);
+    columns->setHorizontalHeaderLabels({tr("Type"), tr("Files"), tr("Size")});
+    columns->setHeaderData(2, Qt::Horizontal, QVariant(Qt::AlignRight | Qt::AlignVCenter),
                            Qt::TextAlignmentRole);
-    hdrTypes = new QHeaderView(Qt::Horizontal, this);
+    hdrTypes = new ColumnHeader(this);
     hdrTypes->setObjectName("hdrTypes");
+    hdrTypes->setAccessibleName(tr("Order of the types"));
     hdrTypes->setModel(columns);
     hdrTypes->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     hdrTypes->setFixedHeight(hdrTypes->fontMetrics().height() + 10); // one line of text
     hdrTypes->setSectionsClickable(true);
-    hdrTypes->setSectionResizeMode(0, QHeaderView::Stretch);
-    hdrTypes->setSectionResizeMode(1, QHeaderView::Fixed);
-    hdrTypes->resizeSection(1, 90);
+    hdrTypes->setSectionResizeMode(0, QHeaderView::Interactive);
+    hdrTypes->setSectionResizeMode(1, QHeaderView::Stretch);
+    hdrTypes->setSectionResizeMode(2, QHeaderView::Fixed);
+    hdrTypes->resizeSection(2, 90);
     hdrTypes->setSortIndicatorShown(true);
     hdrTypes->setSortIndicator(-1, Qt::AscendingOrder);
     connect(hdrTypes, &QHeaderView::sectionClicked, this,
-            [this](int section) { OrderBySize(section == 1); });
+            [this](int section) { OrderBy(section); });
 }
 
-void dlgStarDotStar::OrderBySize(bool bySize) {
-    bySize_ = bySize;
-    hdrTypes->setSortIndicator(bySize ? 1 : -1, Qt::DescendingOrder);
+void dlgStarDotStar::OrderBy(int section) {
+    if (section == 0) {
+        orderColumn_ = -1;
+    } else if (section == orderColumn_) {
+        largestFirst_ = !largestFirst_;
+    } else {
+        orderColumn_ = section;
+        largestFirst_ = true;
+    }
+    hdrTypes->setSortIndicator(orderColumn_,
+                               largestFirst_ ? Qt::DescendingOrder : Qt::AscendingOrder);
     // The selection stays with its types, and its totals with it.
     std::set<std::string> selected;
     for (const QListWidgetItem* item : lstExtensions->selectedItems()) {
         selected.insert(ExtensionOf(item));
     }
     FillList(selected);
-    SelectionChanged();
+}
+
+std::vector<CensusType> dlgStarDotStar::ShownTypes() const {
+    std::vector<CensusType> types = census_.Shown();
+    if (orderColumn_ > 0) {
+        const bool bySize = orderColumn_ == 2;
+        const bool largestFirst = largestFirst_;
+        std::stable_sort(types.begin(), types.end(),
+                         [bySize, largestFirst](const CensusType& a, const CensusType& b) {
+                             const int64_t x = bySize ? a.Bytes : a.Count;
+                             const int64_t y = bySize ? b.Bytes : b.Count;
+                             return largestFirst ? x > y : x < y;
+                         });
+    }
+    return types;
 }
 
 void dlgStarDotStar::BuildMenus(QWidget* barWidget) {
@@ -271,27 +345,28 @@ void dlgStarDotStar::CreateMaskArrayCountSR(int filterIndex) {
 
 void dlgStarDotStar::FillList(const std::set<std::string>& selected) {
     lstExtensions->clear();
-    std::vector<CensusType> types = census_.Shown();
-    if (bySize_) {
-        std::stable_sort(types.begin(), types.end(), [](const CensusType& a, const CensusType& b) {
-            return a.Bytes > b.Bytes;
-        });
-    }
     int widest = 0;
-    for (const CensusType& type : types) {
-        QListWidgetItem* item = TypeItem(type);
+    QItemSelection chosen;
+    for (const CensusType& type : ShownTypes()) {
         widest = std::max(widest, lstExtensions->fontMetrics().horizontalAdvance(
                                       QString::fromStdString(type.Extension)));
-        lstExtensions->addItem(item);
-        item->setSelected(selected.count(type.Extension) > 0);
+        lstExtensions->addItem(TypeItem(type));
+        if (selected.count(type.Extension) > 0) {
+            const QModelIndex row = lstExtensions->model()->index(lstExtensions->count() - 1, 0);
+            chosen.select(row, row);
+        }
     }
-    static_cast<TypeLineDelegate*>(lstExtensions->itemDelegate())
-        ->SetFirstColumnWidth(std::max(widest, 40));
+    // The widest extension whole, unless it would leave the counts no room.
+    hdrTypes->resizeSection(
+        0, std::min(std::max(widest, 40) + 12, std::max(hdrTypes->width() * 2 / 3, 120)));
+    lstExtensions->selectionModel()->select(chosen, QItemSelectionModel::Select);
     letters_->Refresh();
     lblResultsCount->setText(census_.ResultsCountText());
     SelectionChanged();
-    lblTotalFiles->clear();
-    lblTotalSize->clear();
+    if (selected.empty()) {
+        lblTotalFiles->clear();
+        lblTotalSize->clear();
+    }
 }
 
 void dlgStarDotStar::SetupControls(const QString& caption, int types) {
@@ -322,12 +397,23 @@ void dlgStarDotStar::SelectRange(int index) {
     if (!appendSelection_->isChecked()) {
         lstExtensions->clearSelection();
     }
-    for (int row = 0; row < lstExtensions->count(); ++row) {
-        QListWidgetItem* item = lstExtensions->item(row);
-        if (InSelectRange(index, item->data(CountRole).toInt())) {
-            item->setSelected(true);
+    // One selection of all the rows in range, told once: item by item, each row would recount
+    // the whole selection.
+    QItemSelection range;
+    const QAbstractItemModel* rows = lstExtensions->model();
+    const int count = lstExtensions->count();
+    for (int row = 0; row < count;) {
+        int end = row;
+        while (end < count &&
+               InSelectRange(index, lstExtensions->item(end)->data(CountRole).toInt())) {
+            ++end;
         }
+        if (end > row) { // rows row..end-1 in range: one stretch
+            range.append(QItemSelectionRange(rows->index(row, 0), rows->index(end - 1, 0)));
+        }
+        row = end + 1;
     }
+    lstExtensions->selectionModel()->select(range, QItemSelectionModel::Select);
     SelectionChanged();
 }
 
@@ -417,7 +503,7 @@ void dlgStarDotStar::SaveCensusReport() {
         stop_.Lower();
         ReportError(WriteOffThread(
             stop_, path,
-            [path, shown = census_.Shown(), root = rootPath_, mask = maskText_](CommandThread&) {
+            [path, shown = ShownTypes(), root = rootPath_, mask = maskText_](CommandThread&) {
                 return WriteCensusReport(path, TextFile::Mode::Replace, shown, root, mask);
             }));
     }

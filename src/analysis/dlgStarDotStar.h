@@ -64,8 +64,10 @@ private:
     void BuildMenus(QWidget* bar);
     void BuildHeader();
     class QLayout* Buttons();
-    // The list by size, largest first, or in the census's order.
-    void OrderBySize(bool bySize);
+    // The list ordered by the header's column `section` (0: the census's order).
+    void OrderBy(int section);
+    // The census's shown types, in the order the list shows them.
+    std::vector<CensusType> ShownTypes() const;
     // The census's shown types, in the order chosen; `selected` types stay selected.
     void FillList(const std::set<std::string>& selected = {});
     void SelectionChanged();
@@ -94,7 +96,8 @@ private:
     QLabel* lblTotalFiles;
     QLabel* lblTotalSize;
     class QHeaderView* hdrTypes = nullptr;
-    bool bySize_ = false;
+    int orderColumn_ = -1; // the header's column the list is ordered by; -1: the census's order
+    bool largestFirst_ = true;
     std::array<QPushButton*, 4> cmd;
     std::array<QAction*, kCountRanges> mnuFilter{};
     QAction* appendSelection_ = nullptr;
