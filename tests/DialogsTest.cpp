@@ -49,11 +49,20 @@ TEST(dlgProgress, MessageBarAndCancel) {
     progress.Reset();
     progress.Update(3);
     EXPECT_EQ(progress.Value(), 3) << "Reset starts the count again";
-    auto* button = progress.findChild<QPushButton*>("cmdCancel");
-    button->click();
-    button->click();
-    EXPECT_TRUE(cancel.IsRaised());
-    EXPECT_TRUE(progress.isVisible()) << "Cancel leaves closing to the task";
+    // Cancel, Escape and the close box each raise the flag and leave closing to the task; with
+    // no Cancel they do nothing.
+    const std::function<void()> ways[] = {
+        [&] { progress.findChild<QPushButton*>("cmdCancel")->click(); },
+        [&] { QTest::keyClick(&progress, Qt::Key_Escape); }, [&] { progress.close(); }};
+    for (const bool cancelAllowed : {true, false}) {
+        for (const auto& way : ways) {
+            progress.Create(3, 10, cancelAllowed);
+            cancel.Lower();
+            way();
+            EXPECT_EQ(cancel.IsRaised(), cancelAllowed);
+            EXPECT_TRUE(progress.isVisible());
+        }
+    }
     progress.Destroy();
     EXPECT_FALSE(progress.isVisible());
 }

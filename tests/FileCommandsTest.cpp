@@ -7,6 +7,7 @@
 #include "platform/FileReplacement.h"
 #include "platform/OpenFileGuard.h"
 #include "platform/PathAccess.h"
+#include "platform/Progress.h"
 #include "platform/UniqueFd.h"
 #include "settings/AppSettings.h"
 #include "text/PathText.h"
@@ -108,7 +109,7 @@ protected:
                 [this](std::string_view p) { removed.emplace_back(p); },
                 [] {},
                 {},
-                nullptr,
+                progress,
                 &faults,
                 {}};
     }
@@ -136,6 +137,21 @@ protected:
     std::function<void()> onYield = [] {};
     std::vector<std::string> removed;
     CopyFaults faults;
+    Progress* progress = nullptr;
+};
+
+// The progress window's last message and bar maximum.
+class LastProgress : public Progress {
+public:
+    void Create(int, int, bool) override {}
+    void Destroy() override {}
+    void Reset() override {}
+    void SetMessage(const QString& text) override { message = text; }
+    void Setup(int, int max, int) override { maximum = max; }
+    void Update(int) override {}
+    void UpdateDirect(int) override {}
+    QString message;
+    int maximum = -1;
 };
 
 TEST_F(DeleteFiles, EachFileAskedFromTheLastUpToCancel) {
@@ -467,7 +483,13 @@ TEST_F(CopyFiles, AMoveAcrossFileSystemsLeavesTheSourceWholeUntilAllArrived) {
                        copied == 1 ? std::string(100, 'M') : "cut");
         }
     };
+    LastProgress shown;
+    context.progress = &shown;
     EXPECT_TRUE(MoveFolder(Path("m"), Path("to"), context, notProcessed));
+    context.progress = nullptr;
+    EXPECT_EQ(shown.message.toStdString() + " " + std::to_string(shown.maximum),
+              "Removing the moved items from " + Path("m") + " 0")
+        << "the copy's bytes are done: no full bar reading Copying";
     EXPECT_EQ(ReaddirOrder(Path("m/")), (std::vector<std::string>{changed[0], changed[1]}));
     ASSERT_EQ(notProcessed.size(), 2u);
     EXPECT_EQ(notProcessed[0].remark + ": " + notProcessed[0].reason,

@@ -838,6 +838,12 @@ static MoveOutcome MoveByCopy(const ItemAt& from, const ItemAt& to, const std::s
     if (context.working) {
         context.working(source);
     }
+    if (context.progress) { // no bytes to count now: the bar only shows that it runs
+        context.progress->SetMessage(
+            QCoreApplication::translate("FileCommands", "Removing the moved items from %1")
+                .arg(DisplayPath(source)));
+        context.progress->Setup(0, 0, 0);
+    }
     RemoveMoved(fromFd.Get(), into.Get(), source, identities, moved.problems);
     if (moved.problems.empty() &&
         unlinkat(from.folder.Get(), from.name.c_str(), AT_REMOVEDIR) != 0) {

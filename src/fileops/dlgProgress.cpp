@@ -5,6 +5,7 @@
 #include "platform/Prompts.h"
 #include "settings/AppSettings.h"
 
+#include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
@@ -80,6 +81,19 @@ void dlgProgress::UpdateDirect(int value) {
         ProgressBar1->setValue(value);
     }
     yield_.Now();
+}
+
+// Only the task closes the window: Escape and the close box are its Cancel when it has one,
+// and nothing otherwise, so the task never runs on unseen.
+void dlgProgress::reject() {
+    if (cmdCancel->isEnabled() && !cmdCancel->isHidden()) {
+        CancelClicked();
+    }
+}
+
+void dlgProgress::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    reject();
 }
 
 void dlgProgress::CancelClicked() {

@@ -26,6 +26,7 @@ public:
     void Setup(int stepSize, int maximum, int value) override;
     void Update(int units) override;
     void UpdateDirect(int value) override;
+    void reject() override;
 
     QString Message() const;
     int Value() const;
@@ -34,6 +35,7 @@ public:
 
 private:
     void CancelClicked();
+    void closeEvent(QCloseEvent* event) override;
 
     CancelFlag& cancel_;
     const AppSettings& settings_;
