@@ -214,6 +214,25 @@ TEST(WindowPlacement, WinstateKeepsOnlyNormalAndMaximised) {
     EXPECT_EQ(PlacementFrom("WINSTATE=2\r\n")->Winstate, '2');
 }
 
+// Whatever the rules give, the window opens whole on its screen: 1600 x 1000 at scale 2 is an
+// 800 x 500 screen, its panel taking 30 at the top; 48 for the title bar, 16 for the borders.
+TEST(WindowPlacement, KeptWholeOnTheScreen) {
+    const QRect available(0, 30, 800, 470);
+    const std::vector<QRect> screens = {{0, 0, 800, 500}};
+    // clang-format off
+    const std::tuple<const char*, QRect, QRect> cases[] = {
+        {"fits: kept", {100, 100, 400, 300}, {100, 100, 400, 300}},
+        {"default size, centred by the rules above the top", {1, -59, 798, 618}, {0, 30, 784, 422}},
+        {"under the panel: moved down", {10, 0, 400, 300}, {10, 30, 400, 300}},
+        {"past the right and bottom: moved back", {600, 400, 400, 300}, {384, 152, 400, 300}},
+        {"on no screen: centred", {3000, 2000, 400, 300}, {200, 115, 400, 300}},
+        {"larger than everything", {-500, -500, 3000, 3000}, {0, 30, 784, 422}}};
+    // clang-format on
+    for (const auto& [what, frame, expected] : cases) {
+        EXPECT_EQ(KeepWhole(frame, available, screens, {16, 48}), expected) << what;
+    }
+}
+
 TEST(WindowPlacement, StoredValuesOrTheirFallbacks) {
     struct Case {
         const char* stored;

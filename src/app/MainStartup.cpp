@@ -19,7 +19,33 @@
 #include <QTranslator>
 #include <cstdlib>
 
-namespace {} // namespace
+namespace {
+
+// Room kept for the window manager's frame and title bar, which are not known before a window
+// is shown.
+constexpr QSize kDecoration(16, 48);
+
+std::vector<QRect> ScreenRects() {
+    std::vector<QRect> rects;
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        rects.push_back(screen->geometry());
+    }
+    return rects;
+}
+
+} // namespace
+
+void KeepDialogWhole(QWidget& dialog) {
+    const QScreen* screen = dialog.screen() ? dialog.screen() : QGuiApplication::primaryScreen();
+    if (screen == nullptr) {
+        return;
+    }
+    const QRect frame(dialog.pos(), dialog.size());
+    const QRect whole = KeepWhole(frame, screen->availableGeometry(), ScreenRects(), kDecoration);
+    if (whole.size() != frame.size()) {
+        dialog.resize(whole.size());
+    }
+}
 
 void PlaceMainWindow(frmMain& window, modPProfile& profile) {
     const QScreen* screen = window.screen() ? window.screen() : QGuiApplication::primaryScreen();
@@ -30,9 +56,20 @@ void PlaceMainWindow(frmMain& window, modPProfile& profile) {
     Placement placement;
     if (const auto stored = ReadWindowPlacement(profile, screenTwips)) {
         placement = *stored;
-        window.move(scale.ToPixels(placement.Left), scale.ToPixels(placement.Top));
-        window.resize(scale.ToPixels(placement.Width), scale.ToPixels(placement.Height));
+        const QRect whole =
+            KeepWhole({scale.ToPixels(placement.Left), scale.ToPixels(placement.Top),
+                       scale.ToPixels(placement.Width), scale.ToPixels(placement.Height)},
+                      screen ? screen->availableGeometry() : QRect({0, 0}, screenPixels),
+                      ScreenRects(), kDecoration);
+        window.move(whole.topLeft());
+        window.resize(whole.size());
     } else {
+        // The window's own size, as whole as a placement from the settings.
+        const QRect whole =
+            KeepWhole({window.pos(), window.size()},
+                      screen ? screen->availableGeometry() : QRect({0, 0}, screenPixels),
+                      ScreenRects(), kDecoration);
+        window.resize(whole.size());
         placement = {scale.ToTwips(window.x()), scale.ToTwips(window.y()),
                      scale.ToTwips(window.width()), scale.ToTwips(window.height()), '0'};
     }

@@ -19,6 +19,8 @@ void InstallTranslations(QCoreApplication& app);
 // Places the main window from the settings (twips to pixels on its screen), keeps that
 // placement for a minimised exit and writes the start-up [windows] values.
 void PlaceMainWindow(frmMain& window, modPProfile& profile);
+// A dialog no larger than the screen it opens on leaves (a small screen, a large scale).
+void KeepDialogWhole(class QWidget& dialog);
 
 // Makes the desktop the window's commands reach (launching, file manager), asking through
 // `prompts` when it needs the user.

@@ -1,5 +1,6 @@
 #include "app/QtPrompts.h"
 
+#include "app/MainStartup.h"
 #include "fileops/FolderPickerDialog.h"
 #include "fileops/dlgOpenWith.h"
 #include "fileops/dlgProperties.h"
@@ -311,5 +312,6 @@ std::optional<int32_t> QtPrompts::ChooseColor(int32_t bgr, std::array<int32_t, 1
 }
 
 int QtPrompts::ShowModal(QDialog* dialog) {
+    KeepDialogWhole(*dialog);
     return dialog->exec();
 }

@@ -2,6 +2,7 @@
 
 #include "settings/modPProfile.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace {
@@ -81,4 +82,21 @@ void SaveWindowPlacement(modPProfile& profile, const Placement& placement) {
     KeepWindowPlacement(profile.Settings(), placement);
     IniFile::Batch batch(profile.File());
     profile.ProfileSaveWindowPlacement();
+}
+
+QRect KeepWhole(QRect frame, const QRect& available, const std::vector<QRect>& screens,
+                QSize decoration) {
+    const QSize room = available.size() - decoration;
+    frame.setSize(frame.size().boundedTo(room.expandedTo({1, 1})));
+    const bool seen = std::any_of(screens.begin(), screens.end(),
+                                  [&](const QRect& screen) { return screen.intersects(frame); });
+    if (!seen) {
+        frame.moveCenter(available.center());
+    }
+    const QSize whole = frame.size() + decoration;
+    frame.moveLeft(std::clamp(frame.left(), available.left(),
+                              std::max(available.left(), available.right() + 1 - whole.width())));
+    frame.moveTop(std::clamp(frame.top(), available.top(),
+                             std::max(available.top(), available.bottom() + 1 - whole.height())));
+    return frame;
 }

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <QRect>
+#include <QSize>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 class modPProfile;
 struct AppSettings;
@@ -53,3 +56,10 @@ void KeepWindowPlacement(AppSettings& settings, const Placement& placement);
 
 // Keeps `placement` in the settings and writes [windows].
 void SaveWindowPlacement(modPProfile& profile, const Placement& placement);
+
+// A window's frame as the rules place it (`frame`, in pixels), kept whole on the screen it opens
+// on: no larger than the screen's `available` area, moved inside it; a frame that touches no
+// screen of `screens` opens centred on `available`. `decoration` is what the window manager
+// adds around the contents (a title bar), taken from the room before the contents are sized.
+QRect KeepWhole(QRect frame, const QRect& available, const std::vector<QRect>& screens,
+                QSize decoration = {});
