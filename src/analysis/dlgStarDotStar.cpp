@@ -21,6 +21,7 @@
 #include <QMenuBar>
 #include <QPainter>
 #include <QPushButton>
+#include <QResizeEvent>
 #include <QScrollBar>
 #include <QStandardItemModel>
 #include <QStyleOptionFocusRect>
@@ -101,6 +102,12 @@ public:
     explicit ColumnHeader(QWidget* parent) : QHeaderView(Qt::Horizontal, parent) {
         setFocusPolicy(Qt::TabFocus);
     }
+    // The Type column as wide as `wanted` (the widest extension), unless that would leave the
+    // counts less than a third of the width; kept so as the header is resized.
+    void SetTypeWidth(int wanted) {
+        wanted_ = wanted;
+        resizeSection(0, std::min(wanted_, std::max(width() * 2 / 3, 60)));
+    }
 
 protected:
     void keyPressEvent(QKeyEvent* event) override {
@@ -129,6 +136,10 @@ protected:
             style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter, this);
         }
     }
+    void resizeEvent(QResizeEvent* event) override {
+        QHeaderView::resizeEvent(event);
+        SetTypeWidth(wanted_);
+    }
     void focusInEvent(QFocusEvent* event) override {
         QHeaderView::focusInEvent(event);
         viewport()->update();
@@ -140,6 +151,7 @@ protected:
 
 private:
     int current_ = 0;
+    int wanted_ = 80;
 };
 } // namespace
 
@@ -357,8 +369,7 @@ void dlgStarDotStar::FillList(const std::set<std::string>& selected) {
         }
     }
     // The widest extension whole, unless it would leave the counts no room.
-    hdrTypes->resizeSection(
-        0, std::min(std::max(widest, 40) + 12, std::max(hdrTypes->width() * 2 / 3, 120)));
+    static_cast<ColumnHeader*>(hdrTypes)->SetTypeWidth(std::max(widest, 40) + 12);
     lstExtensions->selectionModel()->select(chosen, QItemSelectionModel::Select);
     letters_->Refresh();
     lblResultsCount->setText(census_.ResultsCountText());

@@ -24,6 +24,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollArea>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -143,6 +144,18 @@ QLabel* Description(const QString& text, QWidget* parent) {
 
 } // namespace
 
+namespace {
+// A page that asks for its whole size (a scroll area's own hint is capped), and scrolls only
+// when the screen gives it less.
+class WholePageArea : public QScrollArea {
+public:
+    QSize sizeHint() const override {
+        return widget() ? widget()->sizeHint() + QSize(2 * frameWidth(), 2 * frameWidth())
+                        : QScrollArea::sizeHint();
+    }
+};
+} // namespace
+
 dlgPreferences::dlgPreferences(modPProfile& profile, Prompts& prompts,
                                std::function<void()> masksCommitted, QWidget* parent)
     : QDialog(parent), profile_(profile), prompts_(prompts),
@@ -151,11 +164,21 @@ dlgPreferences::dlgPreferences(modPProfile& profile, Prompts& prompts,
     setWindowTitle(tr("Preferences"));
     tsPrefs = new QTabWidget(this);
     tsPrefs->setObjectName("tsPrefs");
-    tsPrefs->addTab(GeneralTab(), tr("&General"));
-    tsPrefs->addTab(WarningsTab(), tr("&Confirmation && Warnings"));
-    tsPrefs->addTab(FoldersTab(), tr("&Folders && Paths"));
-    tsPrefs->addTab(MasksTab(), tr("Edit &Masks"));
-    tsPrefs->addTab(ViewTab(), tr("View Options"));
+    // Each page scrolls when the screen is too small for it (a large scale), so the buttons
+    // below stay in reach.
+    const auto scrolled = [](QWidget* page) {
+        auto* area = new WholePageArea;
+        area->setWidget(page);
+        area->setWidgetResizable(true);
+        area->setFrameShape(QFrame::NoFrame);
+        area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        return area;
+    };
+    tsPrefs->addTab(scrolled(GeneralTab()), tr("&General"));
+    tsPrefs->addTab(scrolled(WarningsTab()), tr("&Confirmation && Warnings"));
+    tsPrefs->addTab(scrolled(FoldersTab()), tr("&Folders && Paths"));
+    tsPrefs->addTab(scrolled(MasksTab()), tr("Edit &Masks"));
+    tsPrefs->addTab(scrolled(ViewTab()), tr("View Options"));
     auto* buttons = new QDialogButtonBox(this);
     buttons->addButton(tr("&OK"), QDialogButtonBox::AcceptRole)->setObjectName("cmdOK");
     // "&C" is the Confirmation tab's.
