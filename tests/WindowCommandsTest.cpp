@@ -200,6 +200,18 @@ TEST_F(WindowCommandsTest, TheNotProcessedListOfACopyAndItsRememberedView) {
         EXPECT_TRUE(rows[0].startsWith("dup.txt | ")) << rows[0].toStdString();
         EXPECT_TRUE(rows[0].endsWith(" | " + shown + " | duplicate file")) << rows[0].toStdString();
         EXPECT_TRUE(rows[1].endsWith(" |  | source file not found")) << rows[1].toStdString();
+        {
+            // A deep folder gives up room for the reason: the reason reads whole.
+            dlgCopyErr deep(*profile, prompts, desktop);
+            deep.Create(PendingAction::CopyFiles);
+            deep.AddItems({SkippedItem::Refused(0, "/" + std::string(300, 'd') + "/x.txt",
+                                                "duplicate file")});
+            deep.CreateFinalize();
+            const QHeaderView* header = deep.List()->horizontalHeader();
+            EXPECT_LE(header->sectionPosition(4) +
+                          deep.List()->fontMetrics().horizontalAdvance("duplicate file"),
+                      deep.width());
+        }
         dialog.SetGridLines(false); // a new settings file has them on, and the report view
         dialog.SetReportView(false);
 

@@ -24,9 +24,11 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPainter>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
 #include <QTableWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <sys/stat.h>
 
 namespace {
@@ -222,6 +224,21 @@ void dlgCopyErr::AddItems(const std::vector<SkippedItem>& items) {
 void dlgCopyErr::CreateFinalize() {
     ListView1->resizeColumnsToContents();
     ListView1->horizontalHeader()->setStretchLastSection(true);
+    // The reason, in the last column, reads whole at the dialog's size: the folder column (cut
+    // in the middle) gives up what is missing.
+    QHeaderView* header = ListView1->horizontalHeader();
+    const int last = header->count() - 1;
+    int used = 0;
+    for (int column = 0; column <= last; ++column) {
+        used += header->sectionSize(column);
+    }
+    const int room = width() - 2 * layout()->contentsMargins().left() -
+                     ListView1->verticalScrollBar()->sizeHint().width() -
+                     2 * ListView1->frameWidth();
+    if (last > 1 && used > room) {
+        header->resizeSection(1, std::max(120, header->sectionSize(1) - (used - room)));
+        ListView1->setTextElideMode(Qt::ElideMiddle);
+    }
     // In the command's order until the user sorts by a column.
     ListView1->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
     ListView1->setSortingEnabled(true);
