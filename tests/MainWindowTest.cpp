@@ -13,6 +13,7 @@
 #include "settings/dlgPreferences.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QHeaderView>
@@ -613,19 +614,43 @@ QStringList SharedAccessKeys(QWidget* window) {
     return shared;
 }
 
-TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
+// The controls of `top` that take the keyboard focus and that a screen reader would find
+// without a name (its own text, a label that is its buddy, or an accessible name).
+QStringList UnnamedControls(QWidget* top) {
+    QStringList unnamed;
+    for (QWidget* control : top->findChildren<QWidget*>()) {
+        if (control->focusPolicy() == Qt::NoFocus || !control->isVisibleTo(top) ||
+            control->focusProxy() != nullptr) {
+            continue;
+        }
+        QAccessibleInterface* face = QAccessible::queryAccessibleInterface(control);
+        if (face != nullptr && face->text(QAccessible::Name).trimmed().isEmpty()) {
+            unnamed << QString("%1 (%2)").arg(control->objectName(),
+                                              control->metaObject()->className());
+        }
+    }
+    return unnamed;
+}
+
+// Both at once: two access keys leading to one place, and the controls without a name.
+QStringList AccessProblems(QWidget* top) {
+    return SharedAccessKeys(top) + UnnamedControls(top);
+}
+
+// In every window, no two access keys lead to different places, and a screen reader finds a
+// name for every control that takes the focus.
+TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlaceAndEveryControlHasAName) {
     tree.File("a.txt");
     Search(tree.Root(), "*.*");
     std::vector<std::pair<QString, QStringList>> found = {
-        {"main window", SharedAccessKeys(window.get())}};
+        {"main window", AccessProblems(window.get())}};
     dlgPreferences preferences(*profile, prompts, {});
     for (int tab = 0; tab < 5; ++tab) {
         preferences.findChild<QTabWidget*>("tsPrefs")->setCurrentIndex(tab);
-        found.push_back(
-            {"preferences tab " + QString::number(tab), SharedAccessKeys(&preferences)});
+        found.push_back({"preferences tab " + QString::number(tab), AccessProblems(&preferences)});
     }
     prompts.modals.push_back([&](QDialog* census) {
-        found.push_back({"census", SharedAccessKeys(census)});
+        found.push_back({"census", AccessProblems(census)});
         return 2;
     });
     window->Types().ShowFileTypes();
@@ -638,7 +663,7 @@ TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlace) {
     dlgAbout about(desktop);
     for (QWidget* dialog : std::initializer_list<QWidget*>{
              &registered, &viewMasks, &dosLen, &notProcessed, &picker, &openWith, &about}) {
-        found.push_back({dialog->objectName(), SharedAccessKeys(dialog)});
+        found.push_back({dialog->objectName(), AccessProblems(dialog)});
     }
     for (const auto& [name, shared] : found) {
         EXPECT_EQ(shared, QStringList()) << name.toStdString();

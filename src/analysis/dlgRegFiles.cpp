@@ -51,15 +51,17 @@ dlgRegFiles::dlgRegFiles(modPProfile& profile, WindowPrompts& prompts, QWidget* 
 
     lstExtensions = new QListWidget(this);
     lstExtensions->setObjectName("lstExtensions");
+    lstExtensions->setAccessibleName(tr("Registered file types"));
     lstExtensions->setSelectionMode(QAbstractItemView::MultiSelection);
     letters_ = new LetterMenu(bar, lstExtensions);
     lstSelected = new QListWidget(this);
     lstSelected->setObjectName("lstSelected");
+    lstSelected->setAccessibleName(tr("Selected file types"));
     lbExtensionCount = new QLabel(this);
     lbExtensionCount->setObjectName("lbExtensionCount");
-    lbExtensionCount->setBuddy(lstExtensions);
     txtObjMask = new QLineEdit(this);
     txtObjMask->setObjectName("txtObjMask");
+    txtObjMask->setAccessibleName(tr("File Mask"));
     txtObjMask->setReadOnly(true);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);

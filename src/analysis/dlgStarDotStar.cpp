@@ -170,6 +170,7 @@ dlgStarDotStar::dlgStarDotStar(FileDataArray& store, modPProfile& profile, Promp
     Label1->setObjectName("Label1");
     Label1->setWordWrap(true);
     lstExtensions->setObjectName("lstExtensions");
+    lstExtensions->setAccessibleName(tr("File types"));
     lstExtensions->setSelectionMode(QAbstractItemView::ExtendedSelection);
     lstExtensions->setUniformItemSizes(true);
     lstHidden = new QListWidget(this);

@@ -23,10 +23,12 @@ dlgViewMasks::dlgViewMasks(QWidget* parent) : QDialog(parent) {
     Label1->setWordWrap(true);
     lstExtensions = new QListWidget(this);
     lstExtensions->setObjectName("lstExtensions");
+    lstExtensions->setAccessibleName(tr("File types found"));
     lstExtensions->setSelectionMode(QAbstractItemView::MultiSelection);
     letters_ = new LetterMenu(bar, lstExtensions);
     txtObjMask = new QLineEdit(this);
     txtObjMask->setObjectName("txtObjMask");
+    txtObjMask->setAccessibleName(tr("File Mask"));
     txtObjMask->setReadOnly(true);
     Check1 = new QCheckBox(tr("&Filter Current Results"), this);
     Check1->setObjectName("Check1");

@@ -54,6 +54,8 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, Prompts& pr
 }
 
 void FolderPickerDialog::SetUpTree(const FolderRequest& request) {
+    tree_->setObjectName("treeFolders");
+    tree_->setAccessibleName(tr("Folders"));
     model_->setFilter(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Drives);
     const QString root = QFile::decodeName(QByteArray::fromStdString(request.root));
     model_->setRootPath(root);
@@ -89,6 +91,7 @@ void FolderPickerDialog::SetUpTree(const FolderRequest& request) {
 QListWidget* FolderPickerDialog::PlacesList(const FolderRequest& request) {
     auto* places = new QListWidget(this);
     places->setObjectName("lstPlaces");
+    places->setAccessibleName(tr("Places"));
     for (const FolderPlace& place : request.places) {
         auto* item = new QListWidgetItem(place.label, places);
         item->setData(Qt::UserRole, QFile::decodeName(QByteArray::fromStdString(place.path)));

@@ -92,6 +92,7 @@ dlgCopyErr::dlgCopyErr(modPProfile& profile, Prompts& prompts, Desktop& desktop,
     Label1->setText(tr("The following files were not processed due to the reasons stated. "
                        "Selecting a file\ndisplays its complete path in the textbox below."));
     ListView1->setObjectName("ListView1");
+    ListView1->setAccessibleName(tr("Files not processed"));
     ListView1->setSelectionBehavior(QAbstractItemView::SelectRows);
     ListView1->setSelectionMode(QAbstractItemView::ExtendedSelection);
     ListView1->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -106,6 +107,7 @@ dlgCopyErr::dlgCopyErr(modPProfile& profile, Prompts& prompts, Desktop& desktop,
     ListView1->setItemDelegate(
         new ListCellDelegate(profile_.Settings(), ListView1->horizontalHeader(), false, ListView1));
     Text1->setObjectName("Text1");
+    Text1->setAccessibleName(tr("Complete path"));
     Text1->setReadOnly(true);
     connect(ListView1, &QTableWidget::currentCellChanged, this, [this](int row) {
         const QTableWidgetItem* item = ListView1->item(row, 0);
@@ -237,7 +239,6 @@ void dlgCopyErr::CreateFinalize() {
                      2 * ListView1->frameWidth();
     if (last > 1 && used > room) {
         header->resizeSection(1, std::max(120, header->sectionSize(1) - (used - room)));
-        ListView1->setTextElideMode(Qt::ElideMiddle);
     }
     // In the command's order until the user sorts by a column.
     ListView1->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);

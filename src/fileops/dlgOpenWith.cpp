@@ -18,7 +18,9 @@ dlgOpenWith::dlgOpenWith(const OpenWithRequest& request, QWidget* parent)
     auto* prompt = new QLabel(tr("Choose the application to open \"%1\" with:").arg(name), this);
     prompt->setWordWrap(true);
     lstApplications->setObjectName("lstApplications");
+    lstApplications->setAccessibleName(tr("Applications"));
     txtCommand->setObjectName("txtCommand");
+    txtCommand->setAccessibleName(tr("Command"));
     txtCommand->setPlaceholderText(tr("A command line; %f stands for the file"));
 
     const auto addHeading = [this](const QString& text) {

@@ -168,6 +168,7 @@ dlgPreferences::dlgPreferences(modPProfile& profile, Prompts& prompts,
     // below stay in reach.
     const auto scrolled = [](QWidget* page) {
         auto* area = new WholePageArea;
+        area->setFocusPolicy(Qt::NoFocus); // the page's controls take the focus, and are shown
         area->setWidget(page);
         area->setWidgetResizable(true);
         area->setFrameShape(QFrame::NoFrame);
@@ -306,6 +307,7 @@ QWidget* dlgPreferences::FoldersTab() {
         Label3[i]->installEventFilter(this);
         txtFolders[i] = new QLineEdit(tab);
         txtFolders[i]->setObjectName(QStringLiteral("txtFolders_%1").arg(i));
+        txtFolders[i]->setAccessibleName(Label3[i]->text());
         txtFolders[i]->installEventFilter(this);
         connect(txtFolders[i], &QLineEdit::editingFinished, this, [this, i] {
             if (txtFolders[i]->isModified()) {
@@ -336,10 +338,12 @@ QWidget* dlgPreferences::MasksTab() {
                       0, 0, 1, 2);
     lstMasks = new QListWidget(tab);
     lstMasks->setObjectName("lstMasks");
+    lstMasks->setAccessibleName(tr("Favorite masks"));
     connect(lstMasks, &QListWidget::itemDoubleClicked, this,
             [this] { MaskCommand(MaskButton::Select); });
     txtMask = new QLineEdit(tab);
     txtMask->setObjectName("txtMask");
+    txtMask->setAccessibleName(tr("Mask to add"));
     txtMask->installEventFilter(this);
     auto* buttons = new QVBoxLayout;
     const char* captions[] = {QT_TR_NOOP("&Delete"), QT_TR_NOOP("&Add"), QT_TR_NOOP("&Select"),
@@ -405,6 +409,7 @@ void dlgPreferences::AddViewChoices(QWidget* tab, QGridLayout* layout) {
     cmdViews = new QPushButton(tab);
     cmdViews->setObjectName("cmdViews");
     cmdViews->setFixedWidth(40);
+    cmdViews->setAccessibleName(tr("Select sorted column backcolor"));
     connect(cmdViews, &QPushButton::clicked, this, &dlgPreferences::ChooseSortColor);
     lblSort = new QLabel(tr("Select sorted column backcolor"), tab);
     lblSort->setObjectName("lblSort");
@@ -437,6 +442,7 @@ void dlgPreferences::AddViewSamples(QWidget* tab, QGridLayout* layout) {
     layout->addWidget(sampleBar_, 10, 0);
     ListView1 = new QTableWidget(3, 3, tab);
     ListView1->setObjectName("ListView1");
+    ListView1->setAccessibleName(tr("Sample list"));
     ListView1->setHorizontalHeaderLabels({tr("Col 1"), tr("Col 2"), tr("Col 3")});
     ListView1->verticalHeader()->hide();
     ListView1->setEditTriggers(QAbstractItemView::NoEditTriggers);

@@ -58,6 +58,7 @@ QLayout* ResultPane::Build(QWidget* parent) {
     List2->hide();
     lstDummy = new QListWidget(parent);
     lstDummy->setObjectName("lstDummy");
+    lstDummy->setAccessibleName(tr("Results"));
     lstDummy->hide();
     ResetPlaceholder();
     lists->addWidget(lstDummy, 0, 0);
@@ -69,6 +70,7 @@ QLayout* ResultPane::Build(QWidget* parent) {
 
 void ResultPane::SetUpList(QTreeView* list, ResultListModel* model, const char* name) {
     list->setObjectName(name);
+    list->setAccessibleName(tr("Results"));
     list->setModel(model);
     list->setUniformRowHeights(true);
     list->setRootIsDecorated(false);
