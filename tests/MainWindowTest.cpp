@@ -619,8 +619,7 @@ QStringList SharedAccessKeys(QWidget* window) {
 QStringList UnnamedControls(QWidget* top) {
     QStringList unnamed;
     for (QWidget* control : top->findChildren<QWidget*>()) {
-        if (control->focusPolicy() == Qt::NoFocus || !control->isVisibleTo(top) ||
-            control->focusProxy() != nullptr) {
+        if (control->focusPolicy() == Qt::NoFocus || !control->isVisibleTo(top)) {
             continue;
         }
         QAccessibleInterface* face = QAccessible::queryAccessibleInterface(control);

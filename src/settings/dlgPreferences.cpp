@@ -164,6 +164,7 @@ dlgPreferences::dlgPreferences(modPProfile& profile, Prompts& prompts,
     setWindowTitle(tr("Preferences"));
     tsPrefs = new QTabWidget(this);
     tsPrefs->setObjectName("tsPrefs");
+    tsPrefs->setAccessibleName(tr("Preferences"));
     // Each page scrolls when the screen is too small for it (a large scale), so the buttons
     // below stay in reach.
     const auto scrolled = [](QWidget* page) {
