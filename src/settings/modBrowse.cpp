@@ -97,6 +97,15 @@ Purpose PurposeOf(PickPurpose purpose) {
     }
 }
 
+// "/a/b" and "/a/b/" give "/a"; "/a" and "/" give "/".
+static std::string ParentFolder(std::string path) {
+    while (path.size() > 1 && path.back() == '/') {
+        path.pop_back();
+    }
+    const size_t slash = path.rfind('/');
+    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
+}
+
 std::string RootFolderOf(BrowseRoot root) {
     if (root == BrowseRoot::Network) {
         if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime && runtime[0] == '/') {
@@ -177,7 +186,13 @@ std::string PickFolder(PickPurpose purpose, bool remember, const std::string& ro
     if (!IsFolder(start)) {
         start = profile.RootFolder();
     }
-    FolderRequest request{p.caption, p.prompt, root, start, StartingPlaces(profile)};
+    // The start is shown selected in the tree: one that is the tree's root itself (no share
+    // picked before) or lies outside it (no network mounts here) opens the tree at its parent.
+    const std::string inRoot = WithTrailingSlash(root);
+    const std::string atStart = WithTrailingSlash(start);
+    const bool inside = atStart.size() > inRoot.size() && atStart.rfind(inRoot, 0) == 0;
+    FolderRequest request{p.caption, p.prompt, inside ? root : ParentFolder(start), start,
+                          StartingPlaces(profile)};
     const std::string picked = prompts.PickFolder(request);
     if (!picked.empty() && remember) {
         RememberPickedFolder(purpose, picked, profile);
