@@ -482,6 +482,15 @@ TEST_F(MainWindowTest, TheListKnowsWhenTheDiskChangedUnderIt) {
     tree.File("newer.txt");
     window->Monitor().ReadChanges();
     EXPECT_EQ(Rows("List1").size(), 4) << "searched again";
+    window->Monitor().WaitForWatchesForTesting();
+    // A list longer than automatic rescans may take is not searched again, and says why; a
+    // file edited in place counts as a change.
+    profile->Settings().AutoRescanUseMaximum = true;
+    profile->Settings().AutoRescanMaximum = 3;
+    WriteBytes(tree.Path("a.txt"), "edited");
+    window->Monitor().ReadChanges();
+    EXPECT_EQ(Status(StatusPart::Message), " Ready! (Rescan size exceeded - rescan recommended.)");
+    EXPECT_EQ(Rows("List1").size(), 4);
     window->Monitor().SetWatchLimitForTesting(1);
     Search(tree.Root(), "*.txt");
     window->Monitor().WaitForWatchesForTesting();

@@ -16,7 +16,8 @@
 namespace {
 
 constexpr uint32_t kEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF |
-                             IN_MOVE_SELF | IN_DONT_FOLLOW | IN_ONLYDIR | IN_EXCL_UNLINK;
+                             IN_CLOSE_WRITE | IN_ATTRIB | IN_MOVE_SELF | IN_DONT_FOLLOW |
+                             IN_ONLYDIR | IN_EXCL_UNLINK;
 
 long UserWatchLimit() {
     std::ifstream file("/proc/sys/fs/inotify/max_user_watches");
@@ -127,7 +128,10 @@ bool FolderWatch::Alters(uint32_t mask, const char* name) const {
         return true; // events were lost, or a searched folder went away
     }
     if (!(mask & (IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO))) {
-        return false;
+        // A file written and closed, or its times set: the list shows its time and size. A
+        // folder's are not shown.
+        return (mask & (IN_CLOSE_WRITE | IN_ATTRIB)) && !(mask & IN_ISDIR) &&
+               !options_.FoldersOnly && matcher_.Matches(name) == (options_.ExpectedMatch == 1);
     }
     if (mask & IN_ISDIR) {
         return name[0] != '.' && (options_.FoldersOnly || options_.Recurse);

@@ -127,7 +127,7 @@ void ChangeMonitor::Act() {
     const Rescan advice = RescanOrAdvise(shared_.profile.Settings(), hooks_.visibleRows());
     if (advice != Rescan::Now) {
         changed_ = false;
-        shared_.status.Set(StatusPart::Message, RescanAdviceText(Rescan::AdviseChanged));
+        shared_.status.Set(StatusPart::Message, RescanAdviceText(advice));
         return;
     }
     if (lastRescan_.isValid() && lastRescan_.elapsed() < 1000) {
