@@ -192,6 +192,11 @@ TEST_F(CensusDialogTest, TheCensusIsKeptUntilTheNextSearch) {
         EXPECT_EQ(Lines(d).size(), 1) << "no recount";
         return 0;
     });
+    prompts.modals.push_back([&](QDialog* d) {
+        EXPECT_EQ(Lines(*static_cast<dlgStarDotStar*>(d)).size(), 2) << "a new search recounts";
+        return 0;
+    });
+    Search("*.*");
     window->NewResults();
     EXPECT_FALSE(window->Types().CensusReady()) << "gone with the results";
     prompts.answers.push_back(MessageAnswer::Ok);

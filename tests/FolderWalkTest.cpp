@@ -557,4 +557,14 @@ TEST(FolderWalk, ThreadsReadingAheadFindWhatOneThreadFinds) {
     }
 }
 
+// 32 701 results are listed, 32 702 are not: the list limit, with its own numbers.
+TEST(SearchSession, TheListLimitIs32701Results) {
+    // clang-format off
+    const std::pair<int32_t, bool> cases[] = {{0, false}, {32701, false}, {32702, true}, {1000000, true}};
+    // clang-format on
+    for (const auto& [matched, exceeded] : cases) {
+        EXPECT_EQ(SearchSession::TooManyToList(matched), exceeded) << matched;
+    }
+}
+
 } // namespace

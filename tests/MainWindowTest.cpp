@@ -182,6 +182,39 @@ TEST_F(MainWindowTest, NothingFoundQuotesTheMaskSearchedAndKeepsTheWalksCounts) 
     EXPECT_EQ(Status(StatusPart::Objects) + Status(StatusPart::Matched), " Objects: 2 Matched: 0");
 }
 
+// Suppress updates says so at once, and during a search takes the folder counts off the status
+// line, leaving "Searching...".
+TEST_F(MainWindowTest, SuppressUpdatesTakesEffectAtOnce) {
+    tree.File({"a.txt", "sub/b.txt"});
+    auto* suppress = Find<QCheckBox>("chkOpts_2");
+    suppress->click();
+    EXPECT_EQ(Status(StatusPart::Mode), " Update suppressed");
+    suppress->click();
+    EXPECT_EQ(Status(StatusPart::Mode), "");
+    QStringList during;
+    std::promise<void> clicked;
+    std::shared_future<void> done = clicked.get_future().share();
+    window->Session().SetOpenFolderForTesting([&, done](int dirFd, const char* name, int flags) {
+        if (std::string_view(name) == "sub") {
+            QMetaObject::invokeMethod(
+                window.get(),
+                [&] {
+                    window->Status().Set(StatusPart::Matched, "Matched: 1");
+                    suppress->click();
+                    during << Status(StatusPart::Message) << Status(StatusPart::Matched)
+                           << Status(StatusPart::Mode);
+                    clicked.set_value();
+                },
+                Qt::QueuedConnection);
+            done.wait();
+        }
+        return openat(dirFd, name, flags);
+    });
+    Search(tree.Root(), "*.txt");
+    EXPECT_EQ(during, (QStringList{" Searching...", "", " Update suppressed"}));
+    EXPECT_FALSE(window->Session().Options().ShowFolderProgress);
+}
+
 // A share's URL as the Start Path is searched where the share is mounted; one that cannot be
 // had is refused with the share's reason, and the results stay.
 TEST_F(MainWindowTest, AShareGivenByItsUrlIsSearchedWhereItIsMounted) {

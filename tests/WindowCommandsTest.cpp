@@ -79,6 +79,22 @@ TEST_F(WindowCommandsTest, TheDeleteKeyAsksSendsToTheTrashAndListsWhatStayed) {
     EXPECT_EQ(Find<QPushButton>("cmdSearch")->text(), "&Begin Search");
 }
 
+// A command that changed the disk unloads the census: the next one counts afresh.
+TEST_F(WindowCommandsTest, ACommandThatChangedTheDiskUnloadsTheCensus) {
+    tree.File({"a.txt", "b.txt"});
+    profile->Settings().ConfirmOnEachFileDelete = false;
+    Search(tree.Root(), "*.txt");
+    prompts.modals.push_back([](QDialog*) { return 2; });
+    window->Types().ShowFileTypes();
+    ASSERT_TRUE(window->Types().CensusReady());
+    SelectRows({0});
+    Key(Find<QTreeView>("List1"), Qt::Key_Delete);
+    prompts.answers = {MessageAnswer::Yes};
+    RunPendingCommand();
+    EXPECT_EQ(desktop.calls.size(), 1u);
+    EXPECT_FALSE(window->Types().CensusReady());
+}
+
 // A share that stops answering holds the command's own thread, not the window: Cancel leaves
 // that thread behind, says which file did not answer, and nothing after it is done.
 TEST_F(WindowCommandsTest, ACancelledCommandStuckInACallIsLeftBehind) {

@@ -34,7 +34,7 @@ void SearchSession::Run(const CancelFlag& cancel, WalkListener* listener) {
 
 void SearchSession::CloseStore() {
     store_.Redim(counters_.MatchedCount - 1);
-    listLimitExceeded_ = counters_.MatchedCount - 1 >= listLimit_;
+    listLimitExceeded_ = TooManyToList(counters_.MatchedCount, listLimit_);
 }
 
 void SearchSession::Erase() {

@@ -17,6 +17,10 @@ public:
     static constexpr int32_t kListLimit = 32701;
     // Tests lower it, so that a few files stand for tens of thousands.
     void SetListLimitForTesting(int32_t limit) { listLimit_ = limit; }
+    // Whether `matched` results are more than a list takes: the last index reaches the limit.
+    static bool TooManyToList(int32_t matched, int32_t limit = kListLimit) {
+        return matched - 1 >= limit;
+    }
 
     // Resets counters and flags for a new search of `rootText` (made absolute against the
     // current folder, with a "/" at its end) with `options`.
