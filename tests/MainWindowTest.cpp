@@ -2,6 +2,7 @@
 #include "analysis/dlgDosLen.h"
 #include "analysis/dlgRegFiles.h"
 #include "analysis/dlgViewMasks.h"
+#include "app/MainStartup.h"
 #include "app/ResultListModel.h"
 #include "app/dlgAbout.h"
 #include "fileops/FileCommands.h"
@@ -31,6 +32,7 @@
 #include <filesystem>
 #include <future>
 #include <map>
+#include <sstream>
 #include <sys/stat.h>
 
 namespace {
@@ -180,6 +182,31 @@ TEST_F(MainWindowTest, NothingFoundQuotesTheMaskSearchedAndKeepsTheWalksCounts) 
               QStringList{"No files matching ' *.none ' were found in or under the root path ' " +
                           QString::fromStdString(tree.Root()) + " '"});
     EXPECT_EQ(Status(StatusPart::Objects) + Status(StatusPart::Matched), " Objects: 2 Matched: 0");
+}
+
+// Whatever the settings file says, the window opens whole on the screen (the offscreen screen,
+// 800 x 600, is what 1600 x 1200 is at scale 2), and what is written back is on it too.
+TEST_F(MainWindowTest, TheWindowOpensWholeOnItsScreen) {
+    const QRect screen = window->screen()->availableGeometry();
+    // clang-format off
+    const std::vector<std::pair<const char*, std::string>> cases = {
+        {"a scale-1 session's default", "120 360 11970 9270"},
+        {"above the top, as the rules centre a tall window", "120 -885 11970 9270"},
+        {"on no screen", "99999 99999 6000 4000"},
+        {"smaller than the window can be", "1500 1500 3000 2000"}};
+    // clang-format on
+    for (const auto& [what, stored] : cases) {
+        std::istringstream values(stored);
+        for (const char* key : {"Left", "Top", "Width", "Height"}) {
+            std::string value;
+            values >> value;
+            profile->ProfileSetWindowsKey(key, value);
+        }
+        PlaceMainWindow(*window, *profile);
+        const QRect frame(window->pos(), window->size());
+        EXPECT_TRUE(screen.contains(frame)) << what;
+        EXPECT_GE(std::stoi(profile->ProfileGetString("windows", "Top", "")), 0) << what;
+    }
 }
 
 // Suppress updates says so at once, and during a search takes the folder counts off the status

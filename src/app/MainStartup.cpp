@@ -56,9 +56,11 @@ void PlaceMainWindow(frmMain& window, modPProfile& profile) {
     Placement placement;
     if (const auto stored = ReadWindowPlacement(profile, screenTwips)) {
         placement = *stored;
+        // Placed as large as the window can be made, which may be more than was stored.
+        const QSize size = QSize(scale.ToPixels(placement.Width), scale.ToPixels(placement.Height))
+                               .expandedTo(window.minimumSizeHint());
         const QRect whole =
-            KeepWhole({scale.ToPixels(placement.Left), scale.ToPixels(placement.Top),
-                       scale.ToPixels(placement.Width), scale.ToPixels(placement.Height)},
+            KeepWhole({{scale.ToPixels(placement.Left), scale.ToPixels(placement.Top)}, size},
                       screen ? screen->availableGeometry() : QRect({0, 0}, screenPixels),
                       ScreenRects(), kDecoration);
         window.move(whole.topLeft());
