@@ -13,11 +13,13 @@
 #include "settings/MaskFavorites.h"
 #include "settings/dlgPreferences.h"
 #include "settings/modPProfile.h"
+#include "widgets/WrappingRow.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -65,6 +67,37 @@ TEST(dlgProgress, MessageBarAndCancel) {
     }
     progress.Destroy();
     EXPECT_FALSE(progress.isVisible());
+}
+
+// The options' row: both groups on one line when there is room, the second at the right; the
+// second below the first when not; never narrower than the wider group.
+TEST(WrappingRow, OneLineOrTwo) {
+    QWidget window;
+    auto* row = new WrappingRow;
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(10);
+    QWidget* groups[2];
+    for (int i = 0; i < 2; ++i) {
+        auto* group = new QHBoxLayout;
+        groups[i] = new QWidget(&window);
+        groups[i]->setFixedSize(i == 0 ? 300 : 200, 20);
+        group->addWidget(groups[i]);
+        group->setContentsMargins(0, 0, 0, 0);
+        row->addItem(group);
+    }
+    window.setLayout(row);
+    EXPECT_EQ(row->minimumSize().width(), 300);
+    // clang-format off
+    const std::tuple<int, QPoint, int> cases[] = {
+        {600, {400, 0}, 20},  // one line, the second group at the right
+        {510, {310, 0}, 20},  // just room for both
+        {509, {0, 30}, 50}};  // two lines
+    // clang-format on
+    for (const auto& [width, second, height] : cases) {
+        row->setGeometry({0, 0, width, row->heightForWidth(width)});
+        EXPECT_EQ(groups[1]->pos(), second) << width;
+        EXPECT_EQ(row->heightForWidth(width), height) << width;
+    }
 }
 
 TEST(dlgProperties, ShowsWhatTheFileSystemSays) {

@@ -40,7 +40,9 @@ void KeepDialogWhole(QWidget& dialog) {
     if (screen == nullptr) {
         return;
     }
-    const QRect frame(dialog.pos(), dialog.size());
+    // Until it is resized or shown, a dialog takes the size its contents ask for.
+    const QRect frame(dialog.pos(),
+                      dialog.testAttribute(Qt::WA_Resized) ? dialog.size() : dialog.sizeHint());
     const QRect whole = KeepWhole(frame, screen->availableGeometry(), ScreenRects(), kDecoration);
     if (whole.size() != frame.size()) {
         dialog.resize(whole.size());

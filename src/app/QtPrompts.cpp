@@ -74,6 +74,16 @@ QString KeepPathsWhole(const QString& text, const QFontMetrics& metrics, int roo
 
 namespace {
 
+// Every dialog opens no larger than the screen it is on.
+int ShowWhole(QDialog& dialog) {
+    KeepDialogWhole(dialog);
+    return dialog.exec();
+}
+
+} // namespace
+
+namespace {
+
 QMessageBox::Icon BoxIcon(MessageIcon icon) {
     switch (icon) {
     case MessageIcon::Information:
@@ -135,7 +145,7 @@ MessageAnswer QtPrompts::Message(const QString& text, MessageIcon icon, MessageB
         box.setText(KeepPathsWhole(text, label->fontMetrics(), room, widest));
         label->setMinimumWidth(widest);
     }
-    switch (box.exec()) {
+    switch (ShowWhole(box)) {
     case QMessageBox::Yes:
         return MessageAnswer::Yes;
     case QMessageBox::No:
@@ -149,7 +159,7 @@ MessageAnswer QtPrompts::Message(const QString& text, MessageIcon icon, MessageB
 
 std::string QtPrompts::PickFolder(const FolderRequest& request) {
     FolderPickerDialog dialog(request, *this, Owner());
-    if (dialog.exec() != QDialog::Accepted) {
+    if (ShowWhole(dialog) != QDialog::Accepted) {
         return {};
     }
     return dialog.SelectedFolder();
@@ -178,7 +188,7 @@ SaveAnswer QtPrompts::SaveFile(const SaveRequest& request) {
         details->header()->setStretchLastSection(true);
         details->header()->resizeSection(0, 330);
     }
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+    if (ShowWhole(dialog) != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
         return {};
     }
     return {QFile::encodeName(dialog.selectedFiles().first()).toStdString(),
@@ -187,7 +197,7 @@ SaveAnswer QtPrompts::SaveFile(const SaveRequest& request) {
 
 OpenWithAnswer QtPrompts::ChooseApplication(const OpenWithRequest& request) {
     dlgOpenWith dialog(request, Owner());
-    if (dialog.exec() != QDialog::Accepted) {
+    if (ShowWhole(dialog) != QDialog::Accepted) {
         return {};
     }
     return dialog.Answer();
@@ -195,7 +205,7 @@ OpenWithAnswer QtPrompts::ChooseApplication(const OpenWithRequest& request) {
 
 void QtPrompts::ShowFileProperties(const std::string& path) {
     dlgProperties dialog(path, Owner());
-    dialog.exec();
+    ShowWhole(dialog);
 }
 
 ConflictAnswer QtPrompts::AskConflict(const QString& text) {
@@ -211,7 +221,7 @@ ConflictAnswer QtPrompts::AskConflict(const QString& text) {
     box.setEscapeButton(QMessageBox::Cancel);
     auto* forAll = new QCheckBox(tr("Do the same for &every other name already there"));
     box.setCheckBox(forAll);
-    box.exec();
+    ShowWhole(box);
     const ConflictChoice choice = box.clickedButton() == skip      ? ConflictChoice::Skip
                                   : box.clickedButton() == replace ? ConflictChoice::Replace
                                                                    : ConflictChoice::Cancel;
@@ -263,7 +273,7 @@ MountLoginAnswer QtPrompts::AskMountLogin(const MountLogin& request) {
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
     QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     form->addRow(buttons);
-    if (dialog.exec() != QDialog::Accepted) {
+    if (ShowWhole(dialog) != QDialog::Accepted) {
         return {};
     }
     const auto text = [](const QLineEdit* edit) { return edit ? edit->text() : QString(); };
@@ -282,7 +292,7 @@ int QtPrompts::AskMountChoice(const QString& message, const QStringList& choices
     }
     box.addButton(QMessageBox::Cancel);
     box.setEscapeButton(QMessageBox::Cancel);
-    box.exec();
+    ShowWhole(box);
     const auto chosen = std::find(buttons.begin(), buttons.end(), box.clickedButton());
     return chosen == buttons.end() ? -1 : static_cast<int>(chosen - buttons.begin());
 }
@@ -312,6 +322,5 @@ std::optional<int32_t> QtPrompts::ChooseColor(int32_t bgr, std::array<int32_t, 1
 }
 
 int QtPrompts::ShowModal(QDialog* dialog) {
-    KeepDialogWhole(*dialog);
-    return dialog->exec();
+    return ShowWhole(*dialog);
 }

@@ -7,6 +7,7 @@
 #include "settings/modBrowse.h"
 #include "settings/modPProfile.h"
 #include "text/PathText.h"
+#include "widgets/WrappingRow.h"
 
 #include <QAbstractButton>
 #include <QButtonGroup>
@@ -68,7 +69,12 @@ QLayout* SearchRequest::BuildFields(QWidget* parent) {
 }
 
 QLayout* SearchRequest::BuildOptions(QWidget* parent) {
+    // The boxes at the left, the list types at the right; below them on a narrow window.
+    auto* row = new WrappingRow;
     auto* options = new QHBoxLayout;
+    auto* types = new QHBoxLayout;
+    row->addItem(options);
+    row->addItem(types);
     const char* optionTexts[] = {QT_TR_NOOP("Search subf&olders"), QT_TR_NOOP("Fo&lders only"),
                                  QT_TR_NOOP("Suppress up&dates")};
     for (int i = 0; i < 3; ++i) {
@@ -80,7 +86,6 @@ QLayout* SearchRequest::BuildOptions(QWidget* parent) {
         options->addWidget(chkOpts[i]);
     }
     Box(OptionBox::Subfolders)->setChecked(true);
-    options->addStretch();
     auto* listTypes = new QButtonGroup(parent);
     const char* typeTexts[] = {QT_TR_NOOP("List mat&ches"), QT_TR_NOOP("List all e&xcept matches")};
     for (int i = 0; i < 2; ++i) {
@@ -88,10 +93,10 @@ QLayout* SearchRequest::BuildOptions(QWidget* parent) {
         optListTypes[i]->setObjectName(QStringLiteral("optListTypes_%1").arg(i));
         listTypes->addButton(optListTypes[i], i);
         optListTypes[i]->installEventFilter(&owner_);
-        options->addWidget(optListTypes[i]);
+        types->addWidget(optListTypes[i]);
     }
     optListTypes[0]->setChecked(true);
-    return options;
+    return row;
 }
 
 void SearchRequest::Connect() {
