@@ -105,11 +105,15 @@ TEST(dlgProperties, ShowsWhatTheFileSystemSays) {
     WriteBytes(t.Path("notes.txt"), "hello");
     chmod(t.Path("notes.txt").c_str(), 0640);
     dlgProperties properties(t.Path("notes.txt"));
+    properties.WaitForFacts();
     EXPECT_EQ(QStringList({properties.Field("Name"), properties.Field("Size"),
                            properties.Field("Permissions")}),
               QStringList({"notes.txt", "5 bytes", "-rw-r----- (640)"}));
-    EXPECT_EQ(dlgProperties(t.Path("gone")).Field("Type"),
-              "(cannot be read: it may have been moved or deleted)");
+    dlgProperties gone(t.Path("gone"));
+    gone.WaitForFacts();
+    EXPECT_EQ(gone.Field("Type"), "(cannot be read: it may have been moved or deleted)");
+    QCoreApplication::sendPostedEvents(); // the thread's own word comes after: nothing twice
+    EXPECT_EQ(properties.findChildren<QLabel*>("Size").size(), 1);
 }
 
 // The colour picker gives back the custom colours the user did not change as they were: a system

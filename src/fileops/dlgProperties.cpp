@@ -3,6 +3,7 @@
 #include "text/DisplayText.h"
 #include "text/PathText.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QDialogButtonBox>
 #include <QFile>
@@ -10,11 +11,14 @@
 #include <QLabel>
 #include <QLocale>
 #include <QMimeDatabase>
+#include <QPointer>
 #include <QVBoxLayout>
 #include <grp.h>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -46,6 +50,27 @@ QString dlgProperties::PermissionsText(unsigned mode) {
     return text + QStringLiteral(" (%1)").arg(mode & 07777, 3, 8, QLatin1Char('0'));
 }
 
+dlgProperties::Facts dlgProperties::Read(const std::string& path) {
+    Facts facts;
+    if (lstat(path.c_str(), &facts.status) != 0) {
+        return facts;
+    }
+    facts.read = true;
+    const mode_t mode = facts.status.st_mode;
+    if (S_ISDIR(mode)) {
+        facts.type = tr("Folder");
+    } else if (S_ISLNK(mode)) {
+        char target[4096];
+        const ssize_t n = readlink(path.c_str(), target, sizeof target - 1);
+        facts.type =
+            tr("Link to %1")
+                .arg(n > 0 ? Bytes(std::string(target, static_cast<size_t>(n))) : QString());
+    } else {
+        facts.type = QMimeDatabase().mimeTypeForFile(Bytes(path)).comment();
+    }
+    return facts;
+}
+
 dlgProperties::dlgProperties(const std::string& path, QWidget* parent)
     : QDialog(parent), form_(new QFormLayout) {
     setObjectName("dlgProperties");
@@ -53,41 +78,58 @@ dlgProperties::dlgProperties(const std::string& path, QWidget* parent)
     const std::string name(parts.name);
     const std::string folder = WithTrailingSlash(parts.folder);
     setWindowTitle(tr("Properties of %1").arg(Bytes(name)));
-    const auto add = [this](const QString& label, const QString& value) {
-        auto* field = new QLabel(value, this);
-        field->setObjectName(label);
-        field->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        form_->addRow(label + QLatin1Char(':'), field);
-    };
-    add(tr("Name"), Bytes(name));
-    add(tr("Folder"), Bytes(folder));
-    struct stat st {};
-    if (lstat(path.c_str(), &st) != 0) {
-        add(tr("Type"), tr("(cannot be read: it may have been moved or deleted)"));
-    } else {
-        QString type;
-        if (S_ISDIR(st.st_mode)) {
-            type = tr("Folder");
-        } else if (S_ISLNK(st.st_mode)) {
-            char target[4096];
-            const ssize_t n = readlink(path.c_str(), target, sizeof target - 1);
-            type = tr("Link to %1")
-                       .arg(n > 0 ? Bytes(std::string(target, static_cast<size_t>(n))) : QString());
-        } else {
-            type = QMimeDatabase().mimeTypeForFile(Bytes(path)).comment();
-        }
-        add(tr("Type"), type);
-        add(tr("Size"), ExactSizeText(st.st_size));
-        add(tr("Modified"), TimeText(st.st_mtim));
-        add(tr("Accessed"), TimeText(st.st_atim));
-        add(tr("Owner"), OwnerText(st.st_uid, st.st_gid));
-        add(tr("Permissions"), PermissionsText(st.st_mode));
-    }
+    Add(tr("Name"), Bytes(name));
+    Add(tr("Folder"), Bytes(folder));
+    Add(tr("Type"), tr("(reading...)"));
+    type_ = findChild<QLabel*>(tr("Type"));
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form_);
     layout->addWidget(buttons);
+    // The thread may outlive the dialog (a share that never answers): it holds nothing of it
+    // but a guarded pointer, looked at on the window's thread.
+    auto promise = std::make_shared<std::promise<Facts>>();
+    facts_ = promise->get_future().share();
+    std::thread([path, promise, facts = facts_, self = QPointer<dlgProperties>(this)] {
+        promise->set_value(Read(path));
+        QMetaObject::invokeMethod(
+            qApp,
+            [self, facts] {
+                if (self) {
+                    self->Show(facts.get());
+                }
+            },
+            Qt::QueuedConnection);
+    }).detach();
+}
+
+void dlgProperties::WaitForFacts() {
+    Show(facts_.get());
+}
+
+void dlgProperties::Add(const QString& label, const QString& value) {
+    auto* field = new QLabel(value, this);
+    field->setObjectName(label);
+    field->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    form_->addRow(label + QLatin1Char(':'), field);
+}
+
+void dlgProperties::Show(const Facts& facts) {
+    if (std::exchange(shown_, true)) {
+        return;
+    }
+    if (!facts.read) {
+        type_->setText(tr("(cannot be read: it may have been moved or deleted)"));
+        return;
+    }
+    const struct stat& st = facts.status;
+    type_->setText(facts.type);
+    Add(tr("Size"), ExactSizeText(st.st_size));
+    Add(tr("Modified"), TimeText(st.st_mtim));
+    Add(tr("Accessed"), TimeText(st.st_atim));
+    Add(tr("Owner"), OwnerText(st.st_uid, st.st_gid));
+    Add(tr("Permissions"), PermissionsText(st.st_mode));
 }
 
 QString dlgProperties::Field(const QString& label) const {
