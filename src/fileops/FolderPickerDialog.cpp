@@ -1,5 +1,7 @@
 #include "fileops/FolderPickerDialog.h"
 
+#include "fileops/CommandThread.h"
+
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QEvent>
@@ -13,8 +15,10 @@
 #include <QPushButton>
 #include <QTreeView>
 #include <QVBoxLayout>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <sys/stat.h>
 
 FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, Prompts& prompts,
@@ -124,6 +128,11 @@ QDialogButtonBox* FolderPickerDialog::Buttons() {
     return buttons;
 }
 
+void FolderPickerDialog::reject() {
+    stop_.Raise();
+    QDialog::reject();
+}
+
 void FolderPickerDialog::MakeFolder() {
     const std::string parent = SelectedFolder();
     if (parent.empty()) {
@@ -140,11 +149,19 @@ void FolderPickerDialog::MakeFolder() {
     }
     const std::string path =
         parent + (parent == "/" ? "" : "/") + QFile::encodeName(name).toStdString();
-    // mkdir makes a new folder or fails: nothing that is there is touched.
-    if (name.contains(QLatin1Char('/')) || name == "." || name == ".." ||
-        mkdir(path.c_str(), 0777) != 0) {
-        const int error =
-            name.contains(QLatin1Char('/')) || name == "." || name == ".." ? EINVAL : errno;
+    int error = EINVAL;
+    if (!name.contains(QLatin1Char('/')) && name != "." && name != "..") {
+        // mkdir makes a new folder or fails: nothing that is there is touched. On a thread of
+        // its own, for a share that does not answer; closing the picker leaves it behind.
+        auto made = std::make_shared<std::atomic<int>>(0);
+        stop_.Lower();
+        if (!CommandThread::Make(stop_)->Run(
+                [path, made] { made->store(mkdir(path.c_str(), 0777) == 0 ? 0 : errno); })) {
+            return;
+        }
+        error = made->load();
+    }
+    if (error != 0) {
         prompts_.Message(
             tr("Could not make the folder ' %1 ': %2")
                 .arg(QFile::decodeName(path.c_str()), QString::fromLocal8Bit(std::strerror(error))),

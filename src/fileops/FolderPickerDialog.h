@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/CancelFlag.h"
 #include "platform/Prompts.h"
 
 #include <QDialog>
@@ -26,6 +27,8 @@ public:
     std::string SelectedFolder() const;
     // Whether the selected folder's row is in sight.
     bool SelectedFolderInView() const;
+    // Closing stops the wait for a new folder on a file system that does not answer.
+    void reject() override;
 
 private:
     void SetUpTree(const FolderRequest& request);
@@ -38,6 +41,7 @@ private:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     Prompts& prompts_;
+    CancelFlag stop_;
     QFileSystemModel* model_;
     bool userMoved_ = false;
     QString following_;
