@@ -700,9 +700,22 @@ QStringList UnnamedControls(QWidget* top) {
     return unnamed;
 }
 
-// Both at once: two access keys leading to one place, and the controls without a name.
+// Labels with an access key that leads nowhere: they show the "&" itself.
+QStringList KeysLeadingNowhere(QWidget* top) {
+    QStringList nowhere;
+    for (const QLabel* label : top->findChildren<QLabel*>()) {
+        if (label->isVisibleTo(top) && label->buddy() == nullptr &&
+            !QKeySequence::mnemonic(label->text()).isEmpty()) {
+            nowhere << label->objectName() + ": " + label->text();
+        }
+    }
+    return nowhere;
+}
+
+// All at once: two access keys leading to one place, keys leading nowhere, and the controls
+// without a name.
 QStringList AccessProblems(QWidget* top) {
-    return SharedAccessKeys(top) + UnnamedControls(top);
+    return SharedAccessKeys(top) + KeysLeadingNowhere(top) + UnnamedControls(top);
 }
 
 // In every window, no two access keys lead to different places, and a screen reader finds a
@@ -723,6 +736,7 @@ TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlaceAndEveryControlHasA
     });
     window->Types().ShowFileTypes();
     dlgRegFiles registered(*profile, prompts);
+    registered.PrefillList(); // its count's label
     dlgViewMasks viewMasks;
     dlgDosLen dosLen;
     dlgCopyErr notProcessed(*profile, prompts, desktop);

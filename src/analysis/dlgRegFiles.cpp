@@ -19,15 +19,8 @@ namespace {
 constexpr const char* kDosLengthKey = "RegFilesDosLength";
 } // namespace
 
-dlgRegFiles::dlgRegFiles(modPProfile& profile, WindowPrompts& prompts, QWidget* parent)
-    : QDialog(parent), profile_(profile), prompts_(prompts) {
-    setObjectName("dlgRegFiles");
-    setWindowTitle(tr("Registered File Types"));
-    dosLength_ = ReadNumber(
-        profile_.ProfileGetString("options", kDosLengthKey, std::to_string(kDefaultDosLength)));
-    if (dosLength_ < 2 || dosLength_ > 7) {
-        dosLength_ = kDefaultDosLength;
-    }
+// The Filter menu: all extensions or the short ones only, and the length that counts as short.
+QMenuBar* dlgRegFiles::BuildFilterMenu() {
     auto* bar = new QMenuBar(this);
     QMenu* filter = bar->addMenu(tr("&Filter"));
     filter->setObjectName("zmnuFilter");
@@ -48,6 +41,19 @@ dlgRegFiles::dlgRegFiles(modPProfile& profile, WindowPrompts& prompts, QWidget* 
         }
     }
     mnuFilter[0]->setChecked(true);
+    return bar;
+}
+
+dlgRegFiles::dlgRegFiles(modPProfile& profile, WindowPrompts& prompts, QWidget* parent)
+    : QDialog(parent), profile_(profile), prompts_(prompts) {
+    setObjectName("dlgRegFiles");
+    setWindowTitle(tr("Registered File Types"));
+    dosLength_ = ReadNumber(
+        profile_.ProfileGetString("options", kDosLengthKey, std::to_string(kDefaultDosLength)));
+    if (dosLength_ < 2 || dosLength_ > 7) {
+        dosLength_ = kDefaultDosLength;
+    }
+    QMenuBar* bar = BuildFilterMenu();
 
     lstExtensions = new QListWidget(this);
     lstExtensions->setObjectName("lstExtensions");
@@ -59,13 +65,11 @@ dlgRegFiles::dlgRegFiles(modPProfile& profile, WindowPrompts& prompts, QWidget* 
     lstSelected->setAccessibleName(tr("Selected file types"));
     lbExtensionCount = new QLabel(this);
     lbExtensionCount->setObjectName("lbExtensionCount");
+    lbExtensionCount->setBuddy(lstExtensions); // its "&R" leads to the list
     txtObjMask = new QLineEdit(this);
     txtObjMask->setObjectName("txtObjMask");
     txtObjMask->setAccessibleName(tr("File Mask"));
     txtObjMask->setReadOnly(true);
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(lstExtensions, &QListWidget::itemSelectionChanged, this, &dlgRegFiles::CommandMask);
 
     auto* layout = new QGridLayout(this);
@@ -74,6 +78,9 @@ dlgRegFiles::dlgRegFiles(modPProfile& profile, WindowPrompts& prompts, QWidget* 
     layout->addWidget(lstExtensions, 1, 0);
     layout->addWidget(lstSelected, 1, 1);
     layout->addWidget(txtObjMask, 2, 0, 1, 2);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons, 3, 0, 1, 2);
     layout->setColumnStretch(0, 3);
     layout->setColumnStretch(1, 1);

@@ -34,6 +34,7 @@ public:
     int DosLength() const { return dosLength_; }
 
 private:
+    class QMenuBar* BuildFilterMenu();
     void CommandMask();
     QString Extension(int row) const;
     // Selects the first line beginning with each text, without building the mask from them.
