@@ -17,6 +17,7 @@
 #include <QAccessible>
 #include <QCheckBox>
 #include <QCoreApplication>
+#include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QListWidget>
 #include <QLocale>
@@ -754,12 +755,18 @@ TEST_F(MainWindowTest, EveryAccessKeyOfAWindowLeadsToOnePlaceAndEveryControlHasA
     for (const std::string& path : {tree.Dir(), tree.Path("a.txt")}) {
         typed->clear();
         QTest::keyClicks(typed, QString::fromStdString(path));
+        EXPECT_FALSE(
+            picker.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->isEnabled())
+            << "until the file system answered";
+        picker.WaitForPathCheck();
         EXPECT_EQ(picker.SelectedFolder(), path == tree.Dir() ? path : "")
             << "a folder, or nothing";
     }
     // New Folder asks for a name in the folder picked, then picks the new one; what is not a
     // name is refused.
-    typed->setText(QString::fromStdString(tree.Dir()));
+    typed->clear();
+    QTest::keyClicks(typed, QString::fromStdString(tree.Dir()));
+    picker.WaitForPathCheck();
     prompts.texts = {"made", "a/b", ""};
     prompts.answers = {MessageAnswer::Ok};
     for (int i = 0; i < 3; ++i) {

@@ -2,6 +2,7 @@
 
 #include "fileops/CommandThread.h"
 
+#include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QEvent>
@@ -12,14 +13,17 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPointer>
 #include <QPushButton>
 #include <QTreeView>
 #include <QVBoxLayout>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <future>
 #include <memory>
 #include <sys/stat.h>
+#include <thread>
 
 FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, Prompts& prompts,
                                        QWidget* parent)
@@ -38,7 +42,7 @@ FolderPickerDialog::FolderPickerDialog(const FolderRequest& request, Prompts& pr
     pathLabel->setBuddy(path_);
     connect(path_, &QLineEdit::textEdited, this, [this] {
         typed_ = true;
-        ok_->setEnabled(!SelectedFolder().empty());
+        CheckTypedPath();
     });
 
     QDialogButtonBox* buttons = Buttons();
@@ -189,18 +193,46 @@ bool FolderPickerDialog::eventFilter(QObject* watched, QEvent* event) {
     return QDialog::eventFilter(watched, event);
 }
 
+// Whether a typed path is a folder is asked on a thread of its own (it may be on a share that
+// does not answer); OK waits for the answer about the text as it is now.
+void FolderPickerDialog::CheckTypedPath() {
+    QString text = path_->text().trimmed();
+    if (text == QLatin1String("~") || text.startsWith(QLatin1String("~/"))) {
+        text.replace(0, 1, QDir::homePath());
+    }
+    const std::string typed = QFile::encodeName(text).toStdString();
+    verified_.clear();
+    ok_->setEnabled(false);
+    const uint64_t check = ++checks_;
+    auto answered = std::make_shared<std::promise<void>>();
+    checked_ = answered->get_future().share();
+    std::thread([typed, check, answered, self = QPointer<FolderPickerDialog>(this)] {
+        struct stat st {};
+        const bool folder = !typed.empty() && typed.front() == '/' &&
+                            stat(typed.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+        QMetaObject::invokeMethod(
+            qApp,
+            [self, check, folder, typed] {
+                if (self && self->typed_ && self->checks_ == check) {
+                    self->verified_ = folder ? typed : std::string();
+                    self->ok_->setEnabled(folder);
+                }
+            },
+            Qt::QueuedConnection);
+        answered->set_value();
+    }).detach();
+}
+
+void FolderPickerDialog::WaitForPathCheck() {
+    if (checked_.valid()) {
+        checked_.wait();
+    }
+    QCoreApplication::sendPostedEvents();
+}
+
 std::string FolderPickerDialog::SelectedFolder() const {
     if (typed_) {
-        QString text = path_->text().trimmed();
-        if (text == QLatin1String("~") || text.startsWith(QLatin1String("~/"))) {
-            text.replace(0, 1, QDir::homePath());
-        }
-        const std::string typed = QFile::encodeName(text).toStdString();
-        struct stat st {};
-        return !typed.empty() && typed.front() == '/' && stat(typed.c_str(), &st) == 0 &&
-                       S_ISDIR(st.st_mode)
-                   ? typed
-                   : std::string();
+        return verified_;
     }
     const QModelIndex current = tree_->currentIndex();
     if (!current.isValid()) {

@@ -4,6 +4,8 @@
 #include "platform/Prompts.h"
 
 #include <QDialog>
+#include <cstdint>
+#include <future>
 #include <string>
 
 class QDialogButtonBox;
@@ -29,11 +31,14 @@ public:
     bool SelectedFolderInView() const;
     // Closing stops the wait for a new folder on a file system that does not answer.
     void reject() override;
+    // Waits until the typed path has been looked at (tests).
+    void WaitForPathCheck();
 
 private:
     void SetUpTree(const FolderRequest& request);
     QListWidget* PlacesList(const FolderRequest& request);
     QDialogButtonBox* Buttons();
+    void CheckTypedPath();
     // Asks for a name and makes that folder in the selected one.
     void MakeFolder();
     // Selects a folder and keeps it in sight while the tree fills.
@@ -47,6 +52,9 @@ private:
     QString following_;
     QTreeView* tree_;
     QPushButton* ok_;
-    QLineEdit* path_;    // the folder chosen, as a path to read, type or paste
-    bool typed_ = false; // the path was typed rather than picked in the tree
+    QLineEdit* path_;      // the folder chosen, as a path to read, type or paste
+    bool typed_ = false;   // the path was typed rather than picked in the tree
+    std::string verified_; // the typed path, once found to be a folder
+    uint64_t checks_ = 0;  // the typed texts looked at; only the last one's answer counts
+    std::shared_future<void> checked_;
 };
