@@ -40,6 +40,26 @@ namespace {
 
 class MainWindowTest : public WindowFixture {
 protected:
+    // When the walk is about to open `folder`, it waits until `act` has run on the window's
+    // thread: the user doing something while the search runs.
+    void WhenTheWalkEnters(const char* folder, std::function<void()> act) {
+        auto acted = std::make_shared<std::promise<void>>();
+        std::shared_future<void> done = acted->get_future().share();
+        window->Session().SetOpenFolderForTesting(
+            [this, folder, act, acted, done](int dirFd, const char* name, int flags) {
+                if (std::string_view(name) == folder) {
+                    QMetaObject::invokeMethod(
+                        window.get(),
+                        [act, acted] {
+                            act();
+                            acted->set_value();
+                        },
+                        Qt::QueuedConnection);
+                    done.wait();
+                }
+                return openat(dirFd, name, flags);
+            });
+    }
     QStringList Paths(const std::function<bool(const std::string&)>& pick) const {
         QStringList rows;
         for (const auto& p : ReaddirOrder(tree.Root())) {
@@ -162,21 +182,7 @@ TEST_F(MainWindowTest, RefusedMasksAndSearchesThatFindNothing) {
 // The mask edited while the walk runs is not the one searched; the walk's counts stay.
 TEST_F(MainWindowTest, NothingFoundQuotesTheMaskSearchedAndKeepsTheWalksCounts) {
     tree.File({"a.txt", "sub/b.txt"});
-    std::promise<void> edited;
-    std::shared_future<void> done = edited.get_future().share();
-    window->Session().SetOpenFolderForTesting([&, done](int dirFd, const char* name, int flags) {
-        if (std::string_view(name) == "sub") {
-            QMetaObject::invokeMethod(
-                window.get(),
-                [&] {
-                    Find<QLineEdit>("txtObjMask")->setText("*.txt");
-                    edited.set_value();
-                },
-                Qt::QueuedConnection);
-            done.wait();
-        }
-        return openat(dirFd, name, flags);
-    });
+    WhenTheWalkEnters("sub", [this] { Find<QLineEdit>("txtObjMask")->setText("*.txt"); });
     prompts.answers.push_back(MessageAnswer::Ok);
     Search(tree.Root(), "*.none");
     EXPECT_EQ(prompts.Texts(),
@@ -220,23 +226,11 @@ TEST_F(MainWindowTest, SuppressUpdatesTakesEffectAtOnce) {
     suppress->click();
     EXPECT_EQ(Status(StatusPart::Mode), "");
     QStringList during;
-    std::promise<void> clicked;
-    std::shared_future<void> done = clicked.get_future().share();
-    window->Session().SetOpenFolderForTesting([&, done](int dirFd, const char* name, int flags) {
-        if (std::string_view(name) == "sub") {
-            QMetaObject::invokeMethod(
-                window.get(),
-                [&] {
-                    window->Status().Set(StatusPart::Matched, "Matched: 1");
-                    suppress->click();
-                    during << Status(StatusPart::Message) << Status(StatusPart::Matched)
-                           << Status(StatusPart::Mode);
-                    clicked.set_value();
-                },
-                Qt::QueuedConnection);
-            done.wait();
-        }
-        return openat(dirFd, name, flags);
+    WhenTheWalkEnters("sub", [&] {
+        window->Status().Set(StatusPart::Matched, "Matched: 1");
+        suppress->click();
+        during << Status(StatusPart::Message) << Status(StatusPart::Matched)
+               << Status(StatusPart::Mode);
     });
     Search(tree.Root(), "*.txt");
     EXPECT_EQ(during, (QStringList{" Searching...", "", " Update suppressed"}));
