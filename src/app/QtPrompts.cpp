@@ -143,7 +143,8 @@ MessageAnswer QtPrompts::Message(const QString& text, MessageIcon icon, MessageB
             (screenWidth <= 1024 ? screenWidth : std::min(screenWidth - 480, 1000)) - 120;
         int widest = 0;
         box.setText(KeepPathsWhole(text, label->fontMetrics(), room, widest));
-        label->setMinimumWidth(widest);
+        // A space's slack: a line exactly as wide as the label may still wrap its last word.
+        label->setMinimumWidth(widest + label->fontMetrics().horizontalAdvance(QLatin1Char(' ')));
     }
     switch (ShowWhole(box)) {
     case QMessageBox::Yes:
