@@ -101,7 +101,7 @@ TEST(modBrowse, NetworkPurposesStartAmongTheNetworkMounts) {
     const std::string share = t.Path("run/gvfs/sftp:host=server/data");
     // clang-format off
     const std::tuple<std::string, std::string, std::string> cases[] = {
-        {t.Path("home/"), t.Path("run/gvfs"), t.Path("run")},
+        {t.Path("home/"), t.Path("run/gvfs"), t.Path("run/")},
         {share, share, t.Path("run/gvfs")}};
     // clang-format on
     for (const auto& [remembered, start, root] : cases) {

@@ -97,15 +97,6 @@ Purpose PurposeOf(PickPurpose purpose) {
     }
 }
 
-// "/a/b" and "/a/b/" give "/a"; "/a" and "/" give "/".
-static std::string ParentFolder(std::string path) {
-    while (path.size() > 1 && path.back() == '/') {
-        path.pop_back();
-    }
-    const size_t slash = path.rfind('/');
-    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
-}
-
 std::string RootFolderOf(BrowseRoot root) {
     if (root == BrowseRoot::Network) {
         if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime && runtime[0] == '/') {
@@ -147,33 +138,17 @@ std::vector<FolderPlace> StartingPlaces(const modPProfile& profile) {
 std::string PickFolder(PickPurpose purpose, bool remember, const std::string& rootFieldText,
                        modPProfile& profile, Prompts& prompts) {
     const AppSettings& s = profile.Settings();
+    // Each purpose starts where its pick is remembered; the search root where the field
+    // points, and moving files (offered by no command) nowhere in particular.
     std::string start;
-    switch (purpose) {
-    case PickPurpose::CopyFiles:
-        start = s.LastCopyFileTarget;
-        break;
-    case PickPurpose::CopyFolder:
-    case PickPurpose::CopyFolderContents:
-        start = s.LastCopyFolderTarget;
-        break;
-    case PickPurpose::MoveFolder:
-        start = s.LastMoveFolderTarget;
-        break;
-    case PickPurpose::SearchRoot:
-        start = rootFieldText;
-        break;
-    case PickPurpose::NetworkShare:
-        start = s.LastSourceNetFolder;
-        break;
-    case PickPurpose::AdministrativeShare:
-        start = s.LastSourceNetAdminFolder;
-        break;
-    case PickPurpose::MoveFiles:
-        break;
-    default:
+    const std::optional<Memory> memory = MemoryOf(purpose);
+    if (!memory) {
         prompts.Message(QCoreApplication::translate("modBrowse", "oops!"), MessageIcon::None,
                         MessageButtons::Ok);
-        break;
+    } else if (purpose == PickPurpose::SearchRoot) {
+        start = rootFieldText;
+    } else if (purpose != PickPurpose::MoveFiles) {
+        start = s.*(memory->field);
     }
     const Purpose p = PurposeOf(purpose);
     const std::string root = RootFolderOf(p.root);
