@@ -107,7 +107,6 @@ void ResultPane::SetUpList(QTreeView* list, ResultListModel* model, const char* 
 }
 
 void ResultPane::ClearLists() {
-    tooManyToList_ = false;
     model1_->Clear();
     model2_->Clear();
 }
@@ -175,7 +174,6 @@ void ResultPane::ShowFirstList() {
 }
 
 void ResultPane::ShowTooManyToList() {
-    tooManyToList_ = true;
     model1_->ShowTexts({tr("File results exceed 32 thousand files."),
                         tr("Create filtered views from the File Type dialog.")});
     for (const int row : {0, 1}) {
@@ -255,7 +253,7 @@ void ResultPane::SyncViews() {
     }
     // A view may have moved or gone: the lists are pointed at the views as they are now. The
     // first list keeps explaining results too many to list, whatever views are made.
-    if (tooManyToList_) {
+    if (shared_.session.ListLimitExceeded()) {
         ShowTooManyToList();
     } else {
         model1_->ShowRows(&views_[0].rows);

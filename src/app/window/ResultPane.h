@@ -118,7 +118,6 @@ private:
     ResultViews views_;
     bool folderResults_ = false;
     bool shiftAtPress_ = false;
-    bool tooManyToList_ = false; // the first list explains instead of listing
     class QTabBar* tsResults = nullptr;
     QTreeView* List1 = nullptr;
     QTreeView* List2 = nullptr;
