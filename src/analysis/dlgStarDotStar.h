@@ -96,7 +96,9 @@ private:
     QLabel* lblTotalFiles;
     QLabel* lblTotalSize;
     class QHeaderView* hdrTypes = nullptr;
-    int orderColumn_ = -1; // the header's column the list is ordered by; -1: the census's order
+    // The header's column the list is ordered by (-1: the census's order), and which way. Kept
+    // here: the header flips its own indicator before it tells of a click.
+    int orderColumn_ = -1;
     bool largestFirst_ = true;
     std::array<QPushButton*, 4> cmd;
     std::array<QAction*, kCountRanges> mnuFilter{};
