@@ -369,7 +369,8 @@ void CopyItem(size_t slot, const SelectedItem& item, const CopyTarget& into,
         fstatat(source.folder.Get(), source.name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
         ++outcome.skipped;
         outcome.notProcessed.push_back(
-            SkippedItem::Of(slot, {Outcome::SourceMissing, errno, item.path, {}},
+            SkippedItem::Of(slot,
+                            {Outcome::SourceMissing, source ? errno : source.error, item.path, {}},
                             QT_TRANSLATE_NOOP("Remark", "source file not found"))
                 .At(item.lastWriteTime));
         return;
