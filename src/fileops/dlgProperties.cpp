@@ -91,16 +91,17 @@ dlgProperties::dlgProperties(const std::string& path, QWidget* parent)
     // but a guarded pointer, looked at on the window's thread.
     auto promise = std::make_shared<std::promise<Facts>>();
     facts_ = promise->get_future().share();
-    std::thread([path, promise, facts = facts_, self = QPointer<dlgProperties>(this)] {
-        promise->set_value(Read(path));
+    std::thread([path, promise, self = QPointer<dlgProperties>(this)] {
+        const Facts facts = Read(path);
         QMetaObject::invokeMethod(
             qApp,
             [self, facts] {
                 if (self) {
-                    self->Show(facts.get());
+                    self->Show(facts);
                 }
             },
             Qt::QueuedConnection);
+        promise->set_value(facts); // after the word to the window: a test waiting sees both
     }).detach();
 }
 
