@@ -408,6 +408,19 @@ TEST_F(CopyFiles, AFolderCopyAsksAboutNamesThereAndKeepsLinksAsLinks) {
     EXPECT_EQ(notProcessed[0].path + ": " + notProcessed[0].remark,
               Path("sub/pipe") + ": special file not copied");
     EXPECT_EQ(status.Text(StatusPart::Message), " Folder not copied");
+    // What the trash will not take is not replaced: it stays as it was, and is listed.
+    WriteBytes(to.Path("sub/a.txt"), "mine again");
+    desktop.trashRefusals[to.Path("sub/a.txt")] = "Permission denied";
+    prompts.conflicts = {{ConflictChoice::Replace, true}};
+    CopyFolder(Path("sub"), to.Dir(), PendingAction::CopyFolder, context, notProcessed);
+    EXPECT_EQ(ReadBytes(to.Path("sub/a.txt")), "mine again");
+    CopyFilesOutcome listed;
+    listed.notProcessed = notProcessed;
+    std::vector<std::string> remarks = Remarks(listed);
+    std::sort(remarks.begin(), remarks.end()); // in the order read from the disk
+    EXPECT_EQ(remarks,
+              (std::vector<std::string>{"a.txt: not replaced (Permission denied)",
+                                        "pipe: special file not copied (not a regular file)"}));
 
     // Into itself, or below itself: refused before anything is written.
     for (const auto& [into, mode] : {std::pair{Path("sub/deep"), PendingAction::CopyFolder},
